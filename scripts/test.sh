@@ -1,0 +1,17 @@
+#!/usr/bin/env bash
+# Builds Orvel Thumbnails (installing what it needs) and runs every test twice: in a plain
+# warnings-as-errors build, then under AddressSanitizer and UndefinedBehaviorSanitizer.
+# Set ORVEL_SKIP_SANITIZERS=1 to run the plain build only.
+set -euo pipefail
+top=$(cd "$(dirname "$0")/.." && pwd)
+jobs=$(nproc)
+
+"$top/scripts/setup.sh" "$top/build-test" -DORVEL_WERROR=ON
+(cd "$top/build-test" && ctest --output-on-failure -j"$jobs")
+
+if [ "${ORVEL_SKIP_SANITIZERS:-0}" != 1 ]; then
+  export ASAN_OPTIONS="halt_on_error=1:detect_leaks=0:abort_on_error=1"
+  export UBSAN_OPTIONS="halt_on_error=1:print_stacktrace=1:suppressions=$top/scripts/ubsan.supp"
+  ORVEL_BUILD_TYPE=Debug "$top/scripts/setup.sh" "$top/build-asan" -DORVEL_WERROR=ON -DORVEL_SANITIZE=ON
+  (cd "$top/build-asan" && ctest --output-on-failure -j"$jobs")
+fi

@@ -1,0 +1,24 @@
+// ThumbnailJob: makes the thumbnail, or the custom icon, of one file with the stored settings.
+#pragma once
+
+#include <QString>
+
+namespace orvel {
+
+class UserDefaults;
+
+/// The thumbnail job. Reentrant: it keeps no state between files, so several may run at once.
+class ThumbnailJob
+{
+public:
+    /// Makes the thumbnail or icon of the file at path (already resolved) with the settings of
+    /// defaults (the standard store when null). Answers YES or NO; on NO, reason (when given)
+    /// receives a one-line explanation such as "not an image, PDF or movie file".
+    static bool processFile(const QString &path, UserDefaults *defaults = nullptr, QString *reason = nullptr);
+
+    /// The thumbnail file the job writes for path with the settings of defaults; empty when it writes
+    /// none (create mode 2, an unknown create mode or format). The path is not resolved or checked.
+    static QString outputPathForFile(const QString &path, UserDefaults *defaults = nullptr);
+};
+
+} // namespace orvel

@@ -1,0 +1,233 @@
+// Image: a picture of a size in points held as one or more representations, with the toolkit's
+// classification, loading, geometry, rendering and encoding operations.
+#pragma once
+
+#include "image/BitmapImageRep.h"
+#include "image/GraphicsContext.h"
+#include "image/ImageRep.h"
+
+#include <QByteArray>
+#include <QColor>
+#include <QImage>
+#include <QRectF>
+#include <QSizeF>
+#include <QString>
+#include <QStringList>
+#include <QVariantMap>
+#include <memory>
+#include <optional>
+#include <vector>
+
+class QMimeData;
+
+namespace orvel {
+
+class Bundle;
+class Image;
+class PDFImageRep;
+class EPSImageRep;
+using ImagePtr = std::shared_ptr<Image>;
+
+/// A picture. Images are shared objects: an operation that answers "the image itself" answers the
+/// same pointer. Drawing operations draw into the current GraphicsContext.
+class Image : public std::enable_shared_from_this<Image>
+{
+public:
+    Image();
+    explicit Image(QSizeF size);
+    ~Image();
+
+    // --- Construction ------------------------------------------------------------------------
+    /// An empty image of the size in points.
+    static ImagePtr initWithSize(QSizeF size);
+    /// An image that reads the file when first needed (PDF, PostScript family, or any bitmap file).
+    static ImagePtr initByReferencingFile(const QString &path);
+    /// An image holding one representation, sized like it.
+    static ImagePtr imageWithRepresentation(ImageRepPtr rep);
+    /// An image from encoded data (any format libvips reads, PDF, PostScript); null on failure.
+    static ImagePtr initWithData(const QByteArray &data);
+    /// An image of the size into which image is drawn with drawImageInRect; null on failure.
+    static ImagePtr initWithImage(const Image &image, QSizeF size);
+    /// An image of the size (or of the rectangle's size) holding the part of image inside rect.
+    static ImagePtr initWithImageFromRect(const Image &image, QRectF fromRect, QSizeF size);
+    static ImagePtr initWithImageFromRect(const Image &image, QRectF fromRect);
+    /// An image whose size in points is the picture's pixel size; null for a null picture.
+    static ImagePtr imageWithCGImageRef(const QImage &picture);
+
+    // --- Representations ---------------------------------------------------------------------
+    /// The representations, reading a referenced file first if needed.
+    const std::vector<ImageRepPtr> &representations() const;
+    void addRepresentation(ImageRepPtr rep);
+    void removeRepresentation(const ImageRepPtr &rep);
+    /// Removes the representations from the last to the first.
+    void removeAllRepresentations();
+    /// The representation best suited to drawing into rect: the bitmap whose pixel size suits the
+    /// rectangle best (the smallest at least as large, else the largest), else the first one.
+    ImageRepPtr bestRepresentationForRect(QRectF rect) const;
+
+    std::shared_ptr<PDFImageRep> PDFImageRep() const;
+    std::shared_ptr<EPSImageRep> EPSImageRep() const;
+    ImageRepPtr PICTImageRep() const;
+    BitmapImageRepPtr bitmapImageRep() const;
+    ImageRepPtr cachedImageRep() const;
+    ImageRepPtr imageRepOfKind(ImageRep::Kind kind) const;
+    bool isEPSImage() const { return EPSImageRep() != nullptr; }
+    bool isPICTImage() const { return PICTImageRep() != nullptr; }
+    bool isBitmapImage() const { return bitmapImageRep() != nullptr; }
+    bool isScalableImage() const;
+    bool isPDFImage() const;
+    /// Icon-reference bitmaps do not exist on this platform: logs "Class %@ not found." and answers false.
+    bool isIconRefBitmapImage() const;
+    ImageRepPtr iconRefBitmapImageRep() const;
+
+    // --- Attributes --------------------------------------------------------------------------
+    /// The size in points (reading a referenced file first if needed).
+    QSizeF size() const;
+    void setSize(QSizeF size);
+    QString name() const { return m_name; }
+    void setName(const QString &name) { m_name = name; }
+    /// The colour painted under transparent parts when drawn; clear by default.
+    QColor backgroundColor() const { return m_background; }
+    void setBackgroundColor(QColor colour) { m_background = colour; }
+    bool scalesWhenResized() const { return m_scalesWhenResized; }
+    void setScalesWhenResized(bool scales) { m_scalesWhenResized = scales; }
+    bool isFlipped() const { return m_flipped; }
+    void setFlipped(bool flipped) { m_flipped = flipped; }
+    /// The file the image references, if it was made by referencing one.
+    QString referencedPath() const { return m_path; }
+    /// Why the last lazy load of a referenced file failed, for messages; empty when it did not fail.
+    QString loadError() const;
+
+    // --- Geometry ----------------------------------------------------------------------------
+    /// Both sides positive and at least one representation.
+    bool isReallyValid() const;
+    /// The size of the widest representation in pixels; the size in points when that is (0, 0).
+    QSizeF pixelSize() const;
+    /// Fits size into box keeping the aspect ratio, never enlarging; sides rounded down, at least 1.
+    static QSizeF thumb(QSizeF box, QSizeF size);
+    QSizeF thumbSize(QSizeF box) const;
+    /// pixelSize times factor, rounded down; pixelSize unchanged for a factor of 0 or less.
+    QSizeF scaledSize(double factor) const;
+    double aspectRatio() const;
+    QRectF bounds() const;
+    bool hasAlpha() const;
+
+    // --- Rendering ---------------------------------------------------------------------------
+    /// Renders into a fresh 8-bit RGBA premultiplied bitmap of exactly the pixel size.
+    ImagePtr bitmapImageWithPixelSize(QSizeF size, bool shouldAntialias, int interpolation) const;
+    QByteArray TIFFRepresentationWithPixelSize(QSizeF size, bool shouldAntialias, int interpolation) const;
+    ImagePtr bitmapImageWithSize(QSizeF size, bool shouldAntialias, int interpolation) const;
+    QByteArray TIFFRepresentationWithSize(QSizeF size, bool shouldAntialias, int interpolation) const;
+    ImagePtr bitmapImageWithSize(QSizeF size) const;
+    /// A new image made from the receiver's TIFF data.
+    ImagePtr bitmapImage() const;
+    ImagePtr imageWithSize(QSizeF size) const;
+    ImagePtr thumbForSize(QSizeF box) const;
+    void scaleToThumbSize(QSizeF box);
+    /// The image centred unscaled on a transparent square whose side is its longer side.
+    ImagePtr squareImage() const;
+    /// JPEG data at compression 0.75.
+    QByteArray snapshotData() const;
+    ImagePtr imageFromRect(QRectF rect, double fraction) const;
+
+    // --- Encoding ----------------------------------------------------------------------------
+    QByteArray representationUsingType(int fileType, float compression) const;
+    BitmapImageRepPtr createBitmapImageRepIfNecessary() const;
+    /// TIFF data of the whole image (its bitmap, or a rendering of it); LZW compressed when lzw is set.
+    QByteArray TIFFRepresentation(bool lzw = false) const;
+    /// The most faithful data of the image and its extension ("pdf", "eps", "pict" or "tiff").
+    QByteArray bestRepresentationAndFileExtension(QString *extension) const;
+    QByteArray bestRepresentation() const;
+    QString pathExtensionForBestRepresentation() const;
+
+    // --- Drawing -----------------------------------------------------------------------------
+    /// Fills rect with the background colour, then draws rep into it.
+    bool drawRepresentation(const ImageRepPtr &rep, QRectF rect) const;
+    /// Draws the part fromRect (the whole image when empty) into rect.
+    void drawInRect(QRectF rect, QRectF fromRect, CompositingOperation op, double fraction) const;
+    void drawAtPoint(QPointF point, QRectF fromRect, CompositingOperation op, double fraction) const;
+    void drawBestRepresentationInRect(QRectF rect) const;
+    QRectF drawCenteredInRect(QRectF rect, QRectF fromRect, CompositingOperation op, double fraction) const;
+    void drawInRect(QRectF rect, QRectF fromRect, CompositingOperation op, double fraction,
+                    bool tileHorizontal, bool tileVertical, bool center) const;
+    void drawFlippedAtPoint(QPointF point, CompositingOperation op, double fraction = 1.0) const;
+    void drawFlippedInRect(QRectF rect, CompositingOperation op, double fraction = 1.0) const;
+    void drawScaledInRect(QRectF rect, bool flip, CompositingOperation op, double fraction = 1.0) const;
+    void drawScaledInRect(QRectF rect, bool flip, CompositingOperation op, double fraction,
+                          const QColor *shadow) const;
+    void drawScaledInRectWithShadow(QRectF rect, bool flip, CompositingOperation op, bool withShadow) const;
+    /// The standard drop shadow for images.
+    static QColor imageShadow();
+
+    // --- Focused drawing ---------------------------------------------------------------------
+    /// Makes a transparent bitmap of the image's size the current drawing destination.
+    bool lockFocus();
+    void unlockFocus();
+
+    // --- Classification (class methods) ------------------------------------------------------
+    static const QStringList &ImageFileTypes();
+    static QStringList PDFFileTypes();
+    static QStringList PDFBundleTypes();
+    static bool isImageExtension(const QString &extension, const QString &type);
+    static bool isImageFile(const QString &path);
+    static bool isWebImageExtension(const QString &extension);
+    static bool isUTIImageFile(const QString &path);
+    static bool isPostScriptExtension(const QString &extension);
+    static bool isPostScriptFile(const QString &path);
+    static bool isPDFExtension(const QString &extension, const QString &type);
+    static bool isPDFFile(const QString &path);
+    static bool isRealPDFExtension(const QString &extension, const QString &type);
+    static bool isRealPDFFile(const QString &path);
+    static bool isPDFBundleExtension(const QString &extension);
+    static bool isPDFBundle(const QString &path);
+    static QString pathToPDF(const QString &path);
+    static QString pathExtensionForType(const QString &type);
+    static QString pathExtensionForData(const QByteArray &data);
+
+    // --- Loading (class methods) -------------------------------------------------------------
+    /// Decodes image 0 of the file, the long side limited to maxPixelSize, orientation applied when
+    /// withTransform is set; properties (when given) receive the file's metadata. Null on failure.
+    static ImagePtr thumbnailForFile(const QString &path, int maxPixelSize, bool alwaysFromImage,
+                                     bool withTransform, QVariantMap *properties = nullptr,
+                                     QString *error = nullptr);
+    static ImagePtr thumbnailForFile(const QString &path, int maxPixelSize);
+    static ImagePtr imageAtPath(const QString &path);
+    static ImagePtr initWithDownloadedData(const QByteArray &data);
+
+    // --- Pasteboard --------------------------------------------------------------------------
+    static ImagePtr initWithPasteboardIcon(const QMimeData *pasteboard);
+    static ImagePtr initWithPasteboard(const QMimeData *pasteboard);
+    static bool canProbablyInitWithPasteboard(const QMimeData *pasteboard);
+    void pasteboardProvideDataForType(QMimeData *pasteboard, const QString &type) const;
+
+    // --- Named images ------------------------------------------------------------------------
+    static ImagePtr imageNamed(const QString &name);
+    static ImagePtr cachedImageNamed(const QString &name);
+    static ImagePtr cachedImageNamed(const QString &name, QSizeF size);
+    static ImagePtr cachedImageNamedInBundle(const QString &name, const Bundle &bundle);
+    static ImagePtr imageNamedInBundle(const QString &name, const Bundle &bundle);
+
+private:
+    void loadReferencedFile() const;
+
+    mutable std::vector<ImageRepPtr> m_reps;
+    mutable QSizeF m_size;
+    mutable bool m_sizeSet = false;
+    mutable bool m_pendingLoad = false;
+    mutable QString m_loadError;
+    QString m_path;
+    QString m_name;
+    QColor m_background = Qt::transparent;
+    bool m_scalesWhenResized = true;
+    bool m_flipped = false;
+    std::unique_ptr<QPainter> m_focusPainter;
+    std::unique_ptr<GraphicsContext> m_focusContext;
+};
+
+/// Draws image into rect of the current context: vector representations on white, bitmaps with
+/// alpha over the image's background colour, others as they are.
+void drawImageInRect(const Image &image, QRectF rect);
+/// Draws image flipped vertically about rect.
+void drawFlippedInRect(const Image &image, CompositingOperation op, double fraction, QRectF rect, QRectF fromRect);
+
+} // namespace orvel

@@ -1,0 +1,151 @@
+// Helpers shared by the tests: real images and documents made in a temporary folder, pixel checks.
+#include "testlib/TestSupport.h"
+
+#include <QFile>
+#include <QProcess>
+#include <QProcessEnvironment>
+#include <vips/vips8>
+
+namespace orvel::test {
+
+TempDir::TempDir() : m_dir(QDir::tempPath() + QStringLiteral("/orvel-test-XXXXXX")) { }
+
+static bool save(vips::VImage image, const QString &path)
+{
+    try {
+        image.write_to_file(QFile::encodeName(path).constData());
+        return true;
+    } catch (const vips::VError &) {
+        return false;
+    }
+}
+
+bool writeTestImage(const QString &path, int w, int h, bool alpha)
+{
+    using vips::VImage;
+    VImage x = VImage::xyz(w, h)[0];
+    VImage y = VImage::xyz(w, h)[1];
+    VImage r = (x * (255.0 / std::max(1, w - 1))).cast(VIPS_FORMAT_UCHAR);
+    VImage g = (y * (255.0 / std::max(1, h - 1))).cast(VIPS_FORMAT_UCHAR);
+    VImage b = VImage::black(w, h) + 128;
+    VImage rgb = r.bandjoin(g).bandjoin(b.cast(VIPS_FORMAT_UCHAR));
+    if (alpha)
+        rgb = rgb.bandjoin((255 - x * (255.0 / std::max(1, w - 1))).cast(VIPS_FORMAT_UCHAR));
+    rgb = rgb.copy(VImage::option()->set("interpretation", VIPS_INTERPRETATION_sRGB));
+    return save(rgb, path);
+}
+
+bool writeSolidImage(const QString &path, int w, int h, QColor c)
+{
+    using vips::VImage;
+    std::vector<double> ink = { double(c.red()), double(c.green()), double(c.blue()) };
+    if (c.alpha() != 255)
+        ink.push_back(c.alpha());
+    VImage img = VImage::black(w, h, VImage::option()->set("bands", int(ink.size()))).new_from_image(ink);
+    img = img.cast(VIPS_FORMAT_UCHAR).copy(VImage::option()->set("interpretation", VIPS_INTERPRETATION_sRGB));
+    return save(img, path);
+}
+
+static QString psColour(QColor c)
+{
+    return QStringLiteral("%1 %2 %3 setrgbcolor").arg(c.redF()).arg(c.greenF()).arg(c.blueF());
+}
+
+bool writeTestPdf(const QString &path, double wPt, double hPt, QColor colour, int pages)
+{
+    TempDir dir;
+    QString ps = QStringLiteral("%!PS\n<< /PageSize [%1 %2] >> setpagedevice\n").arg(wPt).arg(hPt);
+    for (int i = 0; i < pages; ++i)
+        ps += QStringLiteral("%1 0 0 %2 %3 rectfill showpage\n").arg(psColour(colour)).arg(wPt).arg(hPt);
+    QString src = dir.file(QStringLiteral("in.ps"));
+    if (!writeBytes(src, ps.toLatin1()))
+        return false;
+    return runProgram(QStringLiteral("gs"),
+                      { QStringLiteral("-q"), QStringLiteral("-dSAFER"), QStringLiteral("-dBATCH"),
+                        QStringLiteral("-dNOPAUSE"), QStringLiteral("-sDEVICE=pdfwrite"),
+                        QStringLiteral("-sOutputFile=") + path, src })
+        == 0;
+}
+
+bool writeTestEps(const QString &path, int w, int h, QColor colour)
+{
+    QString eps = QStringLiteral("%!PS-Adobe-3.0 EPSF-3.0\n%%BoundingBox: 0 0 %1 %2\n%%EndComments\n"
+                                 "%3 0 0 %1 %2 rectfill\nshowpage\n%%EOF\n")
+                      .arg(w)
+                      .arg(h)
+                      .arg(psColour(colour));
+    return writeBytes(path, eps.toLatin1());
+}
+
+bool writeBytes(const QString &path, const QByteArray &bytes)
+{
+    QFile f(path);
+    return f.open(QIODevice::WriteOnly | QIODevice::Truncate) && f.write(bytes) == bytes.size();
+}
+
+QByteArray readBytes(const QString &path)
+{
+    QFile f(path);
+    return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
+}
+
+QImage loadImage(const QString &path)
+{
+    try {
+        using vips::VImage;
+        VImage img = VImage::new_from_file(QFile::encodeName(path).constData());
+        img = img.colourspace(VIPS_INTERPRETATION_sRGB);
+        if (!img.has_alpha())
+            img = img.bandjoin(255);
+        img = img.cast(VIPS_FORMAT_UCHAR);
+        size_t size = 0;
+        void *mem = img.write_to_memory(&size);
+        QImage out(img.width(), img.height(), QImage::Format_RGBA8888);
+        memcpy(out.bits(), mem, size);
+        g_free(mem);
+        return out;
+    } catch (const vips::VError &) {
+        return {};
+    }
+}
+
+bool colourNear(QColor a, QColor b, int t)
+{
+    return std::abs(a.red() - b.red()) <= t && std::abs(a.green() - b.green()) <= t
+        && std::abs(a.blue() - b.blue()) <= t && std::abs(a.alpha() - b.alpha()) <= t;
+}
+
+int runProgram(const QString &program, const QStringList &args, QByteArray *out, QByteArray *err,
+               int timeoutMs, const QStringList &extraEnv)
+{
+    QProcess p;
+    if (!extraEnv.isEmpty()) {
+        QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+        for (const QString &kv : extraEnv) {
+            qsizetype eq = kv.indexOf(u'=');
+            env.insert(kv.left(eq), kv.mid(eq + 1));
+        }
+        p.setProcessEnvironment(env);
+    }
+    p.start(program, args);
+    if (!p.waitForStarted(10000))
+        return -1;
+    p.closeWriteChannel();
+    if (!p.waitForFinished(timeoutMs)) {
+        p.kill();
+        p.waitForFinished();
+        return -1;
+    }
+    if (out)
+        *out = p.readAllStandardOutput();
+    if (err)
+        *err = p.readAllStandardError();
+    return p.exitStatus() == QProcess::NormalExit ? p.exitCode() : -1;
+}
+
+QString thumbsExecutable()
+{
+    return qEnvironmentVariable("ORVEL_THUMBS");
+}
+
+} // namespace orvel::test

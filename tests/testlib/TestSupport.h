@@ -1,0 +1,55 @@
+// Helpers shared by the tests: real images and documents made in a temporary folder, pixel checks.
+#pragma once
+
+#include <QByteArray>
+#include <QColor>
+#include <QImage>
+#include <QString>
+#include <QStringList>
+#include <QTemporaryDir>
+#include <functional>
+#include <ostream>
+
+QT_BEGIN_NAMESPACE
+// Lets GoogleTest print a QString in a failure message.
+inline void PrintTo(const QString &s, std::ostream *os) { *os << '"' << s.toStdString() << '"'; }
+QT_END_NAMESPACE
+
+namespace orvel::test {
+
+/// A temporary folder that lives as long as the object; path() has no trailing slash.
+class TempDir
+{
+public:
+    TempDir();
+    QString path() const { return m_dir.path(); }
+    QString file(const QString &name) const { return m_dir.filePath(name); }
+
+private:
+    QTemporaryDir m_dir;
+};
+
+/// Writes a w×h picture through libvips to path (format from the extension): a horizontal red ramp,
+/// a vertical green ramp and blue 128; with alpha, the alpha falls from 255 at the left to 0 at the right.
+bool writeTestImage(const QString &path, int w, int h, bool alpha = false);
+/// Writes a w×h picture of one colour through libvips (format from the extension).
+bool writeSolidImage(const QString &path, int w, int h, QColor colour);
+/// Writes a PDF of pages pages of the given size in points, each page filled with the colour (Ghostscript).
+bool writeTestPdf(const QString &path, double wPt, double hPt, QColor colour, int pages = 1);
+/// Writes an EPS whose bounding box is w×h points, filled with the colour.
+bool writeTestEps(const QString &path, int w, int h, QColor colour);
+/// Writes bytes to path; answers whether all were written.
+bool writeBytes(const QString &path, const QByteArray &bytes);
+QByteArray readBytes(const QString &path);
+/// Loads a file through libvips into an 8-bit RGBA (straight alpha) QImage; a null image on failure.
+QImage loadImage(const QString &path);
+/// True when every channel of a and b differ by at most tolerance.
+bool colourNear(QColor a, QColor b, int tolerance);
+/// Runs a program and answers its exit code (-1 when it could not start or was killed).
+int runProgram(const QString &program, const QStringList &args, QByteArray *out = nullptr,
+               QByteArray *err = nullptr, int timeoutMs = 60000,
+               const QStringList &extraEnv = {});
+/// The orvel-thumbs executable under test (from $ORVEL_THUMBS).
+QString thumbsExecutable();
+
+} // namespace orvel::test
