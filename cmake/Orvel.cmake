@@ -18,6 +18,8 @@ function(orvel_add_library name)
   target_include_directories(orvel_${name} PUBLIC ${PROJECT_SOURCE_DIR}/src)
   target_compile_options(orvel_${name} PRIVATE ${ORVEL_WARNINGS})
   target_link_libraries(orvel_${name} PUBLIC ${ARG_DEPENDS})
+  # glib's headers (through libvips) use the word "signals"; Qt's keyword macros would break them.
+  target_compile_definitions(orvel_${name} PUBLIC QT_NO_KEYWORDS)
 endfunction()
 
 # orvel_add_test(name SOURCES ... DEPENDS ...): a GoogleTest executable linked with the shared test main.

@@ -1,0 +1,206 @@
+// ThumbnailJob: one file in, one thumbnail (or custom icon) out, as the settings say.
+#include "app/ThumbnailJob.h"
+
+#include "app/IconService.h"
+#include "files/AtomicFile.h"
+#include "files/FileManager.h"
+#include "image/Image.h"
+#include "support/UserDefaults.h"
+
+#include <QFile>
+
+#include <sys/stat.h>
+
+namespace orvel {
+
+namespace {
+
+// Settings keys and the defaults that stand at each reading.
+struct Settings
+{
+    qint64 filetype;
+    qint64 width;
+    qint64 height;
+    qint64 interpolation;
+    qint64 create;
+    qint64 sharpen;
+    QString extension;
+    qint64 extensionFormat;
+};
+
+Settings readSettings(const UserDefaults &d)
+{
+    Settings s;
+    s.filetype = d.integerForKey(QStringLiteral("filetype"), 3);
+    s.width = d.integerForKey(QStringLiteral("width"), 128);
+    s.height = d.integerForKey(QStringLiteral("height"), 128);
+    s.interpolation = d.integerForKey(QStringLiteral("Antialiasing"), 3);
+    s.create = d.integerForKey(QStringLiteral("create"), 0);
+    s.sharpen = d.integerForKey(QStringLiteral("sharpen"), 0);
+    s.extension = d.stringForKey(QStringLiteral("extension"), QStringLiteral("_thumb"));
+    s.extensionFormat = d.integerForKey(QStringLiteral("extensionFormat"), 1);
+    return s;
+}
+
+// The last path component less its extension. A name whose only dot leads it (".hidden") has none.
+QString deletingPathExtension(const QString &path)
+{
+    const qsizetype slash = path.lastIndexOf(u'/');
+    const qsizetype dot = path.lastIndexOf(u'.');
+    if (dot > slash + 1)
+        return path.left(dot);
+    return path;
+}
+
+QString folderOf(const QString &path)
+{
+    const qsizetype slash = path.lastIndexOf(u'/');
+    if (slash < 0)
+        return QString();
+    return slash == 0 ? QStringLiteral("/") : path.left(slash);
+}
+
+QString lastComponent(const QString &path) { return path.mid(path.lastIndexOf(u'/') + 1); }
+
+QString appendingComponent(const QString &folder, const QString &name)
+{
+    if (folder.isEmpty())
+        return name;
+    return folder.endsWith(u'/') ? folder + name : folder + u'/' + name;
+}
+
+// The output path by the naming rule: 1 suffix, 0 prefix, anything else a sub-folder.
+QString outputPath(const QString &path, qint64 rule, const QString &name, const QString &extension)
+{
+    if (int(rule) == 1)
+        return deletingPathExtension(path) + name + u'.' + extension;
+    if (int(rule) == 0)
+        return folderOf(path) + u'/' + name + deletingPathExtension(lastComponent(path)) + u'.' + extension;
+    return appendingComponent(appendingComponent(folderOf(path), name),
+                              deletingPathExtension(lastComponent(path)) + u'.' + extension);
+}
+
+bool isSameFile(const QString &a, const QString &b)
+{
+    struct stat sa {}, sb {};
+    if (::stat(QFile::encodeName(a).constData(), &sa) != 0 || ::stat(QFile::encodeName(b).constData(), &sb) != 0)
+        return false;
+    return sa.st_dev == sb.st_dev && sa.st_ino == sb.st_ino;
+}
+
+// The pixels of an image made by focused drawing or rendering, for the icon service.
+QImage pictureOf(const ImagePtr &image)
+{
+    if (!image)
+        return {};
+    BitmapImageRepPtr rep = std::static_pointer_cast<BitmapImageRep>(image->cachedImageRep());
+    if (!rep)
+        rep = image->createBitmapImageRepIfNecessary();
+    return rep ? rep->toQImage().copy() : QImage();
+}
+
+bool fail(QString *reason, const QString &why)
+{
+    if (reason)
+        *reason = why;
+    return false;
+}
+
+} // namespace
+
+QString ThumbnailJob::outputPathForFile(const QString &path, UserDefaults *defaults)
+{
+    const UserDefaults &d = defaults ? *defaults : UserDefaults::standard();
+    const Settings s = readSettings(d);
+    const QString extension = BitmapImageRep::pathExtensionForBitmapImageFileType(int(s.filetype));
+    if (extension.isNull() || (int(s.create) != 0 && int(s.create) != 1))
+        return QString();
+    return outputPath(path, s.extensionFormat, s.extension, extension);
+}
+
+bool ThumbnailJob::processFile(const QString &path, UserDefaults *defaults, QString *reason)
+{
+    UserDefaults &d = defaults ? *defaults : UserDefaults::standard();
+
+    // Classify and load: PDF and the PostScript family first, then pictures. Movies join this chain
+    // with the movie module.
+    ImagePtr image;
+    QString error;
+    if (Image::isPDFFile(path))
+        image = Image::initByReferencingFile(path);
+    else if (Image::isImageFile(path))
+        image = Image::thumbnailForFile(path, 32767, true, true, nullptr, &error);
+    else
+        return fail(reason, QStringLiteral("not an image, PDF or PostScript file"));
+    if (!image)
+        return fail(reason, error.isEmpty() ? QStringLiteral("unreadable file") : error);
+
+    image->setScalesWhenResized(true);
+    if (!image->isReallyValid()) {
+        const QString why = image->loadError();
+        return fail(reason, why.isEmpty() ? QStringLiteral("the image is empty") : why);
+    }
+
+    const Settings s = readSettings(d);
+    const QString extension = BitmapImageRep::pathExtensionForBitmapImageFileType(int(s.filetype));
+    if (s.filetype == JPEGFileType)
+        image->setBackgroundColor(Qt::white); // JPEG has no alpha: transparent parts become white
+
+    switch (qint32(s.create)) {
+    case 2: {
+        // The source's own icon, from the whole picture; the file's date is kept as it was.
+        const std::optional<FileTime> date = FileManager::fileModificationDateAtPath(path);
+        const ImagePtr square = image->squareImage();
+        if (!square) {
+            const QString why = image->drawError();
+            return fail(reason, why.isEmpty() ? QStringLiteral("the image could not be drawn") : why);
+        }
+        IconService::setIconForFile(pictureOf(square), path, 4);
+        if (date)
+            FileManager::setFileModificationDate(date, path);
+        return true; // whatever setting the icon answered
+    }
+    case 0:
+    case 1:
+        break;
+    default:
+        return fail(reason, QStringLiteral("unknown create mode %1").arg(s.create));
+    }
+
+    QSizeF size;
+    if (d.integerForKey(QStringLiteral("sizing"), 0) != 0)
+        size = image->scaledSize(double(d.floatForKey(QStringLiteral("scale"), 1.0f)));
+    else
+        size = image->thumbSize(QSizeF(double(s.width), double(s.height)));
+
+    const ImagePtr thumbnail = image->bitmapImageWithPixelSize(size, s.interpolation != 1, int(s.interpolation));
+    if (!thumbnail) {
+        if (!(size.width() >= 1) || !(size.height() >= 1))
+            return fail(reason, QStringLiteral("the thumbnail would be %1 × %2 pixels").arg(size.width()).arg(size.height()));
+        const QString why = image->drawError();
+        return fail(reason, why.isEmpty() ? QStringLiteral("the image could not be drawn") : why);
+    }
+
+    // Sharpening of the rendered bitmap ("sharpen" 1 light, 2 medium, 3 strong) comes with the bitmap
+    // filters; until then every value leaves the bitmap as it is.
+
+    const QString out = outputPath(path, s.extensionFormat, s.extension, extension);
+    if (int(s.extensionFormat) != 0 && int(s.extensionFormat) != 1)
+        FileManager::createPathToFile(out); // its answer is not checked: the write says what matters
+    if (isSameFile(out, path))
+        return fail(reason, QStringLiteral("the thumbnail would replace its source %1").arg(out));
+
+    const float quality = d.floatForKey(QStringLiteral("quality"), 0.8f);
+    const QByteArray data = thumbnail->representationUsingType(int(s.filetype), quality);
+    if (data.isEmpty())
+        return fail(reason, extension.isNull() ? QStringLiteral("unknown output format %1").arg(s.filetype)
+                                               : QStringLiteral("the %1 encoder failed").arg(extension));
+    if (!writeFileAtomically(out, data, &error))
+        return fail(reason, QStringLiteral("cannot write %1: %2").arg(out, error));
+
+    if (s.create == 1)
+        IconService::setIconForFile(pictureOf(thumbnail->squareImage()), out, 4); // its answer is ignored
+    return true;
+}
+
+} // namespace orvel

@@ -1,0 +1,205 @@
+// Core file operations on top of the POSIX calls, which give the listing order and nanosecond times.
+#include "files/FileManager.h"
+
+#include "files/NativePath_p.h"
+
+#include <QFile>
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <memory>
+#include <sys/stat.h>
+#include <vector>
+
+namespace orvel {
+
+namespace {
+
+struct DirCloser
+{
+    void operator()(DIR *d) const noexcept { closedir(d); }
+};
+
+QString appendComponent(const QString &folder, const QString &name)
+{
+    if (folder.endsWith(u'/'))
+        return folder + name;
+    return folder + u'/' + name;
+}
+
+/// The extension of a file name: the text after its last "."; none when that dot starts the name.
+QStringView extensionOfName(QStringView name)
+{
+    const qsizetype dot = name.lastIndexOf(u'.');
+    if (dot <= 0)
+        return {};
+    return name.mid(dot + 1);
+}
+
+/// The folder holding path: trailing slashes dropped, then the last component; "/" for a
+/// top-level item, "" for a bare name.
+QString parentFolder(const QString &path)
+{
+    qsizetype end = path.size();
+    while (end > 1 && path.at(end - 1) == u'/')
+        --end;
+    const qsizetype slash = path.lastIndexOf(u'/', end - 1);
+    if (slash < 0)
+        return QString();
+    qsizetype parentEnd = slash;
+    while (parentEnd > 0 && path.at(parentEnd - 1) == u'/')
+        --parentEnd;
+    if (parentEnd == 0)
+        return QStringLiteral("/");
+    return path.left(parentEnd);
+}
+
+} // namespace
+
+unsigned int posixModeFromPermissions(QFileDevice::Permissions p)
+{
+    unsigned int mode = 0;
+    if (p & (QFileDevice::ReadOwner | QFileDevice::ReadUser))
+        mode |= S_IRUSR;
+    if (p & (QFileDevice::WriteOwner | QFileDevice::WriteUser))
+        mode |= S_IWUSR;
+    if (p & (QFileDevice::ExeOwner | QFileDevice::ExeUser))
+        mode |= S_IXUSR;
+    if (p & QFileDevice::ReadGroup)
+        mode |= S_IRGRP;
+    if (p & QFileDevice::WriteGroup)
+        mode |= S_IWGRP;
+    if (p & QFileDevice::ExeGroup)
+        mode |= S_IXGRP;
+    if (p & QFileDevice::ReadOther)
+        mode |= S_IROTH;
+    if (p & QFileDevice::WriteOther)
+        mode |= S_IWOTH;
+    if (p & QFileDevice::ExeOther)
+        mode |= S_IXOTH;
+    return mode;
+}
+
+QStringList FileManager::directoryContentsAtPath(const QString &path, bool fullPath)
+{
+    QByteArray native;
+    if (!detail::nativePath(path, &native))
+        return {};
+    std::unique_ptr<DIR, DirCloser> dir(opendir(native.constData()));
+    if (!dir)
+        return {};
+    QStringList entries;
+    for (;;) {
+        errno = 0;
+        const dirent *entry = readdir(dir.get());
+        if (!entry) {
+            if (errno != 0)
+                return {}; // A listing cut short is not the folder's contents.
+            break;
+        }
+        const char *name = entry->d_name;
+        if (name[0] == '.' && (name[1] == '\0' || (name[1] == '.' && name[2] == '\0')))
+            continue;
+        const QString decoded = QFile::decodeName(name);
+        entries.append(fullPath ? appendComponent(path, decoded) : decoded);
+    }
+    return entries;
+}
+
+QStringList FileManager::directoryContentsAtPathMatchingExtension(const QString &path, const QString &extension,
+                                                                  bool fullPath)
+{
+    const QStringList names = directoryContentsAtPath(path, false);
+    QStringList matching;
+    for (const QString &name : names) {
+        if (extensionOfName(name).compare(extension, Qt::CaseInsensitive) == 0)
+            matching.append(fullPath ? appendComponent(path, name) : name);
+    }
+    return matching;
+}
+
+bool FileManager::createPathToFile(const QString &filePath, std::optional<QFileDevice::Permissions> attributes)
+{
+    if (filePath.isEmpty())
+        return false;
+    return createPath(parentFolder(filePath), attributes);
+}
+
+bool FileManager::createPath(const QString &path, std::optional<QFileDevice::Permissions> attributes)
+{
+    QByteArray native;
+    if (!detail::nativePath(path, &native))
+        return false;
+    bool isDirectory = false;
+    if (fileExistsAtPath(path, &isDirectory))
+        return isDirectory;
+
+    // Create from the top down, then apply the permissions from the bottom up, so that permissions
+    // without the owner's write bit do not stop the creation of the folders below.
+    std::vector<QByteArray> created;
+    qsizetype pos = 0;
+    while (pos < native.size()) {
+        qsizetype next = native.indexOf('/', pos);
+        if (next < 0)
+            next = native.size();
+        if (next > pos) {
+            const QByteArray prefix = native.left(next);
+            if (mkdir(prefix.constData(), 0777) == 0) {
+                created.push_back(prefix);
+            } else {
+                struct stat st;
+                if (errno != EEXIST || stat(prefix.constData(), &st) != 0 || !S_ISDIR(st.st_mode))
+                    return false;
+            }
+        }
+        pos = next + 1;
+    }
+    if (attributes) {
+        const mode_t mode = posixModeFromPermissions(*attributes);
+        for (auto it = created.rbegin(); it != created.rend(); ++it) {
+            if (chmod(it->constData(), mode) != 0)
+                return false;
+        }
+    }
+    return true;
+}
+
+std::optional<FileTime> FileManager::fileModificationDateAtPath(const QString &path)
+{
+    QByteArray native;
+    if (!detail::nativePath(path, &native))
+        return std::nullopt;
+    struct stat st;
+    if (stat(native.constData(), &st) != 0)
+        return std::nullopt;
+    return detail::timePointFromTimespec<FileTime>(st.st_mtim);
+}
+
+bool FileManager::setFileModificationDate(std::optional<FileTime> date, const QString &path)
+{
+    QByteArray native;
+    if (!date || !detail::nativePath(path, &native))
+        return false;
+    timespec times[2];
+    times[0].tv_sec = 0;
+    times[0].tv_nsec = UTIME_OMIT;
+    times[1] = detail::timespecFromTimePoint(*date);
+    return utimensat(AT_FDCWD, native.constData(), times, 0) == 0;
+}
+
+bool FileManager::fileExistsAtPath(const QString &path, bool *isDirectory)
+{
+    if (isDirectory)
+        *isDirectory = false;
+    QByteArray native;
+    if (!detail::nativePath(path, &native))
+        return false;
+    struct stat st;
+    if (stat(native.constData(), &st) != 0)
+        return false;
+    if (isDirectory)
+        *isDirectory = S_ISDIR(st.st_mode);
+    return true;
+}
+
+} // namespace orvel

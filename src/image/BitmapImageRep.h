@@ -62,6 +62,8 @@ public:
     unsigned bitmapFormat() const { return m_bitmapFormat; }
     /// True when the pixels are not decoded yet.
     bool isLazy() const { return !m_pixels && m_source; }
+    /// Why decoding or drawing the pixels failed; empty when it did not.
+    QString decodeError() const;
 
     /// The first plane's bytes, decoding the source first if needed; null when decoding failed.
     unsigned char *bitmapData();

@@ -65,8 +65,8 @@ public:
     /// rectangle best (the smallest at least as large, else the largest), else the first one.
     ImageRepPtr bestRepresentationForRect(QRectF rect) const;
 
-    std::shared_ptr<PDFImageRep> PDFImageRep() const;
-    std::shared_ptr<EPSImageRep> EPSImageRep() const;
+    std::shared_ptr<orvel::PDFImageRep> PDFImageRep() const;
+    std::shared_ptr<orvel::EPSImageRep> EPSImageRep() const;
     ImageRepPtr PICTImageRep() const;
     BitmapImageRepPtr bitmapImageRep() const;
     ImageRepPtr cachedImageRep() const;
@@ -97,6 +97,8 @@ public:
     QString referencedPath() const { return m_path; }
     /// Why the last lazy load of a referenced file failed, for messages; empty when it did not fail.
     QString loadError() const;
+    /// Why the image could not be read or drawn, for messages; empty when nothing failed.
+    QString drawError() const;
 
     // --- Geometry ----------------------------------------------------------------------------
     /// Both sides positive and at least one representation.
@@ -113,7 +115,8 @@ public:
     bool hasAlpha() const;
 
     // --- Rendering ---------------------------------------------------------------------------
-    /// Renders into a fresh 8-bit RGBA premultiplied bitmap of exactly the pixel size.
+    /// Renders into a fresh 8-bit RGBA premultiplied bitmap of exactly the pixel size; null for a side
+    /// that is not positive or when the image could not be drawn (drawError() then says why).
     ImagePtr bitmapImageWithPixelSize(QSizeF size, bool shouldAntialias, int interpolation) const;
     QByteArray TIFFRepresentationWithPixelSize(QSizeF size, bool shouldAntialias, int interpolation) const;
     ImagePtr bitmapImageWithSize(QSizeF size, bool shouldAntialias, int interpolation) const;
@@ -220,13 +223,15 @@ private:
     QColor m_background = Qt::transparent;
     bool m_scalesWhenResized = true;
     bool m_flipped = false;
+    QImage m_focusImage;
     std::unique_ptr<QPainter> m_focusPainter;
     std::unique_ptr<GraphicsContext> m_focusContext;
 };
 
 /// Draws image into rect of the current context: vector representations on white, bitmaps with
 /// alpha over the image's background colour, others as they are.
-void drawImageInRect(const Image &image, QRectF rect);
+/// Answers false when nothing could be drawn (a picture that fails to decode, say).
+bool drawImageInRect(const Image &image, QRectF rect);
 /// Draws image flipped vertically about rect.
 void drawFlippedInRect(const Image &image, CompositingOperation op, double fraction, QRectF rect, QRectF fromRect);
 

@@ -1,0 +1,230 @@
+// PDFImageRep and EPSImageRep: vector documents rendered through Poppler, PostScript through Ghostscript.
+#include "image/PDFImageRep.h"
+
+#include "image/GraphicsContext.h"
+
+#include <QPainter>
+#include <QProcess>
+#include <QRegularExpression>
+#include <QStandardPaths>
+#include <QTemporaryDir>
+#include <atomic>
+#include <poppler-qt6.h>
+
+namespace orvel {
+
+namespace {
+
+void quietPoppler()
+{
+    // Poppler reports every oddity of a damaged document on standard error; the job answers NO instead.
+    static const bool once = [] {
+        Poppler::setDebugErrorFunction([](const QString &, const QVariant &) {}, QVariant());
+        return true;
+    }();
+    (void)once;
+}
+
+// A page rendered larger than this many pixels is refused (a hostile page size must not exhaust memory).
+constexpr double MaxRenderPixels = 268435456.0; // 2^28
+
+std::atomic<int> ghostscriptTimeLimit { 30 };
+
+} // namespace
+
+// --- PDFImageRep ---------------------------------------------------------------------------------
+
+std::shared_ptr<PDFImageRep> PDFImageRep::imageRepWithData(const QByteArray &data, QString *error)
+{
+    quietPoppler();
+    auto fail = [error](const QString &why) -> std::shared_ptr<PDFImageRep> {
+        if (error)
+            *error = why;
+        return nullptr;
+    };
+    if (data.isEmpty())
+        return fail(QStringLiteral("empty document"));
+    std::unique_ptr<Poppler::Document> document = Poppler::Document::loadFromData(data);
+    if (!document)
+        return fail(QStringLiteral("not a readable PDF document"));
+    if (document->isLocked())
+        return fail(QStringLiteral("the PDF document is encrypted"));
+    if (document->numPages() < 1)
+        return fail(QStringLiteral("the PDF document has no page"));
+    std::unique_ptr<Poppler::Page> page = document->page(0);
+    if (!page)
+        return fail(QStringLiteral("the first page of the PDF document cannot be read"));
+    const QSizeF size = page->pageSizeF();
+    if (!(size.width() > 0) || !(size.height() > 0))
+        return fail(QStringLiteral("the first page of the PDF document is empty"));
+    document->setRenderHint(Poppler::Document::Antialiasing, true);
+    document->setRenderHint(Poppler::Document::TextAntialiasing, true);
+    document->setPaperColor(Qt::white);
+    std::shared_ptr<PDFImageRep> rep(new PDFImageRep);
+    rep->m_data = data;
+    rep->m_document = std::move(document);
+    rep->setSize(size);
+    return rep;
+}
+
+PDFImageRep::~PDFImageRep() = default;
+
+int PDFImageRep::pageCount() const
+{
+    std::lock_guard lock(m_mutex);
+    return m_document ? m_document->numPages() : 0;
+}
+
+QImage PDFImageRep::renderPage(int w, int h) const
+{
+    if (w <= 0 || h <= 0 || double(w) * h > MaxRenderPixels)
+        return {};
+    std::lock_guard lock(m_mutex);
+    std::unique_ptr<Poppler::Page> page = m_document ? m_document->page(0) : nullptr;
+    if (!page)
+        return {};
+    const QSizeF points = size();
+    const double xres = 72.0 * w / points.width();
+    const double yres = 72.0 * h / points.height();
+    QImage image = page->renderToImage(xres, yres, 0, 0, w, h);
+    if (image.isNull())
+        return {};
+    if (image.width() != w || image.height() != h)
+        image = image.scaled(w, h, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
+    return image;
+}
+
+bool PDFImageRep::drawInRect(const QRectF &rect)
+{
+    GraphicsContext *context = GraphicsContext::current();
+    if (!context || !context->painter() || !context->painter()->isActive())
+        return false;
+    QPainter *painter = context->painter();
+    const QTransform transform = painter->transform();
+    const QRectF device = transform.mapRect(rect);
+    const int dw = qMax(1, qRound(device.width()));
+    const int dh = qMax(1, qRound(device.height()));
+    // Rendered at the destination's own resolution, then placed pixel for pixel where possible.
+    const QImage page = renderPage(dw, dh);
+    if (page.isNull())
+        return false;
+    if (transform.type() <= QTransform::TxScale && transform.m11() > 0 && transform.m22() > 0) {
+        painter->save();
+        painter->resetTransform();
+        painter->drawImage(QRectF(device.topLeft(), QSizeF(dw, dh)), page);
+        painter->restore();
+    } else {
+        painter->drawImage(rect, page);
+    }
+    return true;
+}
+
+// --- EPSImageRep ---------------------------------------------------------------------------------
+
+int EPSImageRep::conversionTimeLimit() { return ghostscriptTimeLimit.load(); }
+
+void EPSImageRep::setConversionTimeLimit(int seconds) { ghostscriptTimeLimit.store(qMax(1, seconds)); }
+
+std::shared_ptr<EPSImageRep> EPSImageRep::imageRepWithData(const QByteArray &data)
+{
+    // PostScript starts with "%!"; DOS EPS files with a binary header C5 D0 D3 C6.
+    const bool dosEps = data.startsWith("\xC5\xD0\xD3\xC6");
+    if (!data.startsWith("%!") && !dosEps)
+        return nullptr;
+    std::shared_ptr<EPSImageRep> rep(new EPSImageRep);
+    rep->m_data = data;
+    static const QRegularExpression boxLine(
+        QStringLiteral("%%BoundingBox:\\s*(-?[0-9.]+)\\s+(-?[0-9.]+)\\s+(-?[0-9.]+)\\s+(-?[0-9.]+)"));
+    const QString head = QString::fromLatin1(data.left(65536));
+    const QRegularExpressionMatch m = boxLine.match(head);
+    if (m.hasMatch()) {
+        const double llx = m.captured(1).toDouble(), lly = m.captured(2).toDouble();
+        const double urx = m.captured(3).toDouble(), ury = m.captured(4).toDouble();
+        if (urx > llx && ury > lly)
+            rep->m_boundingBox = QRectF(llx, lly, urx - llx, ury - lly);
+    }
+    if (!rep->m_boundingBox.isEmpty()) {
+        rep->setSize(rep->m_boundingBox.size());
+    } else if (!rep->initializePDFImageRep()) {
+        return nullptr; // no declared size and no page: nothing to show
+    }
+    return rep;
+}
+
+EPSImageRep::~EPSImageRep() = default;
+
+std::shared_ptr<PDFImageRep> EPSImageRep::PDFImageRep() const { return m_pdf; }
+
+std::shared_ptr<PDFImageRep> EPSImageRep::initializePDFImageRep()
+{
+    if (m_pdf || m_triedConversion)
+        return m_pdf;
+    m_triedConversion = true;
+    const QByteArray pdf = convertPostScriptToPDF(m_data, !m_boundingBox.isEmpty(), conversionTimeLimit(), &m_error);
+    if (pdf.isEmpty())
+        return nullptr;
+    m_pdf = orvel::PDFImageRep::imageRepWithData(pdf, &m_error);
+    if (m_pdf && size().isEmpty())
+        setSize(m_pdf->size());
+    return m_pdf;
+}
+
+QByteArray EPSImageRep::PDFRepresentation() const { return m_pdf ? m_pdf->PDFRepresentation() : QByteArray(); }
+
+bool EPSImageRep::drawInRect(const QRectF &rect)
+{
+    const std::shared_ptr<orvel::PDFImageRep> pdf = initializePDFImageRep();
+    return pdf && pdf->drawInRect(rect);
+}
+
+QByteArray convertPostScriptToPDF(const QByteArray &postScript, bool encapsulated, int timeLimitSeconds, QString *error)
+{
+    auto fail = [error](const QString &why) {
+        if (error)
+            *error = why;
+        return QByteArray();
+    };
+    const QString gs = QStandardPaths::findExecutable(QStringLiteral("gs"));
+    if (gs.isEmpty())
+        return fail(QStringLiteral("Ghostscript (gs) is not installed"));
+    QTemporaryDir dir;
+    if (!dir.isValid())
+        return fail(QStringLiteral("no temporary folder"));
+    const QString in = dir.filePath(QStringLiteral("in.ps"));
+    const QString out = dir.filePath(QStringLiteral("out.pdf"));
+    {
+        QFile file(in);
+        if (!file.open(QIODevice::WriteOnly) || file.write(postScript) != postScript.size())
+            return fail(QStringLiteral("cannot write a temporary file"));
+    }
+    QStringList args = { QStringLiteral("-q"), QStringLiteral("-dSAFER"), QStringLiteral("-dBATCH"),
+                         QStringLiteral("-dNOPAUSE"), QStringLiteral("-dNOINTERPOLATE"),
+                         QStringLiteral("-sDEVICE=pdfwrite"), QStringLiteral("-dFirstPage=1"),
+                         QStringLiteral("-dLastPage=1"), QStringLiteral("-sOutputFile=") + out };
+    if (encapsulated)
+        args << QStringLiteral("-dEPSCrop");
+    args << QStringLiteral("-f") << in;
+    QProcess process;
+    process.setStandardInputFile(QProcess::nullDevice());
+    process.setStandardOutputFile(QProcess::nullDevice());
+    process.setStandardErrorFile(QProcess::nullDevice());
+    process.start(gs, args);
+    if (!process.waitForStarted(10000))
+        return fail(QStringLiteral("Ghostscript could not be started"));
+    if (!process.waitForFinished(timeLimitSeconds * 1000)) {
+        process.kill();
+        process.waitForFinished(5000);
+        return fail(QStringLiteral("PostScript conversion timed out after %1 s").arg(timeLimitSeconds));
+    }
+    if (process.exitStatus() != QProcess::NormalExit || process.exitCode() != 0)
+        return fail(QStringLiteral("Ghostscript could not convert the PostScript document"));
+    QFile result(out);
+    if (!result.open(QIODevice::ReadOnly))
+        return fail(QStringLiteral("Ghostscript made no PDF"));
+    QByteArray pdf = result.readAll();
+    if (pdf.isEmpty())
+        return fail(QStringLiteral("Ghostscript made an empty PDF"));
+    return pdf;
+}
+
+} // namespace orvel

@@ -1,0 +1,459 @@
+// The libvips side of the image module: lazy sources, pixel conversion and the encoders.
+#include "image/VipsBridge.h"
+
+#include "image/BitmapImageRep.h"
+
+#include <QFile>
+#include <algorithm>
+#include <cmath>
+#include <mutex>
+
+using vips::VError;
+using vips::VImage;
+
+namespace orvel {
+
+namespace {
+
+// Pictures with more source pixels than this are refused before decoding: a decompression bomb
+// (a tiny file declaring gigapixels) must not exhaust the machine.
+constexpr double MaxSourcePixels = 4294967296.0; // 2^32
+// Whole decodes (not streamed into a small thumbnail) are limited further: 4 bytes a pixel.
+constexpr double MaxDecodedPixels = 536870912.0; // 2^29, 2 GiB of RGBA
+
+QString stripLoaderSuffix(QString name)
+{
+    for (const char *suffix : { "_buffer", "_source", "_file" })
+        if (name.endsWith(QLatin1String(suffix)))
+            name.chop(qstrlen(suffix));
+    return name;
+}
+
+int clampInt(long long v, int lo, int hi) { return int(std::clamp<long long>(v, lo, hi)); }
+
+} // namespace
+
+bool ensureVips()
+{
+    static const bool started = [] {
+        if (vips_init("orvel") != 0)
+            return false;
+        return true;
+    }();
+    return started;
+}
+
+QString vipsErrorText(const VError &error)
+{
+    QString text = QString::fromUtf8(error.what()).trimmed();
+    vips_error_clear();
+    // libvips prefixes each line with the operation's name; the first line says what went wrong.
+    qsizetype nl = text.indexOf(u'\n');
+    if (nl > 0)
+        text.truncate(nl);
+    return text.isEmpty() ? QStringLiteral("the decoder failed") : text;
+}
+
+std::shared_ptr<ImageSource> ImageSource::open(const QString &path, int maxPixelSize, bool withTransform,
+                                               QString *error)
+{
+    if (!ensureVips()) {
+        if (error)
+            *error = QStringLiteral("the image library could not start");
+        return nullptr;
+    }
+    std::shared_ptr<ImageSource> source(new ImageSource);
+    source->m_path = path;
+    const QByteArray name = QFile::encodeName(path);
+    const char *loader = vips_foreign_find_load(name.constData());
+    if (!loader) {
+        vips_error_clear();
+        if (error)
+            *error = QStringLiteral("not a picture that can be decoded");
+        return nullptr;
+    }
+    source->m_loader = stripLoaderSuffix(QString::fromLatin1(loader));
+    if (!source->readHeader(maxPixelSize, withTransform)) {
+        if (error)
+            *error = source->m_error;
+        return nullptr;
+    }
+    return source;
+}
+
+std::shared_ptr<ImageSource> ImageSource::openData(const QByteArray &data, int maxPixelSize, bool withTransform,
+                                                   QString *error)
+{
+    if (!ensureVips() || data.isEmpty()) {
+        if (error)
+            *error = data.isEmpty() ? QStringLiteral("no data") : QStringLiteral("the image library could not start");
+        return nullptr;
+    }
+    std::shared_ptr<ImageSource> source(new ImageSource);
+    source->m_data = data;
+    const char *loader = vips_foreign_find_load_buffer(data.constData(), size_t(data.size()));
+    if (!loader) {
+        vips_error_clear();
+        if (error)
+            *error = QStringLiteral("not a picture that can be decoded");
+        return nullptr;
+    }
+    source->m_loader = stripLoaderSuffix(QString::fromLatin1(loader));
+    if (!source->readHeader(maxPixelSize, withTransform)) {
+        if (error)
+            *error = source->m_error;
+        return nullptr;
+    }
+    return source;
+}
+
+bool ImageSource::readHeader(int maxPixelSize, bool withTransform)
+{
+    try {
+        VImage header = load(1.0, false);
+        m_rawWidth = header.width();
+        m_rawHeight = header.height();
+        if (m_rawWidth <= 0 || m_rawHeight <= 0) {
+            m_error = QStringLiteral("the picture is empty");
+            return false;
+        }
+        if (double(m_rawWidth) * double(m_rawHeight) > MaxSourcePixels) {
+            m_error = QStringLiteral("picture too large (%1 × %2 pixels)").arg(m_rawWidth).arg(m_rawHeight);
+            return false;
+        }
+        if (header.get_typeof(VIPS_META_ORIENTATION) != 0)
+            m_orientation = std::clamp(header.get_int(VIPS_META_ORIENTATION), 1, 8);
+        m_applyOrientation = withTransform;
+        const bool swap = withTransform && m_orientation >= 5;
+        int w = swap ? m_rawHeight : m_rawWidth;
+        int h = swap ? m_rawWidth : m_rawHeight;
+        const int longSide = std::max(w, h);
+        if (maxPixelSize > 0 && longSide > maxPixelSize) {
+            const double scale = double(maxPixelSize) / longSide;
+            w = std::max(1, int(std::lround(w * scale)));
+            h = std::max(1, int(std::lround(h * scale)));
+        }
+        m_width = w;
+        m_height = h;
+        m_hasAlpha = header.has_alpha();
+
+        const VipsInterpretation interpretation = header.interpretation();
+        QString model = QStringLiteral("RGB");
+        if (interpretation == VIPS_INTERPRETATION_B_W || interpretation == VIPS_INTERPRETATION_GREY16)
+            model = QStringLiteral("Gray");
+        else if (interpretation == VIPS_INTERPRETATION_CMYK)
+            model = QStringLiteral("CMYK");
+        else if (interpretation == VIPS_INTERPRETATION_LAB || interpretation == VIPS_INTERPRETATION_LABS)
+            model = QStringLiteral("Lab");
+        int depth = 8;
+        switch (header.format()) {
+        case VIPS_FORMAT_USHORT:
+        case VIPS_FORMAT_SHORT: depth = 16; break;
+        case VIPS_FORMAT_UINT:
+        case VIPS_FORMAT_INT:
+        case VIPS_FORMAT_FLOAT: depth = 32; break;
+        case VIPS_FORMAT_DOUBLE: depth = 64; break;
+        default: break;
+        }
+        m_properties = {
+            { QStringLiteral("PixelWidth"), m_rawWidth },
+            { QStringLiteral("PixelHeight"), m_rawHeight },
+            { QStringLiteral("Orientation"), m_orientation },
+            { QStringLiteral("HasAlpha"), m_hasAlpha },
+            { QStringLiteral("Depth"), depth },
+            { QStringLiteral("ColorModel"), model },
+            { QStringLiteral("DPIWidth"), header.xres() * 25.4 },
+            { QStringLiteral("DPIHeight"), header.yres() * 25.4 },
+            { QStringLiteral("Loader"), m_loader },
+        };
+        if (header.get_typeof(VIPS_META_ICC_NAME) != 0)
+            m_properties.insert(QStringLiteral("HasProfile"), true);
+        return true;
+    } catch (const VError &e) {
+        m_error = vipsErrorText(e);
+        return false;
+    }
+}
+
+VImage ImageSource::load(double shrink, bool sequential) const
+{
+    vips::VOption *options = VImage::option()
+                                 ->set("access", sequential ? VIPS_ACCESS_SEQUENTIAL : VIPS_ACCESS_RANDOM)
+                                 ->set("fail_on", VIPS_FAIL_ON_TRUNCATED);
+    // Shrink-on-load where the loader offers it: JPEG by powers of two, WebP and SVG by any factor.
+    if (shrink >= 2.0 && m_loader == QLatin1String("jpegload")) {
+        int s = 1;
+        while (s < 8 && s * 2 <= shrink)
+            s *= 2;
+        options->set("shrink", s);
+    } else if (shrink > 1.0 && (m_loader == QLatin1String("webpload") || m_loader == QLatin1String("svgload"))) {
+        options->set("scale", 1.0 / shrink);
+    }
+    if (!m_data.isEmpty())
+        return VImage::new_from_buffer(m_data.constData(), size_t(m_data.size()), "", options);
+    return VImage::new_from_file(QFile::encodeName(m_path).constData(), options);
+}
+
+// Colour to sRGB, 8 bits per sample, at most RGBA: ICC profiles and CMYK are converted so colours are right.
+VImage ImageSource::finish(VImage image) const
+{
+    const VipsInterpretation interpretation = image.interpretation();
+    const bool hasProfile = image.get_typeof(VIPS_META_ICC_NAME) != 0;
+    if (hasProfile || interpretation == VIPS_INTERPRETATION_CMYK) {
+        try {
+            image = image.icc_transform("srgb", VImage::option()
+                                                    ->set("embedded", true)
+                                                    ->set("input_profile", interpretation == VIPS_INTERPRETATION_CMYK
+                                                                               ? "cmyk"
+                                                                               : "srgb")
+                                                    ->set("intent", VIPS_INTENT_PERCEPTUAL)
+                                                    ->set("depth", 8));
+        } catch (const VError &) {
+            vips_error_clear(); // a broken profile: fall back to the plain conversion below
+        }
+    }
+    if (image.interpretation() != VIPS_INTERPRETATION_sRGB || image.format() != VIPS_FORMAT_UCHAR) {
+        try {
+            image = image.colourspace(VIPS_INTERPRETATION_sRGB);
+        } catch (const VError &) {
+            vips_error_clear(); // no colour meaning (multiband data): show the first bands as they are
+        }
+    }
+    if (image.format() != VIPS_FORMAT_UCHAR)
+        image = image.cast(VIPS_FORMAT_UCHAR);
+    if (image.bands() == 1)
+        image = image.bandjoin({ image, image });
+    else if (image.bands() == 2)
+        image = image[0].bandjoin({ image[0], image[0], image[1] });
+    else if (image.bands() > 4)
+        image = image.extract_band(0, VImage::option()->set("n", 4));
+    return image;
+}
+
+namespace {
+
+VImage roundToUchar(VImage image)
+{
+    if (image.format() == VIPS_FORMAT_UCHAR)
+        return image;
+    return image.linear(1.0, 0.5).cast(VIPS_FORMAT_UCHAR);
+}
+
+VImage exactSize(VImage image, int w, int h)
+{
+    if (image.width() == w && image.height() == h)
+        return image;
+    return image.embed(0, 0, w, h, VImage::option()->set("extend", VIPS_EXTEND_COPY));
+}
+
+// libvips reports a decoder error inside a threaded pipeline (a truncated JPEG, say) as a warning
+// and fills the tile; the error text still lands in the error buffer, so that is checked too.
+void *writeChecked(VImage image, size_t *size)
+{
+    vips_error_clear();
+    void *memory = image.write_to_memory(size);
+    const char *pending = vips_error_buffer();
+    if (pending && *pending) {
+        g_free(memory);
+        throw VError(pending);
+    }
+    return memory;
+}
+
+VImage orient(VImage image, int orientation)
+{
+    if (orientation <= 1)
+        return image;
+    image = image.copy();
+    image.set(VIPS_META_ORIENTATION, orientation);
+    return image.autorot();
+}
+
+} // namespace
+
+bool ImageSource::decodeInto(BitmapImageRep &rep)
+{
+    if (double(m_width) * double(m_height) > MaxDecodedPixels) {
+        m_error = QStringLiteral("picture too large to decode whole (%1 × %2 pixels)").arg(m_width).arg(m_height);
+        return false;
+    }
+    try {
+        const bool swap = m_applyOrientation && m_orientation >= 5;
+        const int tw = swap ? m_height : m_width;
+        const int th = swap ? m_width : m_height;
+        const double shrink = std::min(double(m_rawWidth) / tw, double(m_rawHeight) / th) / 2.0;
+        VImage image = finish(load(shrink, true));
+        const bool alpha = image.bands() == 4;
+        if (alpha)
+            image = image.premultiply();
+        if (image.width() != tw || image.height() != th)
+            image = exactSize(image.resize(double(tw) / image.width(),
+                                           VImage::option()
+                                               ->set("vscale", double(th) / image.height())
+                                               ->set("kernel", VIPS_KERNEL_LANCZOS3)),
+                              tw, th);
+        image = roundToUchar(image);
+        if (m_applyOrientation)
+            image = orient(image, m_orientation);
+        size_t size = 0;
+        void *memory = writeChecked(image, &size);
+        if (!memory) {
+            m_error = QStringLiteral("out of memory");
+            return false;
+        }
+        rep.m_pixels.reset(static_cast<unsigned char *>(memory));
+        rep.m_width = image.width();
+        rep.m_height = image.height();
+        rep.m_bitsPerSample = 8;
+        rep.m_samplesPerPixel = alpha ? 4 : 3;
+        rep.m_bitsPerPixel = alpha ? 32 : 24;
+        rep.m_bytesPerRow = qsizetype(rep.m_width) * rep.m_samplesPerPixel;
+        rep.m_planar = false;
+        rep.m_hasAlpha = alpha;
+        rep.m_bitmapFormat = 0;
+        return true;
+    } catch (const VError &e) {
+        m_error = vipsErrorText(e);
+        return false;
+    }
+}
+
+QImage ImageSource::renderScaled(int w, int h)
+{
+    if (w <= 0 || h <= 0)
+        return {};
+    try {
+        const bool swap = m_applyOrientation && m_orientation >= 5;
+        const int tw = swap ? h : w;
+        const int th = swap ? w : h;
+        // Leave at least a factor of two for the final Lanczos step.
+        const double shrink = std::min(double(m_rawWidth) / tw, double(m_rawHeight) / th) / 2.0;
+        VImage image = finish(load(shrink, true));
+        const bool alpha = image.bands() == 4;
+        if (alpha)
+            image = image.premultiply();
+        image = image.resize(double(tw) / image.width(), VImage::option()
+                                                             ->set("vscale", double(th) / image.height())
+                                                             ->set("kernel", VIPS_KERNEL_LANCZOS3));
+        image = roundToUchar(exactSize(image, tw, th));
+        if (m_applyOrientation)
+            image = orient(image, m_orientation);
+        return qimageFromVips(image);
+    } catch (const VError &e) {
+        m_error = vipsErrorText(e);
+        return {};
+    }
+}
+
+VImage vipsImageFromBuffer(const unsigned char *data, int width, int height, int bands, qsizetype bytesPerRow)
+{
+    const qsizetype tight = qsizetype(width) * bands;
+    if (bytesPerRow == tight)
+        return VImage::new_from_memory(const_cast<unsigned char *>(data), size_t(tight) * height, width, height,
+                                       bands, VIPS_FORMAT_UCHAR);
+    // Padded rows: libvips wants them tight, so copy into a buffer that the new image owns.
+    auto *rows = static_cast<unsigned char *>(malloc(size_t(tight) * height));
+    if (!rows)
+        throw vips::VError("out of memory");
+    for (int y = 0; y < height; ++y)
+        memcpy(rows + size_t(y) * tight, data + qsizetype(y) * bytesPerRow, size_t(tight));
+    return VImage::new_from_memory_steal(rows, size_t(tight) * height, width, height, bands, VIPS_FORMAT_UCHAR);
+}
+
+QImage qimageFromVips(VImage image)
+{
+    const int bands = image.bands();
+    if ((bands != 3 && bands != 4) || image.format() != VIPS_FORMAT_UCHAR)
+        return {};
+    size_t size = 0;
+    void *memory = writeChecked(image, &size);
+    if (!memory)
+        return {};
+    const int w = image.width();
+    const int h = image.height();
+    return QImage(static_cast<uchar *>(memory), w, h, qsizetype(w) * bands,
+                  bands == 4 ? QImage::Format_RGBA8888_Premultiplied : QImage::Format_RGB888,
+                  [](void *p) { g_free(p); }, memory);
+}
+
+QImage lanczosResize(const QImage &source, int w, int h)
+{
+    if (source.isNull() || w <= 0 || h <= 0)
+        return {};
+    QImage image = source;
+    const bool alpha = image.hasAlphaChannel();
+    const QImage::Format format = alpha ? QImage::Format_RGBA8888_Premultiplied : QImage::Format_RGB888;
+    if (image.format() != format)
+        image = image.convertToFormat(format);
+    try {
+        VImage in = vipsImageFromBuffer(image.constBits(), image.width(), image.height(), alpha ? 4 : 3,
+                                        image.bytesPerLine());
+        VImage out = in.resize(double(w) / image.width(), VImage::option()
+                                                                ->set("vscale", double(h) / image.height())
+                                                                ->set("kernel", VIPS_KERNEL_LANCZOS3));
+        // The result must not refer to image's buffer once this function returns.
+        return qimageFromVips(roundToUchar(exactSize(out, w, h)));
+    } catch (const VError &e) {
+        vipsErrorText(e);
+        return {};
+    }
+}
+
+QByteArray encodeWithVips(VImage image, int fileType, float compression, bool tiffLzw)
+{
+    const double factor = double(compression);
+    const int quality = clampInt(std::lround(factor * 100.0), 1, 100);
+    const int effort = clampInt(std::lround(9.0 * (1.0 - factor)), 0, 9);
+    try {
+        image = image.copy(VImage::option()->set("interpretation", VIPS_INTERPRETATION_sRGB));
+        VipsBlob *blob = nullptr;
+        switch (fileType) {
+        case TIFFFileType: {
+            vips::VOption *o = VImage::option()->set("strip", true);
+            if (tiffLzw)
+                o->set("compression", VIPS_FOREIGN_TIFF_COMPRESSION_LZW)->set("predictor", VIPS_FOREIGN_TIFF_PREDICTOR_HORIZONTAL);
+            else if (factor < 1.0)
+                o->set("compression", VIPS_FOREIGN_TIFF_COMPRESSION_DEFLATE)
+                    ->set("level", std::max(1, effort))
+                    ->set("predictor", VIPS_FOREIGN_TIFF_PREDICTOR_HORIZONTAL);
+            blob = image.tiffsave_buffer(o);
+            break;
+        }
+        case BMPFileType:
+            blob = image.magicksave_buffer(VImage::option()->set("format", "bmp")->set("strip", true));
+            break;
+        case GIFFileType:
+            blob = image.gifsave_buffer(VImage::option()
+                                                     ->set("effort", clampInt(1 + std::lround(factor * 9.0), 1, 10))
+                                                     ->set("bitdepth", 8)
+                                                     ->set("strip", true));
+            break;
+        case JPEGFileType:
+            if (image.bands() == 4) // no alpha in JPEG: compose on white
+                image = image.flatten(VImage::option()->set("background", std::vector<double>{ 255, 255, 255 }))
+                            .cast(VIPS_FORMAT_UCHAR);
+            blob = image.jpegsave_buffer(VImage::option()->set("Q", quality)->set("optimize_coding", true)->set("strip", true));
+            break;
+        case PNGFileType:
+            blob = image.pngsave_buffer(VImage::option()->set("compression", effort)->set("strip", true));
+            break;
+        case JPEG2000FileType:
+            blob = image.jp2ksave_buffer(VImage::option()->set("Q", quality)->set("lossless", factor >= 1.0)->set("strip", true));
+            break;
+        default:
+            return {};
+        }
+        if (!blob)
+            return {};
+        size_t size = 0;
+        const void *bytes = vips_blob_get(blob, &size);
+        QByteArray data(static_cast<const char *>(bytes), qsizetype(size));
+        vips_area_unref(VIPS_AREA(blob));
+        return data;
+    } catch (const VError &e) {
+        vipsErrorText(e);
+        return {};
+    }
+}
+
+} // namespace orvel

@@ -1,0 +1,118 @@
+// Loading: decoded thumbnails of files, their limits and metadata, and what bad files give.
+#include "image/Image.h"
+#include "testlib/TestSupport.h"
+
+#include <gtest/gtest.h>
+
+using namespace orvel;
+using namespace orvel::test;
+
+namespace {
+
+quint32 crc32(const QByteArray &bytes)
+{
+    quint32 crc = 0xFFFFFFFFu;
+    for (char ch : bytes) {
+        crc ^= quint8(ch);
+        for (int k = 0; k < 8; ++k)
+            crc = (crc >> 1) ^ (0xEDB88320u & (0u - (crc & 1u)));
+    }
+    return ~crc;
+}
+
+// A PNG whose header declares width × height pixels, followed by a tiny image data chunk.
+QByteArray pngDeclaring(quint32 width, quint32 height)
+{
+    auto be32 = [](quint32 v) {
+        QByteArray b(4, 0);
+        for (int i = 0; i < 4; ++i)
+            b[i] = char((v >> (24 - 8 * i)) & 0xFF);
+        return b;
+    };
+    auto chunk = [&](const QByteArray &type, const QByteArray &data) {
+        return be32(quint32(data.size())) + type + data + be32(crc32(type + data));
+    };
+    QByteArray ihdr = be32(width) + be32(height) + QByteArray("\x08\x02\x00\x00\x00", 5);
+    return QByteArray("\x89PNG\r\n\x1a\n", 8) + chunk("IHDR", ihdr) + chunk("IDAT", QByteArray("\x78\x9c\x03\x00\x00\x00\x00\x01", 8))
+        + chunk("IEND", {});
+}
+
+} // namespace
+
+TEST(ImageLoading, ThumbnailForFileReportsSizeAndMetadataWithoutDecoding)
+{
+    TempDir dir;
+    const QString path = dir.file(QStringLiteral("wide.png"));
+    ASSERT_TRUE(writeTestImage(path, 300, 100, true));
+    QVariantMap properties;
+    ImagePtr image = Image::thumbnailForFile(path, 32767, true, true, &properties);
+    ASSERT_TRUE(image);
+    EXPECT_EQ(image->size(), QSizeF(300, 100));
+    EXPECT_TRUE(image->hasAlpha());
+    EXPECT_TRUE(image->bitmapImageRep()->isLazy());
+    EXPECT_EQ(properties.value(QStringLiteral("PixelWidth")).toInt(), 300);
+    EXPECT_EQ(properties.value(QStringLiteral("HasAlpha")).toBool(), true);
+    // The long side is limited to the maximum pixel size.
+    ImagePtr small = Image::thumbnailForFile(path, 150);
+    ASSERT_TRUE(small);
+    EXPECT_EQ(small->pixelSize(), QSizeF(150, 50));
+    ASSERT_TRUE(small->bitmapImageRep()->bitmapData());
+    EXPECT_EQ(small->bitmapImageRep()->pixelsWide(), 150);
+}
+
+TEST(ImageLoading, BadFilesGiveNilAndLeaveThePropertiesEmpty)
+{
+    TempDir dir;
+    const QString empty = dir.file(QStringLiteral("empty.png"));
+    const QString junk = dir.file(QStringLiteral("junk.png"));
+    ASSERT_TRUE(writeBytes(empty, {}));
+    ASSERT_TRUE(writeBytes(junk, QByteArray(4096, 'x')));
+    for (const QString &path : { QString(), dir.file(QStringLiteral("missing.png")), empty, junk }) {
+        QVariantMap properties { { QStringLiteral("stale"), 1 } };
+        QString why;
+        EXPECT_FALSE(Image::thumbnailForFile(path, 32767, true, true, &properties, &why)) << path;
+        EXPECT_TRUE(properties.isEmpty());
+        EXPECT_FALSE(why.isEmpty());
+    }
+}
+
+TEST(ImageLoading, DecompressionBombsAreRefusedBeforeDecoding)
+{
+    TempDir dir;
+    const QString bomb = dir.file(QStringLiteral("bomb.png"));
+    ASSERT_TRUE(writeBytes(bomb, pngDeclaring(200000, 200000)));
+    QString why;
+    EXPECT_FALSE(Image::thumbnailForFile(bomb, 32767, true, true, nullptr, &why));
+    EXPECT_TRUE(why.contains(QStringLiteral("too large"))) << why.toStdString();
+}
+
+TEST(ImageLoading, ReferencedFilesAreReadWhenFirstNeeded)
+{
+    TempDir dir;
+    const QString path = dir.file(QStringLiteral("late.png"));
+    ImagePtr image = Image::initByReferencingFile(path);
+    ASSERT_TRUE(image); // nothing is read yet
+    ASSERT_TRUE(writeTestImage(path, 20, 10));
+    EXPECT_EQ(image->size(), QSizeF(20, 10));
+    EXPECT_TRUE(image->isReallyValid());
+    ImagePtr missing = Image::initByReferencingFile(dir.file(QStringLiteral("nope.pdf")));
+    EXPECT_FALSE(missing->isReallyValid());
+    EXPECT_FALSE(missing->loadError().isEmpty());
+    EXPECT_FALSE(Image::initByReferencingFile(QString()));
+}
+
+TEST(ImageLoading, DataAndPicturesBecomeImages)
+{
+    TempDir dir;
+    ASSERT_TRUE(writeTestImage(dir.file(QStringLiteral("a.gif")), 12, 8));
+    ImagePtr fromData = Image::initWithData(readBytes(dir.file(QStringLiteral("a.gif"))));
+    ASSERT_TRUE(fromData);
+    EXPECT_EQ(fromData->size(), QSizeF(12, 8));
+    ImagePtr downloaded = Image::initWithDownloadedData(readBytes(dir.file(QStringLiteral("a.gif"))));
+    ASSERT_TRUE(downloaded);
+    EXPECT_FALSE(downloaded->bitmapImageRep()->isLazy());
+    EXPECT_FALSE(Image::initWithDownloadedData(QByteArray("GIF89a")));
+    QImage picture(7, 3, QImage::Format_RGB32);
+    EXPECT_EQ(Image::imageWithCGImageRef(picture)->size(), QSizeF(7, 3));
+    EXPECT_FALSE(Image::imageWithCGImageRef(QImage()));
+}

@@ -1,0 +1,198 @@
+// Rendering: the drawing rules (alpha over the background colour, documents on white), square icons,
+// interpolation, orientation, colour conversion and the lazy decoding of large pictures.
+#include "image/Image.h"
+#include "image/PDFImageRep.h"
+#include "testlib/TestSupport.h"
+
+#include <gtest/gtest.h>
+#include <vips/vips8>
+
+using namespace orvel;
+using namespace orvel::test;
+
+namespace {
+
+QColor pixelOf(const ImagePtr &image, int x, int y)
+{
+    BitmapImageRepPtr rep = image->bitmapImageRep();
+    if (!rep)
+        rep = std::static_pointer_cast<BitmapImageRep>(image->cachedImageRep());
+    return rep ? rep->toQImage().pixelColor(x, y) : QColor();
+}
+
+} // namespace
+
+TEST(ImageRendering, TransparencyIsKeptOrComposedOnTheBackgroundColour)
+{
+    TempDir dir;
+    const QString path = dir.file(QStringLiteral("half.png"));
+    ASSERT_TRUE(writeSolidImage(path, 40, 20, QColor(255, 0, 0, 0)));
+    ImagePtr image = Image::thumbnailForFile(path, 32767, true, true);
+    ASSERT_TRUE(image);
+    ImagePtr clear = image->bitmapImageWithPixelSize(QSizeF(40, 20), true, 3);
+    ASSERT_TRUE(clear);
+    EXPECT_EQ(pixelOf(clear, 5, 5).alpha(), 0);
+    image->setBackgroundColor(Qt::white);
+    ImagePtr white = image->bitmapImageWithPixelSize(QSizeF(20, 10), true, 3);
+    ASSERT_TRUE(white);
+    EXPECT_TRUE(colourNear(pixelOf(white, 5, 5), Qt::white, 0));
+}
+
+TEST(ImageRendering, DocumentsAreRenderedOnWhite)
+{
+    TempDir dir;
+    const QString path = dir.file(QStringLiteral("page.pdf"));
+    // A page whose lower half is blue and whose upper half is left unpainted.
+    QByteArray ps = "%!PS\n<< /PageSize [200 100] >> setpagedevice\n0 0 1 setrgbcolor 0 0 200 50 rectfill showpage\n";
+    ASSERT_TRUE(writeBytes(dir.file(QStringLiteral("in.ps")), ps));
+    ASSERT_EQ(runProgram(QStringLiteral("gs"), { QStringLiteral("-q"), QStringLiteral("-dSAFER"), QStringLiteral("-dBATCH"),
+                                                  QStringLiteral("-dNOPAUSE"), QStringLiteral("-sDEVICE=pdfwrite"),
+                                                  QStringLiteral("-sOutputFile=") + path, dir.file(QStringLiteral("in.ps")) }),
+              0);
+    ImagePtr image = Image::initByReferencingFile(path);
+    ASSERT_TRUE(image && image->isReallyValid());
+    EXPECT_EQ(image->size(), QSizeF(200, 100));
+    EXPECT_TRUE(image->isPDFImage());
+    ImagePtr bitmap = image->bitmapImageWithPixelSize(QSizeF(100, 50), true, 3);
+    ASSERT_TRUE(bitmap);
+    EXPECT_TRUE(colourNear(pixelOf(bitmap, 50, 10), Qt::white, 2));
+    EXPECT_TRUE(colourNear(pixelOf(bitmap, 50, 40), Qt::blue, 2));
+}
+
+TEST(ImageRendering, PostScriptIsConvertedOnceAndKeptAsPDF)
+{
+    TempDir dir;
+    const QString path = dir.file(QStringLiteral("box.eps"));
+    ASSERT_TRUE(writeTestEps(path, 60, 30, Qt::green));
+    ImagePtr image = Image::initByReferencingFile(path);
+    ASSERT_TRUE(image && image->isReallyValid());
+    EXPECT_EQ(image->size(), QSizeF(60, 30));
+    ASSERT_TRUE(image->EPSImageRep());
+    EXPECT_FALSE(image->EPSImageRep()->PDFImageRep()); // not converted before it is drawn
+    ImagePtr bitmap = image->bitmapImageWithPixelSize(QSizeF(60, 30), true, 3);
+    ASSERT_TRUE(bitmap);
+    EXPECT_TRUE(colourNear(pixelOf(bitmap, 30, 15), Qt::green, 3));
+    ASSERT_TRUE(image->EPSImageRep()->PDFImageRep());
+    EXPECT_TRUE(image->EPSImageRep()->PDFRepresentation().startsWith("%PDF"));
+    EXPECT_EQ(image->pathExtensionForBestRepresentation(), QStringLiteral("eps"));
+}
+
+TEST(ImageRendering, PostScriptThatNeverEndsIsStoppedByTheTimeLimit)
+{
+    TempDir dir;
+    const QString path = dir.file(QStringLiteral("loop.ps"));
+    ASSERT_TRUE(writeBytes(path, "%!PS\n%%BoundingBox: 0 0 10 10\n{ } loop\n"));
+    const int old = EPSImageRep::conversionTimeLimit();
+    EPSImageRep::setConversionTimeLimit(1);
+    ImagePtr image = Image::initByReferencingFile(path);
+    ASSERT_TRUE(image && image->isReallyValid());
+    EXPECT_FALSE(image->bitmapImageWithPixelSize(QSizeF(10, 10), true, 3));
+    EXPECT_TRUE(image->drawError().contains(QStringLiteral("timed out")));
+    EPSImageRep::setConversionTimeLimit(old);
+}
+
+TEST(ImageRendering, SquareImageCentresThePictureOnTransparency)
+{
+    auto image = Image::imageWithRepresentation(BitmapImageRep::fromQImage([] {
+        QImage q(200, 100, QImage::Format_RGB888);
+        q.fill(Qt::red);
+        return q;
+    }()));
+    ImagePtr square = image->squareImage();
+    ASSERT_TRUE(square);
+    EXPECT_EQ(square->size(), QSizeF(200, 200));
+    EXPECT_EQ(pixelOf(square, 100, 49).alpha(), 0);
+    EXPECT_TRUE(colourNear(pixelOf(square, 100, 50), Qt::red, 0));
+    EXPECT_TRUE(colourNear(pixelOf(square, 100, 149), Qt::red, 0));
+    EXPECT_EQ(pixelOf(square, 100, 150).alpha(), 0);
+    EXPECT_FALSE(Image::initWithSize(QSizeF(0, 0))->squareImage());
+}
+
+TEST(ImageRendering, InterpolationNoneSamplesNearestAndHighFiltersSmoothly)
+{
+    QImage checker(64, 64, QImage::Format_RGB888);
+    for (int y = 0; y < 64; ++y)
+        for (int x = 0; x < 64; ++x)
+            checker.setPixelColor(x, y, (x + y) % 2 ? Qt::white : Qt::black);
+    auto image = Image::imageWithRepresentation(BitmapImageRep::fromQImage(checker));
+    ImagePtr nearest = image->bitmapImageWithPixelSize(QSizeF(16, 16), false, 1);
+    ImagePtr high = image->bitmapImageWithPixelSize(QSizeF(16, 16), true, 3);
+    ASSERT_TRUE(nearest && high);
+    const int n = pixelOf(nearest, 7, 7).red();
+    EXPECT_TRUE(n == 0 || n == 255);
+    EXPECT_NEAR(pixelOf(high, 7, 7).red(), 128, 20);
+    EXPECT_EQ(pixelOf(high, 7, 7).alpha(), 255);
+    ImagePtr zero = image->bitmapImageWithPixelSize(QSizeF(0, 5), true, 3);
+    EXPECT_FALSE(zero);
+}
+
+TEST(ImageRendering, LargePicturesAreNotDecodedWholeForASmallThumbnail)
+{
+    TempDir dir;
+    const QString path = dir.file(QStringLiteral("big.jpg"));
+    ASSERT_TRUE(writeTestImage(path, 3000, 2000));
+    ImagePtr image = Image::thumbnailForFile(path, 32767, true, true);
+    ASSERT_TRUE(image);
+    EXPECT_EQ(image->pixelSize(), QSizeF(3000, 2000));
+    ImagePtr thumb = image->bitmapImageWithPixelSize(image->thumbSize(QSizeF(128, 128)), true, 3);
+    ASSERT_TRUE(thumb);
+    EXPECT_EQ(thumb->pixelSize(), QSizeF(128, 85));
+    EXPECT_TRUE(image->bitmapImageRep()->isLazy()); // the whole picture was never decoded
+    // The ramps survive the scaling: red grows left to right, green top to bottom.
+    const QColor left = pixelOf(thumb, 2, 42), right = pixelOf(thumb, 125, 42);
+    EXPECT_LT(left.red(), 20);
+    EXPECT_GT(right.red(), 235);
+    EXPECT_LT(pixelOf(thumb, 64, 1).green(), 20);
+    // Code that needs every pixel still gets them.
+    ASSERT_TRUE(image->bitmapImageRep()->bitmapData());
+    EXPECT_FALSE(image->bitmapImageRep()->isLazy());
+    EXPECT_EQ(image->bitmapImageRep()->bytesPerRow(), 3000 * 3);
+}
+
+TEST(ImageRendering, OrientationIsAppliedAndColoursAreConvertedToSRGB)
+{
+    TempDir dir;
+    using vips::VImage;
+    // 40×20, left half red and right half blue, stored with orientation 6 (rotate 90° clockwise to view).
+    VImage red = VImage::black(20, 20, VImage::option()->set("bands", 3)).new_from_image({ 255, 0, 0 });
+    VImage blue = VImage::black(20, 20, VImage::option()->set("bands", 3)).new_from_image({ 0, 0, 255 });
+    VImage img = red.join(blue, VIPS_DIRECTION_HORIZONTAL).cast(VIPS_FORMAT_UCHAR).copy(
+        VImage::option()->set("interpretation", VIPS_INTERPRETATION_sRGB));
+    img.set(VIPS_META_ORIENTATION, 6);
+    const QString rotated = dir.file(QStringLiteral("rotated.jpg"));
+    img.write_to_file(rotated.toUtf8().constData(), VImage::option()->set("Q", 95));
+    ImagePtr image = Image::thumbnailForFile(rotated, 32767, true, true);
+    ASSERT_TRUE(image);
+    EXPECT_EQ(image->pixelSize(), QSizeF(20, 40));
+    ImagePtr bitmap = image->bitmapImageWithPixelSize(QSizeF(20, 40), true, 3);
+    ASSERT_TRUE(bitmap);
+    EXPECT_TRUE(colourNear(pixelOf(bitmap, 10, 5), Qt::red, 40));
+    EXPECT_TRUE(colourNear(pixelOf(bitmap, 10, 35), Qt::blue, 40));
+    EXPECT_EQ(Image::thumbnailForFile(rotated, 32767, true, false)->pixelSize(), QSizeF(40, 20));
+
+    // A CMYK JPEG comes out in the right sRGB colour.
+    const QString cmyk = dir.file(QStringLiteral("cmyk.jpg"));
+    VImage orange = VImage::black(16, 16, VImage::option()->set("bands", 3)).new_from_image({ 230, 120, 30 })
+                        .cast(VIPS_FORMAT_UCHAR)
+                        .copy(VImage::option()->set("interpretation", VIPS_INTERPRETATION_sRGB));
+    orange.icc_transform("cmyk", VImage::option()->set("input_profile", "srgb"))
+        .write_to_file(cmyk.toUtf8().constData(), VImage::option()->set("Q", 95));
+    ImagePtr fromCmyk = Image::thumbnailForFile(cmyk, 32767, true, true);
+    ASSERT_TRUE(fromCmyk);
+    ImagePtr drawn = fromCmyk->bitmapImageWithPixelSize(QSizeF(16, 16), true, 3);
+    ASSERT_TRUE(drawn);
+    EXPECT_TRUE(colourNear(pixelOf(drawn, 8, 8), QColor(230, 120, 30), 25)) << pixelOf(drawn, 8, 8).name().toStdString();
+}
+
+TEST(ImageRendering, APictureThatFailsToDecodeGivesNoBitmapAndAReason)
+{
+    TempDir dir;
+    const QString path = dir.file(QStringLiteral("cut.jpg"));
+    ASSERT_TRUE(writeTestImage(path, 800, 600));
+    QByteArray bytes = readBytes(path);
+    ASSERT_TRUE(writeBytes(path, bytes.left(bytes.size() / 2)));
+    ImagePtr image = Image::thumbnailForFile(path, 32767, true, true);
+    ASSERT_TRUE(image); // the header is fine
+    EXPECT_FALSE(image->bitmapImageWithPixelSize(QSizeF(128, 96), true, 3));
+    EXPECT_FALSE(image->drawError().isEmpty());
+}

@@ -13,6 +13,8 @@
 QT_BEGIN_NAMESPACE
 // Lets GoogleTest print a QString in a failure message.
 inline void PrintTo(const QString &s, std::ostream *os) { *os << '"' << s.toStdString() << '"'; }
+// Lets a QString be streamed into a failure message: EXPECT_TRUE(ok) << path.
+inline std::ostream &operator<<(std::ostream &os, const QString &s) { return os << s.toStdString(); }
 QT_END_NAMESPACE
 
 namespace orvel::test {

@@ -1,0 +1,75 @@
+// Not API: the libvips side of the image module (lazy sources, pixel conversion, encoders).
+#pragma once
+
+#include <QByteArray>
+#include <QImage>
+#include <QString>
+#include <QVariantMap>
+#include <memory>
+#include <vips/vips8>
+
+namespace orvel {
+
+class BitmapImageRep;
+
+/// Makes sure libvips is started (idempotent, thread-safe).
+bool ensureVips();
+
+/// An image file opened through libvips: its header is read at once, its pixels only when asked for.
+/// Pixels come out in sRGB, 8 bits per sample, alpha premultiplied, the orientation applied when asked.
+class ImageSource
+{
+public:
+    /// Opens a file; null (with a one-line reason in error) when libvips cannot read it.
+    static std::shared_ptr<ImageSource> open(const QString &path, int maxPixelSize, bool withTransform,
+                                             QString *error = nullptr);
+    /// The same over encoded data held in memory.
+    static std::shared_ptr<ImageSource> openData(const QByteArray &data, int maxPixelSize, bool withTransform,
+                                                 QString *error = nullptr);
+
+    /// The pixel size of the decoded picture: oriented, the long side limited to the maximum.
+    int width() const { return m_width; }
+    int height() const { return m_height; }
+    bool hasAlpha() const { return m_hasAlpha; }
+    /// The file's metadata (pixel size, orientation, depth, colour model, resolution, loader).
+    QVariantMap properties() const { return m_properties; }
+    QString lastError() const { return m_error; }
+
+    /// Decodes the whole picture into rep (premultiplied RGBA when it has alpha, else RGB).
+    bool decodeInto(BitmapImageRep &rep);
+    /// The picture scaled to exactly w × h with the Lanczos filter, decoded at the smallest scale
+    /// that keeps the result (shrink-on-load to at least twice the target first). Null on failure.
+    QImage renderScaled(int w, int h);
+
+private:
+    ImageSource() = default;
+    bool readHeader(int maxPixelSize, bool withTransform);
+    vips::VImage load(double shrink, bool sequential) const;
+    vips::VImage finish(vips::VImage image) const;
+
+    QString m_path;
+    QByteArray m_data;
+    QString m_loader;
+    int m_rawWidth = 0;
+    int m_rawHeight = 0;
+    int m_orientation = 1;
+    bool m_applyOrientation = true;
+    int m_width = 0;
+    int m_height = 0;
+    bool m_hasAlpha = false;
+    QVariantMap m_properties;
+    QString m_error;
+};
+
+/// Wraps a premultiplied 8-bit RGBA or RGB buffer (rows may be padded) as a libvips image without copying.
+vips::VImage vipsImageFromBuffer(const unsigned char *data, int width, int height, int bands, qsizetype bytesPerRow);
+/// Resizes a premultiplied 8-bit image to exactly w × h with the Lanczos filter.
+QImage lanczosResize(const QImage &image, int w, int h);
+/// Copies a libvips image of 8-bit RGB or RGBA into a QImage (RGB888 or RGBA8888_Premultiplied).
+QImage qimageFromVips(vips::VImage image);
+/// Encodes straight-alpha 8-bit RGB(A) pixels in a bitmap file type; empty for an unknown type or failure.
+QByteArray encodeWithVips(vips::VImage image, int fileType, float compression, bool tiffLzw = false);
+/// The one-line text of the last libvips error (the library's own message, trimmed).
+QString vipsErrorText(const vips::VError &error);
+
+} // namespace orvel
