@@ -1,0 +1,251 @@
+// Tests of the classification of paths and the mapping of types and contents to extensions.
+#include "files/FinderInfo.h"
+#include "image/Image.h"
+#include "testlib/TestSupport.h"
+
+#include <QDir>
+#include <gtest/gtest.h>
+#include <vips/vips8>
+
+using namespace orvel;
+using orvel::test::TempDir;
+
+namespace {
+
+bool hasVipsOperation(const char *nickname)
+{
+    return vips_type_find("VipsOperation", nickname) != 0;
+}
+
+/// Gives the file an HFS type code; false when this file system keeps no user extended attributes.
+bool setType(const QString &path, const char *code)
+{
+    return setHFSTypeCodeOfFile(path, fileTypeCodeFromString(QString::fromLatin1(code)));
+}
+
+} // namespace
+
+TEST(ImageFileTypes, EndWithTheExtraEntriesInOrder)
+{
+    const QStringList &types = Image::ImageFileTypes();
+    ASSERT_GE(types.size(), 8);
+    const QStringList extras = { "jpe", "JPE", "ps", "PS", "eps", "EPS", "ai", "AI" };
+    EXPECT_EQ(types.mid(types.size() - 8), extras);
+}
+
+TEST(ImageFileTypes, HoldTheCommonFormatsAndTheirTypeCodesButNoDocumentsOrTables)
+{
+    const QStringList &types = Image::ImageFileTypes();
+    for (const char *extension : { "jpg", "jpeg", "png", "gif", "tif", "tiff" })
+        EXPECT_TRUE(types.contains(QLatin1StringView(extension))) << extension;
+    for (const char *code : { "'JPEG'", "'PNGf'", "'GIFf'", "'TIFF'" })
+        EXPECT_TRUE(types.contains(QLatin1StringView(code))) << code;
+    for (const char *absent : { "pdf", "csv", "mat", "img", "v", "", ".jpg", "svg.gz" })
+        EXPECT_FALSE(types.contains(QLatin1StringView(absent), Qt::CaseInsensitive)) << absent;
+    EXPECT_FALSE(types.contains(QStringLiteral("'PDF '")));
+}
+
+TEST(ImageClassification, ExtensionsIgnoreCaseButTypeCodesKeepIt)
+{
+    EXPECT_TRUE(Image::isImageExtension(QStringLiteral("PnG"), QString()));
+    EXPECT_TRUE(Image::isImageExtension(QStringLiteral("dat"), QStringLiteral("'JPEG'")));
+    EXPECT_FALSE(Image::isImageExtension(QStringLiteral("dat"), QStringLiteral("'jpeg'")));
+    EXPECT_TRUE(Image::isImageExtension(QStringLiteral("JPG"), QStringLiteral("'xxxx'")));
+    EXPECT_FALSE(Image::isImageExtension(QString(), QString()));
+    EXPECT_FALSE(Image::isImageExtension(QString(), QStringLiteral("'xxxx'")));
+    // A prefix or a longer form of an entry is no match.
+    EXPECT_FALSE(Image::isImageExtension(QStringLiteral("jp"), QString()));
+    EXPECT_FALSE(Image::isImageExtension(QStringLiteral("pngx"), QString()));
+}
+
+TEST(ImageClassification, ExtraEntriesMakeJPEAndPostScriptFamilyImages)
+{
+    TempDir dir;
+    const QString photo = dir.file(QStringLiteral("photo.JPE"));
+    ASSERT_TRUE(orvel::test::writeTestImage(photo + QStringLiteral(".jpg"), 8, 8));
+    ASSERT_TRUE(QFile::rename(photo + QStringLiteral(".jpg"), photo));
+    EXPECT_TRUE(Image::isImageFile(photo));
+
+    const QString drawing = dir.file(QStringLiteral("drawing.Ai"));
+    ASSERT_TRUE(orvel::test::writeTestEps(drawing, 20, 10, Qt::red));
+    EXPECT_TRUE(Image::isImageFile(drawing));
+    EXPECT_TRUE(Image::isPDFFile(drawing));
+    EXPECT_TRUE(Image::isPostScriptFile(drawing));
+    EXPECT_FALSE(Image::isRealPDFFile(drawing));
+}
+
+TEST(ImageClassification, PathExtensionIsTheLastDotOfTheLastComponent)
+{
+    EXPECT_TRUE(Image::isImageFile(QStringLiteral("/no/such/folder/archive.tar.png")));
+    EXPECT_TRUE(Image::isImageFile(QStringLiteral("/no/such/folder.png/")));
+    EXPECT_FALSE(Image::isImageFile(QStringLiteral("/no/such/folder.png/readme")));
+    EXPECT_FALSE(Image::isImageFile(QStringLiteral("/no/such/.png")));
+    EXPECT_FALSE(Image::isImageFile(QStringLiteral("/no/such/photo.")));
+    EXPECT_FALSE(Image::isImageFile(QString()));
+    EXPECT_TRUE(Image::isPDFBundle(QStringLiteral("/x/Report.PDFD/")));
+    EXPECT_FALSE(Image::isPDFBundle(QStringLiteral("/x/.pdfd")));
+}
+
+TEST(ImageClassification, FileTypeCodesClassifyFilesWithUnknownExtensions)
+{
+    TempDir dir;
+    const QString mystery = dir.file(QStringLiteral("mystery.dat"));
+    const QString lower = dir.file(QStringLiteral("lower.dat"));
+    const QString document = dir.file(QStringLiteral("document.bin"));
+    for (const QString &path : { mystery, lower, document })
+        ASSERT_TRUE(orvel::test::writeBytes(path, "data"));
+    if (!setType(mystery, "JPEG"))
+        GTEST_SKIP() << "the temporary folder's file system keeps no user extended attributes";
+    ASSERT_TRUE(setType(lower, "jpeg"));
+    ASSERT_TRUE(setType(document, "PDF "));
+
+    EXPECT_TRUE(Image::isImageFile(mystery));
+    EXPECT_FALSE(Image::isImageFile(lower));
+    EXPECT_FALSE(Image::isPDFFile(mystery));
+    EXPECT_TRUE(Image::isPDFFile(document));
+    EXPECT_TRUE(Image::isRealPDFFile(document));
+    EXPECT_FALSE(Image::isPostScriptFile(document));
+}
+
+TEST(ImageClassification, PDFTypeCodeIsExactAndWebExtensionsAreFew)
+{
+    EXPECT_TRUE(Image::isPDFExtension(QString(), QStringLiteral("'PDF '")));
+    EXPECT_FALSE(Image::isPDFExtension(QString(), QStringLiteral("'pdf '")));
+    EXPECT_FALSE(Image::isPDFExtension(QStringLiteral("pdfd"), QString()));
+    EXPECT_FALSE(Image::isPostScriptExtension(QString()));
+    for (const char *web : { "JPEG", "Jpe", "jp2", "GIF", "png" })
+        EXPECT_TRUE(Image::isWebImageExtension(QLatin1StringView(web))) << web;
+    for (const char *other : { "tiff", "jpeg2", "jp", "webp", "" })
+        EXPECT_FALSE(Image::isWebImageExtension(QLatin1StringView(other))) << other;
+}
+
+struct ModernFormat
+{
+    const char *extension;
+    const char *loader;
+};
+
+class ModernFormats : public testing::TestWithParam<ModernFormat>
+{
+};
+
+TEST_P(ModernFormats, CountAsImagesWhenTheInstalledLibvipsLoadsThem)
+{
+    const ModernFormat format = GetParam();
+    if (!hasVipsOperation(format.loader))
+        GTEST_SKIP() << "no " << format.loader << " in this libvips";
+    TempDir dir;
+    const QString path = dir.file(QStringLiteral("picture.") + QLatin1StringView(format.extension));
+    if (QLatin1StringView(format.extension) == QLatin1StringView("svg")) {
+        ASSERT_TRUE(orvel::test::writeBytes(path,
+            "<svg xmlns=\"http://www.w3.org/2000/svg\" width=\"8\" "
+            "height=\"8\"><rect width=\"8\" height=\"8\"/></svg>\n"));
+    } else if (!orvel::test::writeTestImage(path, 16, 16)) {
+        GTEST_SKIP() << "this libvips cannot write " << format.extension;
+    }
+    EXPECT_TRUE(Image::isImageFile(path));
+    EXPECT_TRUE(Image::isImageExtension(QString::fromLatin1(format.extension).toUpper(), QString()));
+    EXPECT_TRUE(Image::isUTIImageFile(path));
+}
+
+INSTANTIATE_TEST_SUITE_P(Loaders, ModernFormats,
+    testing::Values(ModernFormat { "webp", "webpload" }, ModernFormat { "heic", "heifload" },
+        ModernFormat { "avif", "heifload" }, ModernFormat { "jxl", "jxlload" },
+        ModernFormat { "svg", "svgload" }),
+    [](const testing::TestParamInfo<ModernFormat> &info) { return std::string(info.param.extension); });
+
+TEST(ImageClassification, UTIImageFileNeedsAnImageTypeThatLibvipsReads)
+{
+    TempDir dir;
+    const QString png = dir.file(QStringLiteral("picture.png"));
+    ASSERT_TRUE(orvel::test::writeTestImage(png, 8, 8));
+    EXPECT_TRUE(Image::isUTIImageFile(png));
+
+    // Named like a picture but holding text: no loader takes it.
+    const QString fake = dir.file(QStringLiteral("fake.png"));
+    ASSERT_TRUE(orvel::test::writeBytes(fake, "this is not a picture\n"));
+    EXPECT_FALSE(Image::isUTIImageFile(fake));
+
+    // libvips reads PDF, but a PDF is a document, not an image.
+    const QString pdf = dir.file(QStringLiteral("page.pdf"));
+    ASSERT_TRUE(orvel::test::writeTestPdf(pdf, 72, 72, Qt::blue));
+    EXPECT_FALSE(Image::isUTIImageFile(pdf));
+
+    EXPECT_FALSE(Image::isUTIImageFile(QString()));
+    EXPECT_FALSE(Image::isUTIImageFile(dir.file(QStringLiteral("missing.png"))));
+    EXPECT_FALSE(Image::isUTIImageFile(dir.path()));
+}
+
+TEST(PathToPDF, PrefersTheFileNamedLikeTheBundleThenAnyPDFThenTheBundle)
+{
+    TempDir dir;
+    const QString bundle = dir.file(QStringLiteral("Report.PDFD"));
+    ASSERT_TRUE(QDir().mkpath(bundle));
+    EXPECT_EQ(Image::pathToPDF(bundle), bundle);
+    ASSERT_TRUE(orvel::test::writeBytes(bundle + QStringLiteral("/notes.txt"), "notes"));
+    ASSERT_TRUE(orvel::test::writeBytes(bundle + QStringLiteral("/Appendix.PDF"), "%PDF-1.4\n"));
+    EXPECT_EQ(Image::pathToPDF(bundle), bundle + QStringLiteral("/Appendix.PDF"));
+    ASSERT_TRUE(orvel::test::writeBytes(bundle + QStringLiteral("/Report.pdf"), "%PDF-1.4\n"));
+    EXPECT_EQ(Image::pathToPDF(bundle + u'/'), bundle + QStringLiteral("/Report.pdf"));
+
+    // A folder that is no PDF bundle is left alone, whatever it holds.
+    const QString folder = dir.file(QStringLiteral("Report"));
+    ASSERT_TRUE(QDir().mkpath(folder));
+    ASSERT_TRUE(orvel::test::writeBytes(folder + QStringLiteral("/Report.pdf"), "%PDF-1.4\n"));
+    EXPECT_EQ(Image::pathToPDF(folder), folder);
+}
+
+struct TypeCase
+{
+    const char *type;
+    const char *extension; // nullptr: no extension
+};
+
+class PathExtensionForType : public testing::TestWithParam<TypeCase>
+{
+};
+
+TEST_P(PathExtensionForType, MapsCodesAndMIMETypes)
+{
+    const TypeCase c = GetParam();
+    const QString result = Image::pathExtensionForType(QString::fromLatin1(c.type));
+    if (c.extension)
+        EXPECT_EQ(result, QString::fromLatin1(c.extension)) << c.type;
+    else
+        EXPECT_TRUE(result.isNull()) << c.type << " gave " << result.toStdString();
+}
+
+INSTANTIATE_TEST_SUITE_P(Table, PathExtensionForType,
+    testing::Values(TypeCase { "'.SGI'", "sgi" }, TypeCase { "'8BPS'", "psd" }, TypeCase { "'jp2 '", "jp2" },
+        TypeCase { "'FPix'", "fpix" }, TypeCase { "'jpeg'", nullptr }, TypeCase { "'ABCD'", nullptr },
+        TypeCase { "", nullptr }, TypeCase { "png", "png" }, TypeCase { "'PNGf", "'PNGf" },
+        TypeCase { "a/b/c", "a/b/c" }, TypeCase { "image/x", nullptr }, TypeCase { "image/x-q", nullptr },
+        TypeCase { "image/x-qq", "qq" }, TypeCase { "image/png", "png" },
+        TypeCase { "application/x-photoshop", "psd" }, TypeCase { "image/vnd.adobe.photoshop", "psd" },
+        TypeCase { "application/PostScript", "ps" },
+        // A fragment is found inside a longer subtype, case ignored.
+        TypeCase { "image/x-ANYMAP", "pnm" }, TypeCase { "image/x-pixmap", "ppm" },
+        TypeCase { "image/x-xwindowdumps", "xwindowdumps" }, TypeCase { "image/svg-xml", "svg" },
+        TypeCase { "image/svg+xml", "svg+xml" }, TypeCase { "image/foo.", nullptr }));
+
+TEST(PathExtensionForData, FindsASignatureAnywhereInTheFirstKilobyte)
+{
+    QByteArray gif(100, 'x');
+    gif += "GIF89a";
+    EXPECT_EQ(Image::pathExtensionForData(gif), QStringLiteral("gif"));
+
+    QByteArray late(1020, 'x');
+    late += "GIF89a";
+    EXPECT_TRUE(Image::pathExtensionForData(late).isNull());
+
+    EXPECT_TRUE(Image::pathExtensionForData("GIF").isNull());
+    EXPECT_TRUE(Image::pathExtensionForData(QByteArray(2048, '\0')).isNull());
+}
+
+TEST(PathExtensionForData, TestsTheSignaturesInOrder)
+{
+    EXPECT_EQ(Image::pathExtensionForData("JFIF....%PDF-1.4"), QStringLiteral("pdf"));
+    EXPECT_EQ(Image::pathExtensionForData(QByteArray("\x89PNG\r\n\x1a\n....TIFF")), QStringLiteral("png"));
+    EXPECT_EQ(Image::pathExtensionForData("8BPS....Photoshop 3.0"), QStringLiteral("psd"));
+    EXPECT_TRUE(Image::pathExtensionForData("PNG without its first byte").isNull());
+}
