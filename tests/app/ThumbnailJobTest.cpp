@@ -181,3 +181,29 @@ TEST_F(ThumbnailJobTest, OriginalsAreNeverReplacedAndBadFilesSayWhy)
     EXPECT_TRUE(QFileInfo(file("photo_thumb.jpg")).isDir());
     EXPECT_TRUE(why.contains(QStringLiteral("cannot write"))) << why.toStdString();
 }
+
+TEST_F(ThumbnailJobTest, QualityAndInterpolationReachTheOutput)
+{
+    ASSERT_TRUE(writeTestImage(file("p.png"), 512, 512));
+    set("quality", 0.1);
+    ASSERT_TRUE(run(file("p.png")));
+    const qint64 low = QFileInfo(file("p_thumb.jpg")).size();
+    set("quality", 1.0);
+    ASSERT_TRUE(run(file("p.png")));
+    EXPECT_LT(low, QFileInfo(file("p_thumb.jpg")).size());
+
+    // A fine checkerboard: nearest sampling keeps black and white, Lanczos averages to grey.
+    QImage checker(256, 256, QImage::Format_RGB888);
+    for (int y = 0; y < 256; ++y)
+        for (int x = 0; x < 256; ++x)
+            checker.setPixelColor(x, y, (x + y) % 2 ? Qt::white : Qt::black);
+    ASSERT_TRUE(checker.save(file("c.png")));
+    set("filetype", 4);
+    set("Antialiasing", 1);
+    ASSERT_TRUE(run(file("c.png")));
+    const int nearest = loadImage(file("c_thumb.png")).pixelColor(40, 40).red();
+    EXPECT_TRUE(nearest == 0 || nearest == 255) << nearest;
+    set("Antialiasing", 3);
+    ASSERT_TRUE(run(file("c.png")));
+    EXPECT_NEAR(loadImage(file("c_thumb.png")).pixelColor(40, 40).red(), 128, 16);
+}

@@ -1,0 +1,121 @@
+// Drawing helpers: centred and tiled drawing, parts of images, representation choice and kinds.
+#include "image/Image.h"
+#include "testlib/TestSupport.h"
+
+#include <gtest/gtest.h>
+
+using namespace orvel;
+using namespace orvel::test;
+
+namespace {
+
+ImagePtr solid(int w, int h, QColor colour)
+{
+    QImage q(w, h, QImage::Format_RGBA8888);
+    q.fill(colour);
+    return Image::imageWithRepresentation(BitmapImageRep::fromQImage(q));
+}
+
+// Runs draw with a w × h transparent canvas as the current context and answers the canvas.
+QImage canvas(int w, int h, const std::function<void()> &draw)
+{
+    QImage target(w, h, QImage::Format_RGBA8888_Premultiplied);
+    target.fill(Qt::transparent);
+    QPainter painter(&target);
+    GraphicsContext context(&painter);
+    GraphicsContext::Scope scope(context);
+    context.setImageInterpolation(InterpolationNone);
+    draw();
+    return target;
+}
+
+} // namespace
+
+TEST(ImageDrawing, CentredDrawingKeepsTheSizeAndAnswersTheRectangle)
+{
+    ImagePtr red = solid(10, 6, Qt::red);
+    QRectF drawn;
+    const QImage out = canvas(30, 30, [&] {
+        drawn = red->drawCenteredInRect(QRectF(0, 0, 30, 30), QRectF(), CompositingOperation::SourceOver, 1.0);
+    });
+    EXPECT_EQ(drawn, QRectF(10, 12, 10, 6));
+    EXPECT_EQ(out.pixelColor(15, 14), QColor(Qt::red));
+    EXPECT_EQ(out.pixelColor(9, 14).alpha(), 0);
+    EXPECT_EQ(out.pixelColor(15, 18).alpha(), 0);
+}
+
+TEST(ImageDrawing, CentredTilingPutsATileInTheMiddle)
+{
+    // Two colours side by side make the tile's phase visible.
+    QImage q(10, 10, QImage::Format_RGBA8888);
+    q.fill(Qt::red);
+    for (int y = 0; y < 10; ++y)
+        for (int x = 5; x < 10; ++x)
+            q.setPixelColor(x, y, Qt::blue);
+    ImagePtr tile = Image::imageWithRepresentation(BitmapImageRep::fromQImage(q));
+    const QImage out = canvas(25, 10, [&] {
+        tile->drawInRect(QRectF(0, 0, 25, 10), QRectF(), CompositingOperation::SourceOver, 1.0, true, false, true);
+    });
+    // Three tiles starting at -2.5: the middle one spans 7.5 to 17.5.
+    EXPECT_EQ(out.pixelColor(9, 5), QColor(Qt::red));
+    EXPECT_EQ(out.pixelColor(14, 5), QColor(Qt::blue));
+    EXPECT_EQ(out.pixelColor(1, 5), QColor(Qt::red)); // the first tile starts 2.5 pixels early
+    EXPECT_EQ(out.pixelColor(4, 5), QColor(Qt::blue));
+    EXPECT_EQ(out.pixelColor(19, 5), QColor(Qt::red));
+}
+
+TEST(ImageDrawing, PartsOfImagesAreDrawnFromTheirRectangle)
+{
+    QImage q(20, 20, QImage::Format_RGBA8888);
+    q.fill(Qt::red);
+    for (int y = 0; y < 10; ++y)
+        for (int x = 10; x < 20; ++x)
+            q.setPixelColor(x, y, Qt::green);
+    ImagePtr image = Image::imageWithRepresentation(BitmapImageRep::fromQImage(q));
+    ImagePtr part = image->imageFromRect(QRectF(10, 0, 10, 10), 1.0);
+    ASSERT_TRUE(part);
+    EXPECT_EQ(part->size(), QSizeF(10, 10));
+    const QImage pixels = std::static_pointer_cast<BitmapImageRep>(part->cachedImageRep())->toQImage();
+    EXPECT_EQ(pixels.pixelColor(5, 5), QColor(Qt::green));
+    ImagePtr faded = image->imageFromRect(QRectF(0, 10, 10, 10), 0.5);
+    const QImage half = std::static_pointer_cast<BitmapImageRep>(faded->cachedImageRep())->toQImage();
+    EXPECT_NEAR(half.pixelColor(5, 5).alpha(), 128, 2);
+    ImagePtr scaled = Image::initWithImageFromRect(*image, QRectF(0, 0, 10, 10), QSizeF(4, 4));
+    EXPECT_EQ(scaled->size(), QSizeF(4, 4));
+}
+
+TEST(ImageDrawing, RepresentationChoiceKindsAndAlpha)
+{
+    auto image = Image::initWithSize(QSizeF(64, 64));
+    auto small = BitmapImageRep::createRGBA(32, 32);
+    auto large = BitmapImageRep::createRGBA(256, 256);
+    auto medium = BitmapImageRep::createRGBA(100, 100);
+    image->addRepresentation(small);
+    image->addRepresentation(large);
+    image->addRepresentation(medium);
+    EXPECT_EQ(image->bestRepresentationForRect(QRectF(0, 0, 64, 64)), medium);
+    EXPECT_EQ(image->bestRepresentationForRect(QRectF(0, 0, 20, 20)), small);
+    EXPECT_EQ(image->bestRepresentationForRect(QRectF(0, 0, 900, 900)), large);
+    EXPECT_TRUE(image->isBitmapImage());
+    EXPECT_FALSE(image->isPDFImage());
+    EXPECT_TRUE(image->hasAlpha());
+    EXPECT_EQ(image->bounds(), QRectF(0, 0, 256, 256));
+    image->removeAllRepresentations();
+    EXPECT_FALSE(image->hasAlpha());
+    EXPECT_EQ(image->bounds(), QRectF(0, 0, 64, 64));
+    QImage opaque(4, 4, QImage::Format_RGB888);
+    EXPECT_FALSE(Image::imageWithRepresentation(BitmapImageRep::fromQImage(opaque))->hasAlpha());
+}
+
+TEST(ImageDrawing, FocusedDrawingMakesABitmapOfTheImage)
+{
+    ImagePtr red = solid(8, 8, Qt::red);
+    ImagePtr copy = red->bitmapImageWithSize(QSizeF(4, 4));
+    ASSERT_TRUE(copy);
+    ASSERT_TRUE(copy->bitmapImageRep());
+    EXPECT_EQ(copy->bitmapImageRep()->toQImage().pixelColor(2, 2), QColor(Qt::red));
+    EXPECT_FALSE(red->bitmapImageWithSize(QSizeF(0, 4)));
+    ImagePtr thumb = solid(400, 100, Qt::blue)->thumbForSize(QSizeF(100, 100));
+    EXPECT_EQ(thumb->size(), QSizeF(100, 25));
+    EXPECT_EQ(GraphicsContext::current(), nullptr); // every focus was released
+}
