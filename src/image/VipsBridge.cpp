@@ -21,8 +21,12 @@ constexpr double MaxSourcePixels = 4294967296.0; // 2^32
 // Whole decodes (not streamed into a small thumbnail) are limited further: 4 bytes a pixel.
 constexpr double MaxDecodedPixels = 536870912.0; // 2^29, 2 GiB of RGBA
 
-QString stripLoaderSuffix(QString name)
+// vips_foreign_find_load() answers a class name ("VipsForeignLoadJpegFile"); the nickname
+// ("jpegload_file" or "jpegload") without its source suffix says which options the loader takes.
+QString stripLoaderSuffix(const char *className)
 {
+    const char *nick = vips_nickname_find(g_type_from_name(className));
+    QString name = QString::fromLatin1(nick ? nick : className);
     for (const char *suffix : { "_buffer", "_source", "_file" })
         if (name.endsWith(QLatin1String(suffix)))
             name.chop(qstrlen(suffix));
@@ -72,7 +76,7 @@ std::shared_ptr<ImageSource> ImageSource::open(const QString &path, int maxPixel
             *error = QStringLiteral("not a picture that can be decoded");
         return nullptr;
     }
-    source->m_loader = stripLoaderSuffix(QString::fromLatin1(loader));
+    source->m_loader = stripLoaderSuffix(loader);
     if (!source->readHeader(maxPixelSize, withTransform)) {
         if (error)
             *error = source->m_error;
@@ -98,7 +102,7 @@ std::shared_ptr<ImageSource> ImageSource::openData(const QByteArray &data, int m
             *error = QStringLiteral("not a picture that can be decoded");
         return nullptr;
     }
-    source->m_loader = stripLoaderSuffix(QString::fromLatin1(loader));
+    source->m_loader = stripLoaderSuffix(loader);
     if (!source->readHeader(maxPixelSize, withTransform)) {
         if (error)
             *error = source->m_error;

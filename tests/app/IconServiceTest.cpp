@@ -1,0 +1,276 @@
+// Tests of IconService: real entries written to a thumbnail cache in a temporary folder.
+#include "app/IconService.h"
+#include "testlib/TestSupport.h"
+
+#include <QCryptographicHash>
+#include <QDir>
+#include <QFileInfo>
+#include <QImageReader>
+#include <QPainter>
+#include <QRandomGenerator>
+#include <QUrl>
+#include <gtest/gtest.h>
+
+#include <csignal>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <utime.h>
+
+using orvel::IconService;
+using Size = IconService::CacheSize;
+using namespace orvel::test;
+
+namespace {
+
+const QList<QPair<Size, QString>> Folders = {
+    { Size::Normal, QStringLiteral("normal") },
+    { Size::Large, QStringLiteral("large") },
+    { Size::XLarge, QStringLiteral("x-large") },
+    { Size::XXLarge, QStringLiteral("xx-large") },
+};
+
+QImage filledImage(int w, int h, QColor colour, QImage::Format format = QImage::Format_RGBA8888_Premultiplied)
+{
+    QImage image(w, h, format);
+    image.fill(colour);
+    return image;
+}
+
+mode_t modeOf(const QString &path)
+{
+    struct stat st {};
+    return ::stat(QFile::encodeName(path).constData(), &st) == 0 ? (st.st_mode & 07777) : mode_t(-1);
+}
+
+// Every file under dir, recursively, relative to it.
+QStringList filesUnder(const QString &dir)
+{
+    QStringList out;
+    const QDir root(dir);
+    for (const QFileInfo &fi : root.entryInfoList(QDir::Files | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot))
+        out << fi.fileName();
+    for (const QFileInfo &fi : root.entryInfoList(QDir::Dirs | QDir::Hidden | QDir::NoDotAndDotDot))
+        for (const QString &f : filesUnder(fi.filePath()))
+            out << fi.fileName() + u'/' + f;
+    out.sort();
+    return out;
+}
+
+class IconServiceTest : public ::testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        m_savedCache = qgetenv("XDG_CACHE_HOME");
+        m_hadCache = qEnvironmentVariableIsSet("XDG_CACHE_HOME");
+        qputenv("XDG_CACHE_HOME", QFile::encodeName(cacheHome()));
+    }
+    void TearDown() override
+    {
+        if (m_hadCache)
+            qputenv("XDG_CACHE_HOME", m_savedCache);
+        else
+            qunsetenv("XDG_CACHE_HOME");
+    }
+
+    QString cacheHome() const { return m_cache.file(QStringLiteral("cache")); }
+    QString thumbnails() const { return cacheHome() + QStringLiteral("/thumbnails"); }
+
+    // A real source file whose modification time is fixed at mtime.
+    QString makeSource(const QString &name, time_t mtime = 1000000000)
+    {
+        const QString path = m_files.file(name);
+        EXPECT_TRUE(writeBytes(path, QByteArray(1234, 'x')));
+        const utimbuf times { mtime, mtime };
+        EXPECT_EQ(::utime(QFile::encodeName(path).constData(), &times), 0);
+        return path;
+    }
+
+    TempDir m_files;
+    TempDir m_cache;
+    QByteArray m_savedCache;
+    bool m_hadCache = false;
+};
+
+TEST_F(IconServiceTest, KeysEntriesByTheEscapedFileUri)
+{
+    const QString dir = m_files.path() + QStringLiteral("/Fotos März 2024");
+    const QString path = dir + QStringLiteral("/Bild #1 (Kopie) ü€.jpg");
+    // Built by another route than the service's: QUrl's own encoding of a local file.
+    const QString expectedUri = QString::fromLatin1(QUrl::fromLocalFile(path).toEncoded());
+    ASSERT_TRUE(expectedUri.contains(QStringLiteral("%20")));
+    EXPECT_EQ(IconService::uriForFile(path), expectedUri);
+    EXPECT_EQ(IconService::uriForFile(QStringLiteral("/tmp/a b/\u00e9+x.png")),
+              QStringLiteral("file:///tmp/a%20b/%C3%A9+x.png"));
+
+    const QString md5 = QString::fromLatin1(
+        QCryptographicHash::hash(expectedUri.toUtf8(), QCryptographicHash::Md5).toHex());
+    for (const auto &[size, folder] : Folders)
+        EXPECT_EQ(IconService::cachePathForFile(path, size),
+                  thumbnails() + u'/' + folder + u'/' + md5 + QStringLiteral(".png"));
+
+    // A relative or unclean path names the same file, hence the same entry.
+    const QString saved = QDir::currentPath();
+    ASSERT_TRUE(QDir::setCurrent(m_files.path()));
+    EXPECT_EQ(IconService::uriForFile(QStringLiteral("./x/../Fotos März 2024//Bild #1 (Kopie) ü€.jpg")), expectedUri);
+    QDir::setCurrent(saved);
+
+    EXPECT_TRUE(IconService::uriForFile(QString()).isEmpty());
+    EXPECT_TRUE(IconService::cachePathForFile(QString(), Size::Normal).isEmpty());
+}
+
+TEST_F(IconServiceTest, WritesEveryEntryWithTheStandardTextChunks)
+{
+    const QString source = makeSource(QStringLiteral("photo with spaces é.jpg"), 1000000000);
+    ASSERT_TRUE(IconService::setIconForFile(filledImage(2000, 2000, Qt::blue), source, 4));
+
+    const QString uri = QString::fromLatin1(QUrl::fromLocalFile(source).toEncoded());
+    for (const auto &[size, folder] : Folders) {
+        SCOPED_TRACE(folder.toStdString());
+        QImageReader reader(IconService::cachePathForFile(source, size));
+        EXPECT_EQ(reader.format(), "png");
+        // QImageReader::text() cuts keys at their first colon; the image read keeps them whole.
+        const QImage entry = reader.read();
+        EXPECT_EQ(entry.text(QStringLiteral("Thumb::URI")), uri);
+        EXPECT_EQ(entry.text(QStringLiteral("Thumb::MTime")), QStringLiteral("1000000000"));
+        EXPECT_EQ(entry.text(QStringLiteral("Thumb::Size")), QStringLiteral("1234"));
+        EXPECT_FALSE(entry.text(QStringLiteral("Software")).isEmpty());
+        EXPECT_EQ(entry.size(), QSize(int(size), int(size)));
+        EXPECT_TRUE(colourNear(entry.pixelColor(5, 5), Qt::blue, 1));
+    }
+}
+
+TEST_F(IconServiceTest, MakesPrivateFoldersAndFilesAndLeavesNothingElse)
+{
+    const QString source = makeSource(QStringLiteral("a.png"));
+    const mode_t oldMask = ::umask(0);
+    const bool ok = IconService::setIconForFile(filledImage(600, 600, Qt::red), source);
+    ::umask(oldMask);
+    ASSERT_TRUE(ok);
+
+    EXPECT_EQ(modeOf(cacheHome()), 0700u);
+    EXPECT_EQ(modeOf(thumbnails()), 0700u);
+    QStringList expected;
+    for (const auto &[size, folder] : Folders) {
+        EXPECT_EQ(modeOf(thumbnails() + u'/' + folder), 0700u) << folder.toStdString();
+        const QString entry = IconService::cachePathForFile(source, size);
+        EXPECT_EQ(modeOf(entry), 0600u) << folder.toStdString();
+        expected << folder + u'/' + QFileInfo(entry).fileName();
+    }
+    expected.sort();
+    EXPECT_EQ(filesUnder(thumbnails()), expected); // no temporary file left behind
+}
+
+TEST_F(IconServiceTest, ScalesDownToEachSizeButNeverUp)
+{
+    const QString source = makeSource(QStringLiteral("s.tif"));
+    struct Case { QSize image; QList<QSize> entries; };
+    const QList<Case> cases = {
+        { { 300, 300 }, { { 128, 128 }, { 256, 256 }, { 300, 300 }, { 300, 300 } } },
+        { { 2000, 1000 }, { { 128, 64 }, { 256, 128 }, { 512, 256 }, { 1024, 512 } } },
+        { { 90, 700 }, { { 16, 128 }, { 33, 256 }, { 66, 512 }, { 90, 700 } } },
+        { { 40, 30 }, { { 40, 30 }, { 40, 30 }, { 40, 30 }, { 40, 30 } } },
+        { { 3000, 2 }, { { 128, 1 }, { 256, 1 }, { 512, 1 }, { 1024, 1 } } },
+    };
+    for (const Case &c : cases) {
+        SCOPED_TRACE(QStringLiteral("%1x%2").arg(c.image.width()).arg(c.image.height()).toStdString());
+        ASSERT_TRUE(IconService::setIconForFile(filledImage(c.image.width(), c.image.height(), Qt::green), source));
+        for (qsizetype i = 0; i < Folders.size(); ++i)
+            EXPECT_EQ(QImageReader(IconService::cachePathForFile(source, Folders[i].first)).size(), c.entries[i]);
+    }
+}
+
+TEST_F(IconServiceTest, KeepsTransparencyOfAnyInputFormat)
+{
+    const QString source = makeSource(QStringLiteral("t.png"));
+    for (QImage::Format format : { QImage::Format_RGBA8888_Premultiplied, QImage::Format_ARGB32,
+                                   QImage::Format_RGBA64 }) {
+        SCOPED_TRACE(int(format));
+        // Left half fully transparent, right half half-transparent red.
+        QImage image = filledImage(1000, 1000, Qt::transparent, format);
+        QPainter(&image).fillRect(500, 0, 500, 1000, QColor(255, 0, 0, 128));
+        ASSERT_TRUE(IconService::setIconForFile(image, source));
+        for (const auto &[size, folder] : Folders) {
+            const QImage entry(IconService::cachePathForFile(source, size));
+            ASSERT_TRUE(entry.hasAlphaChannel()) << folder.toStdString();
+            const int w = entry.width();
+            EXPECT_EQ(entry.pixelColor(w / 8, w / 2).alpha(), 0);
+            EXPECT_TRUE(colourNear(entry.pixelColor(w * 7 / 8, w / 2), QColor(255, 0, 0, 128), 2))
+                << folder.toStdString();
+        }
+    }
+}
+
+TEST_F(IconServiceTest, MissingSourceOrNullImageWritesNothing)
+{
+    EXPECT_FALSE(IconService::setIconForFile(filledImage(200, 200, Qt::red), m_files.file(QStringLiteral("gone.jpg"))));
+    EXPECT_FALSE(IconService::setIconForFile(QImage(), makeSource(QStringLiteral("there.jpg"))));
+    EXPECT_FALSE(IconService::setIconForFile(filledImage(200, 200, Qt::red), QString()));
+    EXPECT_FALSE(QFileInfo::exists(thumbnails()));
+}
+
+TEST_F(IconServiceTest, UnwritableCacheAnswersFalseAndLeavesNothing)
+{
+    const QString source = makeSource(QStringLiteral("u.jpg"));
+    const QString blocker = m_cache.file(QStringLiteral("not-a-folder"));
+    ASSERT_TRUE(writeBytes(blocker, "plain file"));
+    qputenv("XDG_CACHE_HOME", QFile::encodeName(blocker));
+    EXPECT_FALSE(IconService::setIconForFile(filledImage(300, 300, Qt::red), source));
+    EXPECT_EQ(readBytes(blocker), QByteArray("plain file"));
+    EXPECT_EQ(filesUnder(m_cache.path()), QStringList { QStringLiteral("not-a-folder") });
+}
+
+TEST_F(IconServiceTest, FailedWriteLeavesNoPartialEntryNorOlderOne)
+{
+    const QString source = makeSource(QStringLiteral("big.jpg"));
+    ASSERT_TRUE(IconService::setIconForFile(filledImage(2000, 2000, Qt::red), source));
+
+    // Noise does not compress: the 1024-pixel entry (about 4 MB) cannot be written under a 600 kB
+    // file-size limit while the 128-pixel one (about 64 kB) can.
+    QImage noise(2000, 2000, QImage::Format_RGB32);
+    for (int y = 0; y < noise.height(); ++y)
+        QRandomGenerator::global()->fillRange(reinterpret_cast<quint32 *>(noise.scanLine(y)), noise.width());
+    auto *previous = std::signal(SIGXFSZ, SIG_IGN);
+    rlimit saved {};
+    ASSERT_EQ(::getrlimit(RLIMIT_FSIZE, &saved), 0);
+    rlimit limited = saved;
+    limited.rlim_cur = 600 * 1024;
+    ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &limited), 0);
+    const bool ok = IconService::setIconForFile(noise, source);
+    ::setrlimit(RLIMIT_FSIZE, &saved);
+    std::signal(SIGXFSZ, previous);
+
+    EXPECT_FALSE(ok);
+    const QString xxl = IconService::cachePathForFile(source, Size::XXLarge);
+    EXPECT_FALSE(QFileInfo::exists(xxl)); // the older red entry is gone too, not left to show the old icon
+    const QImage normal(IconService::cachePathForFile(source, Size::Normal));
+    ASSERT_EQ(normal.size(), QSize(128, 128));
+    EXPECT_FALSE(colourNear(normal.pixelColor(64, 64), Qt::red, 10) && colourNear(normal.pixelColor(3, 3), Qt::red, 10));
+    for (const QString &f : filesUnder(thumbnails()))
+        EXPECT_TRUE(f.endsWith(QStringLiteral(".png"))) << f.toStdString();
+}
+
+TEST_F(IconServiceTest, ReplacingAndRemovingEntries)
+{
+    const QString source = makeSource(QStringLiteral("r.jpg"), 1000000000);
+    ASSERT_TRUE(IconService::setIconForFile(filledImage(256, 256, Qt::red), source));
+    const utimbuf later { 1200000000, 1200000000 };
+    ASSERT_EQ(::utime(QFile::encodeName(source).constData(), &later), 0);
+    ASSERT_TRUE(IconService::setIconForFile(filledImage(256, 256, Qt::green), source));
+
+    const QImage entry(IconService::cachePathForFile(source, Size::Large));
+    EXPECT_EQ(entry.text(QStringLiteral("Thumb::MTime")), QStringLiteral("1200000000"));
+    EXPECT_TRUE(colourNear(entry.pixelColor(10, 10), Qt::green, 1));
+
+    // Another file's entries are not touched by a removal.
+    const QString other = makeSource(QStringLiteral("other.jpg"));
+    ASSERT_TRUE(IconService::setIconForFile(filledImage(64, 64, Qt::red), other));
+    EXPECT_TRUE(IconService::removeIconOfFile(source));
+    for (const auto &[size, folder] : Folders) {
+        EXPECT_FALSE(QFileInfo::exists(IconService::cachePathForFile(source, size))) << folder.toStdString();
+        EXPECT_TRUE(QFileInfo::exists(IconService::cachePathForFile(other, size))) << folder.toStdString();
+    }
+    EXPECT_TRUE(IconService::removeIconOfFile(source)); // nothing left is still "none left"
+}
+
+} // namespace
