@@ -8,10 +8,12 @@ every process descended from it (found through the kernel's lists of children in
 worker processes count even when they start their own session) and keeps the largest sum. When the command ends it
 prints one line on standard output:
 
-    wall_s=1.234 peak_mib=56.7 cpu_s=2.345 status=0
+    wall_s=1.234 peak_mib=56.7 peak_pss_mib=40.1 cpu_s=2.345 status=0
 
-wall_s      wall-clock seconds from start to exit
-peak_mib    peak of the summed RSS of the tree (MiB), as sampled
+wall_s        wall-clock seconds from start to exit
+peak_mib      peak of the summed RSS of the tree (MiB), as sampled
+peak_pss_mib  peak of the summed PSS of the tree (MiB): pages shared between the tree's processes
+              (the libraries every worker maps) are counted once, split between their users
 cpu_s       user + system CPU seconds of the command and all its waited-for descendants
 status      the command's exit status (128+N when killed by signal N)
 
@@ -80,6 +82,39 @@ def tree_rss_by_scan(root):
     return total
 
 
+def tree_pids(root):
+    """root and its descendants, through the kernel's lists of children."""
+    pids, stack = [], [root]
+    while stack:
+        pid = stack.pop()
+        pids.append(pid)
+        try:
+            for tid in os.listdir(f"/proc/{pid}/task"):
+                try:
+                    stack.extend(int(c) for c in read(f"/proc/{pid}/task/{tid}/children").split())
+                except OSError:
+                    pass
+        except OSError:
+            pass
+    return pids
+
+
+def tree_pss(root):
+    """Sums the proportional set size of the tree (smaps_rollup), in bytes."""
+    total = 0
+    for pid in tree_pids(root):
+        try:
+            for line in read(f"/proc/{pid}/smaps_rollup").splitlines():
+                if line.startswith(b"Pss:"):
+                    total += int(line.split()[1]) * 1024
+                    break
+        except (OSError, ValueError, IndexError):
+            pass
+    return total
+
+
+has_pss = os.path.exists(f"/proc/{os.getpid()}/smaps_rollup")
+
 tree_rss = tree_rss_by_children if os.path.exists(f"/proc/{os.getpid()}/task/{os.getpid()}/children") \
     else tree_rss_by_scan
 
@@ -100,11 +135,13 @@ def main():
             proc = subprocess.Popen(command, stdout=log, stderr=log, stdin=subprocess.DEVNULL)
         except OSError as e:
             log.write(f"peak_rss.py: cannot run {command[0]}: {e.strerror}\n".encode())
-            print("wall_s=0.000 peak_mib=0.0 cpu_s=0.000 status=127")
+            print("wall_s=0.000 peak_mib=0.0 peak_pss_mib=0.0 cpu_s=0.000 status=127")
             return 0
-        peak = 0
+        peak = peak_pss = 0
         while proc.poll() is None:
             peak = max(peak, tree_rss(proc.pid))
+            if has_pss:
+                peak_pss = max(peak_pss, tree_pss(proc.pid))
             time.sleep(args.interval)
         wall = time.monotonic() - start
 
@@ -113,7 +150,7 @@ def main():
     usage = resource.getrusage(resource.RUSAGE_CHILDREN)
     status = proc.returncode if proc.returncode >= 0 else 128 - proc.returncode
     mib = 1024.0 * 1024.0
-    print(f"wall_s={wall:.3f} peak_mib={peak / mib:.1f} "
+    print(f"wall_s={wall:.3f} peak_mib={peak / mib:.1f} peak_pss_mib={peak_pss / mib:.1f} "
           f"cpu_s={usage.ru_utime + usage.ru_stime:.3f} status={status}")
     return 0
 

@@ -176,9 +176,12 @@ measure() {
     shift 4
     rm -rf "$outdir"
     [ "$make" = 1 ] && mkdir -p "$outdir"
-    local line wall peak cpu status made
+    local line wall rss pss peak cpu status made
     line=$(python3 "$here/peak_rss.py" --log "$work/$name.log" -- "$@")
-    read -r wall peak cpu status <<<"$(sed 's/[a-z_]*=//g' <<<"$line")"
+    read -r wall rss pss cpu status <<<"$(sed 's/[a-z_]*=//g' <<<"$line")"
+    # Memory is the tree's peak PSS by default: every process maps the same libraries, and summed
+    # RSS would count those pages once per process. BENCH_MEMORY=rss gives the summed RSS instead.
+    if [ "${BENCH_MEMORY:-pss}" = rss ]; then peak=$rss; else peak=$pss; fi
     made=$({ find "$outdir" -maxdepth 1 -name '*.jpg' 2>/dev/null || true; } | wc -l)
     if [ "$status" != 0 ] || [ "$made" != "$expected" ]; then
         log "  warning: $name exited $status and made $made of $expected thumbnails (log: $(tail -n 3 "$work/$name.log" | tr '\n' ' '))"
@@ -236,6 +239,7 @@ echo
 echo "orvel-thumbs vs vipsthumbnail: 128x128 box, JPEG quality 80, median of $runs runs$([ $quick = 1 ] && echo ", QUICK corpus (targets not meaningful)")"
 echo "corpus: $set_dir ($jpeg_count JPEG ${jpeg_w}x$jpeg_h Q90, $png_count PNG ${png_w}x$png_h RGBA, $pdf_count PDF x $pdf_pages pages)"
 echo "machine: $(nproc) cores, load average $load_at_start at the start (figures are only comparable on an idle machine)"
+echo "memory: peak ${BENCH_MEMORY:-pss} of the whole process tree"
 echo
 if [ $vips_only = 1 ]; then
     printf '%-6s %5s %10s %10s %10s\n' batch files "vips s" "vips MiB" "vips cpu"
