@@ -1,0 +1,70 @@
+// A batch of broken, truncated, hostile and enormous files: each fails with a reason, the good file
+// is still made, nothing hangs and nothing is left behind.
+#include "testlib/TestSupport.h"
+
+#include <QDir>
+#include <QFileInfo>
+#include <gtest/gtest.h>
+
+using namespace orvel::test;
+
+namespace {
+
+quint32 crc32(const QByteArray &bytes)
+{
+    quint32 crc = 0xFFFFFFFFu;
+    for (char ch : bytes) {
+        crc ^= quint8(ch);
+        for (int k = 0; k < 8; ++k)
+            crc = (crc >> 1) ^ (0xEDB88320u & (0u - (crc & 1u)));
+    }
+    return ~crc;
+}
+
+QByteArray pngDeclaring(quint32 width, quint32 height)
+{
+    auto be32 = [](quint32 v) {
+        QByteArray b(4, 0);
+        for (int i = 0; i < 4; ++i)
+            b[i] = char((v >> (24 - 8 * i)) & 0xFF);
+        return b;
+    };
+    auto chunk = [&](const QByteArray &type, const QByteArray &data) {
+        return be32(quint32(data.size())) + type + data + be32(crc32(type + data));
+    };
+    return QByteArray("\x89PNG\r\n\x1a\n", 8) + chunk("IHDR", be32(width) + be32(height) + QByteArray("\x08\x02\x00\x00\x00", 5))
+        + chunk("IEND", {});
+}
+
+} // namespace
+
+TEST(BadInput, EveryBrokenFileFailsAloneWithAReason)
+{
+    TempDir dir, config, cache;
+    const QString d = dir.path();
+    ASSERT_TRUE(writeTestImage(d + QStringLiteral("/good.png"), 300, 200));
+    ASSERT_TRUE(writeTestImage(d + QStringLiteral("/cut.jpg"), 900, 700));
+    QByteArray jpeg = readBytes(d + QStringLiteral("/cut.jpg"));
+    ASSERT_TRUE(writeBytes(d + QStringLiteral("/cut.jpg"), jpeg.left(jpeg.size() / 3)));
+    ASSERT_TRUE(writeBytes(d + QStringLiteral("/zero.png"), {}));
+    ASSERT_TRUE(writeBytes(d + QStringLiteral("/noise.gif"), QByteArray(5000, '\x5a')));
+    ASSERT_TRUE(writeBytes(d + QStringLiteral("/bomb.png"), pngDeclaring(300000, 300000)));
+    ASSERT_TRUE(writeBytes(d + QStringLiteral("/forever.ps"), "%!PS\n{ } loop\n"));
+    ASSERT_TRUE(writeBytes(d + QStringLiteral("/fake.pdf"), "%PDF-1.4\n1 0 obj << /Type /Catalog >> endobj\n"));
+    ASSERT_TRUE(QFile::link(d + QStringLiteral("/nowhere.jpg"), d + QStringLiteral("/dangling.jpg")));
+
+    QByteArray out, err;
+    const int status = runProgram(thumbsExecutable(), { QStringLiteral("--timeout"), QStringLiteral("3"), QStringLiteral("-j"), QStringLiteral("2"), d },
+                                  &out, &err, 60000,
+                                  { QStringLiteral("XDG_CONFIG_HOME=") + config.path(), QStringLiteral("XDG_CACHE_HOME=") + cache.path() });
+    EXPECT_EQ(status, 1) << err.constData();
+    EXPECT_TRUE(QFileInfo::exists(d + QStringLiteral("/good_thumb.jpg")));
+    for (const char *name : { "cut.jpg", "zero.png", "noise.gif", "bomb.png", "forever.ps", "fake.pdf", "dangling.jpg" }) {
+        const QByteArray line = (d + u'/' + QString::fromLatin1(name) + QStringLiteral(": ")).toUtf8();
+        EXPECT_TRUE(err.contains(line)) << name << "\n" << err.constData();
+    }
+    // Only the one good thumbnail was written: no partial outputs, no temporary files.
+    QStringList made = QDir(d).entryList(QStringList { QStringLiteral("*thumb*"), QStringLiteral(".*") },
+                                         QDir::Files | QDir::Hidden | QDir::System);
+    EXPECT_EQ(made, QStringList { QStringLiteral("good_thumb.jpg") });
+}
