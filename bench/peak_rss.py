@@ -3,7 +3,7 @@
 
 Usage: peak_rss.py [--interval SECONDS] [--log FILE] -- COMMAND [ARGS...]
 
-Every INTERVAL seconds (default 0.01) the helper sums the resident set size of the command and of
+Every INTERVAL seconds (default 0.01; 0 measures time only, with no sampling) the helper sums the resident set size of the command and of
 every process descended from it (found through the kernel's lists of children in /proc, so
 worker processes count even when they start their own session) and keeps the largest sum. When the command ends it
 prints one line on standard output:
@@ -138,6 +138,8 @@ def main():
             print("wall_s=0.000 peak_mib=0.0 peak_pss_mib=0.0 cpu_s=0.000 status=127")
             return 0
         peak = peak_pss = 0
+        if args.interval <= 0:
+            proc.wait()  # timing only: no sampler competing for the cores
         while proc.poll() is None:
             peak = max(peak, tree_rss(proc.pid))
             if has_pss:
