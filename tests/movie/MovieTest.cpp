@@ -1,0 +1,312 @@
+// The movie type list, loop modes, and the frame a movie's thumbnail is taken from, on real movies.
+#include "MovieTestSupport.h"
+
+#include "movie/Movie.h"
+#include "files/FinderInfo.h"
+#include "testlib/TestSupport.h"
+
+#include <QFile>
+#include <QSet>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+using namespace orvel;
+using namespace orvel::test;
+
+namespace {
+
+QImage pixelsOf(const ImagePtr &image)
+{
+    if (!image || !image->bitmapImageRep())
+        return {};
+    return image->bitmapImageRep()->toQImage().convertToFormat(QImage::Format_RGBA8888);
+}
+
+// The picture shows second `second` and not either neighbour.
+::testing::AssertionResult showsSecond(const QImage &picture, int second)
+{
+    if (picture.isNull())
+        return ::testing::AssertionFailure() << "no picture";
+    const QColor seen = centreColour(picture);
+    if (!colourNear(seen, colourOfSecond(second), 12))
+        return ::testing::AssertionFailure() << "centre is " << seen.name().toStdString() << ", second " << second
+                                             << " is " << colourOfSecond(second).name().toStdString();
+    for (int other : { second - 1, second + 1 }) {
+        if (other >= 0 && colourNear(seen, colourOfSecond(other), 12))
+            return ::testing::AssertionFailure() << "looks like second " << other;
+    }
+    return ::testing::AssertionSuccess();
+}
+
+} // namespace
+
+// --- Type list ---------------------------------------------------------------------------------
+
+TEST(MovieTypes, TheInstalledDemuxersComeFirstThenTheClassicTypesNotYetListed)
+{
+    const QStringList platform = Movie::movieFileTypes();
+    const QStringList &types = Movie::QuickTimeFileTypes();
+    ASSERT_FALSE(platform.isEmpty());
+    for (const char *common : { "mp4", "mkv", "webm", "avi", "mov" })
+        EXPECT_TRUE(platform.contains(QLatin1StringView(common))) << common;
+    ASSERT_GE(types.size(), platform.size());
+    EXPECT_EQ(types.mid(0, platform.size()), platform);
+
+    // The 113 classic strings follow in their order, without the ones the demuxers already gave.
+    const QStringList appended = types.mid(platform.size());
+    int classicInPlatform = 0;
+    for (const QString &s : { QStringLiteral("mpg"), QStringLiteral("mp4"), QStringLiteral("avi"), QStringLiteral("m4v") })
+        classicInPlatform += platform.contains(s) ? 1 : 0;
+    EXPECT_GE(classicInPlatform, 3);
+    EXPECT_FALSE(appended.contains(QStringLiteral("mp4")));
+    EXPECT_EQ(appended.first(), QStringLiteral("'MPG '"));
+    // The last classic string, "m4v", is one of FFmpeg's own, so the one before it closes the list.
+    EXPECT_EQ(appended.last(), platform.contains(QStringLiteral("m4v")) ? QStringLiteral("'MPGv'") : QStringLiteral("m4v"));
+    EXPECT_EQ(QSet<QString>(types.begin(), types.end()).size(), types.size()) << "no string twice";
+    const qsizetype mqvUpper = appended.indexOf(QStringLiteral("MQV"));
+    const qsizetype mqvLower = appended.indexOf(QStringLiteral("mqv"));
+    ASSERT_GE(mqvUpper, 0);
+    EXPECT_GT(mqvLower, mqvUpper);
+    for (const char *code : { "'MPGa'", "'MPGA'", "'MPGv'", "'MPGV'", "'dvc!'", "'sdp '" })
+        EXPECT_TRUE(appended.contains(QLatin1StringView(code))) << code;
+    EXPECT_LT(appended.indexOf(QStringLiteral("'MPGA'")), appended.indexOf(QStringLiteral("'MPGa'")));
+    EXPECT_LT(appended.indexOf(QStringLiteral("'MPGa'")), appended.indexOf(QStringLiteral("'MPGv'")));
+
+    // The 44 type codes are never extensions, so all of them are appended; at most 113 in all.
+    EXPECT_EQ(std::count_if(appended.begin(), appended.end(), [](const QString &s) { return s.startsWith(u'\''); }), 44);
+    EXPECT_LE(appended.size(), 113);
+    EXPECT_EQ(&types, &Movie::QuickTimeFileTypes()) << "the same list on every call";
+}
+
+TEST(MovieTypes, ExtensionsIgnoreCaseTypeCodesDoNot)
+{
+    EXPECT_TRUE(Movie::isQuickTimeExtension(QStringLiteral("Mp4"), QString()));
+    EXPECT_TRUE(Movie::isQuickTimeExtension(QStringLiteral("MPG"), QString()));
+    EXPECT_TRUE(Movie::isQuickTimeExtension(QStringLiteral("mpg"), QString()));
+    EXPECT_TRUE(Movie::isQuickTimeExtension(QString(), QStringLiteral("'mpg4'")));
+    EXPECT_FALSE(Movie::isQuickTimeExtension(QString(), QStringLiteral("'MPG4'")));
+    EXPECT_FALSE(Movie::isQuickTimeExtension(QStringLiteral("txt"), QString()));
+    EXPECT_FALSE(Movie::isQuickTimeExtension(QStringLiteral("jpg"), QStringLiteral("'JPEG'")));
+}
+
+TEST(MovieTypes, AFileCountsByItsExtensionOrItsFinderTypeCode)
+{
+    TempDir dir;
+    const QString plain = dir.file(QStringLiteral("clip"));
+    ASSERT_TRUE(writeBytes(plain, "x"));
+    EXPECT_FALSE(Movie::isQuickTimeFile(plain));
+    if (!setHFSTypeCodeOfFile(plain, fileTypeCodeFromString(u"'MPGv'")))
+        GTEST_SKIP() << "no user extended attributes on " << dir.path();
+    EXPECT_TRUE(Movie::isQuickTimeFile(plain));
+    EXPECT_TRUE(Movie::isQuickTimeFile(dir.file(QStringLiteral("holiday.MKV"))));
+    EXPECT_FALSE(Movie::isQuickTimeFile(dir.file(QStringLiteral(".mp4"))));
+}
+
+// --- Loop mode ---------------------------------------------------------------------------------
+
+struct LoopCase
+{
+    int mode;
+    bool loops;
+    bool backAndForth;
+    int reported;
+};
+
+class MovieLoopMode : public ::testing::TestWithParam<LoopCase>
+{
+};
+
+TEST_P(MovieLoopMode, SetsBothAttributesAndReadsThemBack)
+{
+    static TempDir dir;
+    static const QString path = dir.file(QStringLiteral("loop.mp4"));
+    static const bool made = writeSecondsMovie(path, 1.0);
+    ASSERT_TRUE(made);
+    const MoviePtr movie = Movie::initWithFile(path);
+    ASSERT_TRUE(movie);
+    movie->setLoopMode(2); // start from a state every case must overwrite
+    movie->setLoopMode(GetParam().mode);
+    EXPECT_EQ(movie->loops(), GetParam().loops);
+    EXPECT_EQ(movie->loopsBackAndForth(), GetParam().backAndForth);
+    EXPECT_EQ(movie->loopMode(), GetParam().reported);
+}
+
+INSTANTIATE_TEST_SUITE_P(Modes, MovieLoopMode,
+    ::testing::Values(LoopCase { 0, false, false, 0 }, LoopCase { 1, true, false, 1 }, LoopCase { 2, false, true, 2 },
+        LoopCase { 3, false, false, 0 }, LoopCase { -1, false, false, 0 }));
+
+// --- Which frame -------------------------------------------------------------------------------
+
+struct FrameCase
+{
+    double duration;
+    int second; // floor(min(max(duration / 2, 0), 15))
+};
+
+class MovieThumbnailFrame : public ::testing::TestWithParam<FrameCase>
+{
+};
+
+TEST_P(MovieThumbnailFrame, IsTheFrameAtHalfTheDurationCappedAtFifteenSecondsInWholeSeconds)
+{
+    TempDir dir;
+    const QString path = dir.file(QStringLiteral("seconds.mp4"));
+    ASSERT_TRUE(writeSecondsMovie(path, GetParam().duration, 32, 32, GetParam().duration > 20 ? 4 : 10));
+    QSizeF size(-1, -1);
+    double duration = -1;
+    const ImagePtr image = Movie::thumbnailImageForMovieWithFile(path, &size, &duration);
+    ASSERT_TRUE(image);
+    EXPECT_TRUE(showsSecond(pixelsOf(image), GetParam().second));
+    EXPECT_NEAR(duration, GetParam().duration, 0.05);
+    EXPECT_EQ(size, QSizeF(32, 32));
+    EXPECT_EQ(image->pixelSize(), QSizeF(32, 32));
+}
+
+INSTANTIATE_TEST_SUITE_P(Durations, MovieThumbnailFrame,
+    ::testing::Values(FrameCase { 1.5, 0 }, FrameCase { 3.6, 1 }, FrameCase { 10, 5 }, FrameCase { 31, 15 },
+        FrameCase { 100, 15 }));
+
+TEST(MovieFrames, EveryWholeSecondOfAMovieWithOneKeyFrameIsExact)
+{
+    TempDir dir;
+    const QString path = dir.file(QStringLiteral("seconds.mp4"));
+    ASSERT_TRUE(writeSecondsMovie(path, 6.0));
+    const MoviePtr movie = Movie::initWithFile(path);
+    ASSERT_TRUE(movie);
+    // Backwards too, so each request has to seek rather than read on.
+    for (int second : { 5, 0, 3, 4, 1, 2 })
+        EXPECT_TRUE(showsSecond(movie->frameImageAtTime(second), second)) << "second " << second;
+    // Between whole seconds the frame on screen is the last one not after the time.
+    EXPECT_TRUE(showsSecond(movie->frameImageAtTime(2.95), 2));
+}
+
+struct CodecCase
+{
+    const char *name;
+    const char *file;
+    QStringList codec;
+};
+
+class MovieCodecs : public ::testing::TestWithParam<CodecCase>
+{
+};
+
+TEST_P(MovieCodecs, GiveTheFrameTheRulePicks)
+{
+    TempDir dir;
+    const QString path = dir.file(QString::fromLatin1(GetParam().file));
+    ASSERT_TRUE(writeSecondsMovie(path, 7.0, 48, 32, 10, GetParam().codec));
+    const ImagePtr image = Movie::thumbnailImageForMovieWithFile(path);
+    ASSERT_TRUE(image);
+    EXPECT_TRUE(showsSecond(pixelsOf(image), 3));
+    EXPECT_EQ(image->pixelSize(), QSizeF(48, 32));
+}
+
+INSTANTIATE_TEST_SUITE_P(Formats, MovieCodecs,
+    ::testing::Values(
+        CodecCase { "mpeg4", "clip.avi", { QStringLiteral("-c:v"), QStringLiteral("mpeg4"), QStringLiteral("-q:v"), QStringLiteral("2"), QStringLiteral("-g"), QStringLiteral("25") } },
+        CodecCase { "vp9", "clip.webm", { QStringLiteral("-c:v"), QStringLiteral("libvpx-vp9"), QStringLiteral("-crf"), QStringLiteral("10"), QStringLiteral("-b:v"), QStringLiteral("0"), QStringLiteral("-deadline"), QStringLiteral("realtime"), QStringLiteral("-cpu-used"), QStringLiteral("8") } },
+        CodecCase { "mpeg2", "clip.mkv", { QStringLiteral("-c:v"), QStringLiteral("mpeg2video"), QStringLiteral("-q:v"), QStringLiteral("2"), QStringLiteral("-bf"), QStringLiteral("2") } }),
+    [](const auto &info) { return std::string(info.param.name); });
+
+// --- Natural size ------------------------------------------------------------------------------
+
+TEST(MovieSize, AnamorphicPixelsAreStretchedAsAPlayerShowsThem)
+{
+    TempDir dir;
+    const QString path = dir.file(QStringLiteral("wide.mp4"));
+    ASSERT_TRUE(writeSecondsMovie(path, 2.0, 32, 24, 10, {}, { QStringLiteral("-vf"), QStringLiteral("setsar=2") }));
+    QSizeF size;
+    double duration = 0;
+    const ImagePtr image = Movie::thumbnailImageForMovieWithFile(path, &size, &duration);
+    ASSERT_TRUE(image);
+    EXPECT_EQ(size, QSizeF(64, 24));
+    EXPECT_EQ(image->pixelSize(), QSizeF(64, 24));
+    EXPECT_TRUE(showsSecond(pixelsOf(image), 1));
+}
+
+TEST(MovieSize, RotationMetadataTurnsTheFrameAsFFmpegShowsIt)
+{
+    TempDir dir;
+    const QString plain = dir.file(QStringLiteral("plain.mp4"));
+    const QString path = dir.file(QStringLiteral("turned.mp4"));
+    // A frame whose left half is dark. The muxer writes the rotation only when the stream is copied.
+    ASSERT_TRUE(runFFmpeg({ QStringLiteral("-f"), QStringLiteral("lavfi"), QStringLiteral("-i"),
+        QStringLiteral("color=c=white:s=48x32:r=10:d=1,drawbox=x=0:y=0:w=24:h=32:c=black:t=fill"),
+        QStringLiteral("-c:v"), QStringLiteral("libx264"), QStringLiteral("-pix_fmt"), QStringLiteral("yuv420p"), plain }));
+    ASSERT_TRUE(runFFmpeg({ QStringLiteral("-i"), plain, QStringLiteral("-c"), QStringLiteral("copy"),
+        QStringLiteral("-metadata:s:v:0"), QStringLiteral("rotate=90"), path }));
+    const MoviePtr movie = Movie::initWithFile(path);
+    ASSERT_TRUE(movie);
+    EXPECT_EQ(movie->movieSize(), QSizeF(32, 48));
+    const QImage frame = movie->frameImageAtTime(0);
+    ASSERT_EQ(frame.size(), QSize(32, 48));
+    // Where the ffmpeg tool, rotating automatically, puts the dark half: at the bottom.
+    EXPECT_GT(qGray(frame.pixel(16, 8)), 200);
+    EXPECT_LT(qGray(frame.pixel(16, 40)), 60);
+}
+
+// --- Poster image and failures -----------------------------------------------------------------
+
+TEST(MoviePoster, AnAudioFileWithCoverArtGivesTheCover)
+{
+    TempDir dir;
+    const QString cover = dir.file(QStringLiteral("cover.png"));
+    ASSERT_TRUE(writeSolidImage(cover, 40, 30, QColor(200, 40, 90)));
+    const QString path = dir.file(QStringLiteral("song.mp3"));
+    ASSERT_TRUE(runFFmpeg({ QStringLiteral("-f"), QStringLiteral("lavfi"), QStringLiteral("-i"), QStringLiteral("sine=d=2"),
+        QStringLiteral("-i"), cover, QStringLiteral("-map"), QStringLiteral("0"), QStringLiteral("-map"), QStringLiteral("1"),
+        QStringLiteral("-c:a"), QStringLiteral("libmp3lame"), QStringLiteral("-c:v"), QStringLiteral("copy"),
+        QStringLiteral("-disposition:v"), QStringLiteral("attached_pic"), QStringLiteral("-id3v2_version"), QStringLiteral("3"), path }));
+    QSizeF size;
+    double duration = 0;
+    const ImagePtr image = Movie::thumbnailImageForMovieWithFile(path, &size, &duration);
+    ASSERT_TRUE(image);
+    EXPECT_EQ(image->pixelSize(), QSizeF(40, 30));
+    EXPECT_TRUE(colourNear(centreColour(pixelsOf(image)), QColor(200, 40, 90), 6));
+    EXPECT_NEAR(duration, 2.0, 0.1);
+}
+
+TEST(MovieFailures, FilesWithoutAPictureAnswerNilAndZeroOutParameters)
+{
+    TempDir dir;
+    const QString audio = dir.file(QStringLiteral("tone.m4a"));
+    ASSERT_TRUE(runFFmpeg({ QStringLiteral("-f"), QStringLiteral("lavfi"), QStringLiteral("-i"), QStringLiteral("sine=d=1"), audio }));
+    const QString empty = dir.file(QStringLiteral("empty.mp4"));
+    ASSERT_TRUE(writeBytes(empty, {}));
+    const QString noise = dir.file(QStringLiteral("noise.avi"));
+    ASSERT_TRUE(writeBytes(noise, QByteArray(20000, '\x5a')));
+    const QString cut = dir.file(QStringLiteral("cut.mp4"));
+    ASSERT_TRUE(writeSecondsMovie(cut, 4.0));
+    ASSERT_TRUE(writeBytes(cut, readBytes(cut).left(readBytes(cut).size() / 2)));
+    // A raw stream header declaring a 16000 × 16000 picture, followed by a few bytes of it.
+    const QString huge = dir.file(QStringLiteral("huge.y4m"));
+    ASSERT_TRUE(writeBytes(huge, QByteArray("YUV4MPEG2 W16000 H16000 F25:1 Ip A1:1 C420jpeg\nFRAME\n") + QByteArray(4096, '\x80')));
+
+    for (const QString &path : { audio, empty, noise, cut, huge, dir.file(QStringLiteral("missing.mp4")) }) {
+        QSizeF size(7, 7);
+        double duration = 7;
+        QString error;
+        EXPECT_FALSE(Movie::thumbnailImageForMovieWithFile(path, &size, &duration, &error)) << path;
+        EXPECT_FALSE(error.isEmpty()) << path;
+        if (path != audio && path != huge) {
+            EXPECT_EQ(size, QSizeF(0, 0)) << path;
+            EXPECT_EQ(duration, 0.0) << path;
+        }
+    }
+}
+
+TEST(MovieTime, IsKeptAsSetAndTheDurationIsTheFiles)
+{
+    TempDir dir;
+    const QString path = dir.file(QStringLiteral("time.mkv"));
+    ASSERT_TRUE(writeSecondsMovie(path, 4.0));
+    const MoviePtr movie = Movie::initWithFile(path);
+    ASSERT_TRUE(movie);
+    EXPECT_EQ(movie->movieTime(), 0.0);
+    movie->setMovieTime(2.25);
+    EXPECT_EQ(movie->movieTime(), 2.25);
+    EXPECT_NEAR(movie->movieDuration(), 4.0, 0.05);
+    EXPECT_TRUE(movie->hasVideo());
+}
