@@ -6,6 +6,7 @@
 #include "app/Progress.h"
 #include "app/ThumbnailJob.h"
 #include "app/WorkerPool.h"
+#include "movie/Movie.h"
 #include "support/Log.h"
 #include "support/UserDefaults.h"
 
@@ -532,8 +533,9 @@ QString usageText()
         "       orvel-thumbs defaults write KEY [-int|-float|-bool|-string] VALUE\n"
         "       orvel-thumbs defaults delete KEY\n"
         "\n"
-        "Makes a thumbnail of every image, PDF or PostScript document in PATH (files, and folders\n"
-        "searched through), with the stored settings. Exits with 0 when every PATH was\n"
+        "Makes a thumbnail of every image, PDF or PostScript document and movie in PATH (files, and\n"
+        "folders searched through), with the stored settings; a movie gives the frame at half its\n"
+        "length, at most 15 seconds in. Exits with 0 when every PATH was\n"
         "handled, 1 when something gave no thumbnail, 2 on a usage error.\n"
         "\n"
         "Settings for this run only (the stored settings are left as they are):\n"
@@ -555,7 +557,7 @@ QString usageText()
         "  -j, --jobs N             files processed at once (default: one per processor core)\n"
         "      --timeout SECONDS    time limit per file (default 120, 0 for none)\n"
         "      --quiet              no progress bar and no summary\n"
-        "      --verbose            print every thumbnail written, and log messages\n"
+        "      --verbose            print every thumbnail written, and log messages (FFmpeg's too)\n"
         "  -h, --help               print this help\n"
         "      --version            print the version\n"
         "\n"
@@ -596,6 +598,7 @@ int runCommandLine(const QStringList &arguments, const QString &executable, cons
     }
 
     setLogToStandardError(options.verbose);
+    Movie::setLibraryLogging(options.verbose);
     UserDefaults &defaults = UserDefaults::standard();
     defaults.setArgumentDomain(options.settings);
     Batch batch(options, executable, defaults);

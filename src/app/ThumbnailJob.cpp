@@ -5,6 +5,7 @@
 #include "files/AtomicFile.h"
 #include "files/FileManager.h"
 #include "image/Image.h"
+#include "movie/Movie.h"
 #include "support/UserDefaults.h"
 
 #include <QFile>
@@ -122,16 +123,18 @@ bool ThumbnailJob::processFile(const QString &path, UserDefaults *defaults, QStr
 {
     UserDefaults &d = defaults ? *defaults : UserDefaults::standard();
 
-    // Classify and load: PDF and the PostScript family first, then pictures. Movies join this chain
-    // with the movie module.
+    // Classify and load: PDF and the PostScript family first, then pictures, then movies (whose
+    // chosen frame stands in for the picture).
     ImagePtr image;
     QString error;
     if (Image::isPDFFile(path))
         image = Image::initByReferencingFile(path);
     else if (Image::isImageFile(path))
         image = Image::thumbnailForFile(path, 32767, true, true, nullptr, &error);
+    else if (Movie::isQuickTimeFile(path))
+        image = Movie::thumbnailImageForMovieWithFile(path, nullptr, nullptr, &error);
     else
-        return fail(reason, QStringLiteral("not an image, PDF or PostScript file"));
+        return fail(reason, QStringLiteral("not an image, PDF, PostScript or movie file"));
     if (!image)
         return fail(reason, error.isEmpty() ? QStringLiteral("unreadable file") : error);
 

@@ -8,6 +8,7 @@
 
 #include "app/ThumbnailJob.h"
 #include "files/LinkResolution.h"
+#include "movie/Movie.h"
 #include "support/Log.h"
 #include "support/UserDefaults.h"
 
@@ -654,6 +655,8 @@ int WorkerPool::runWorker(const QVariantMap &settings, int threads, bool verbose
     vips_concurrency_set(std::max(1, threads));
     vips_cache_set_max(0);
     setLogToStandardError(verbose);
+    Movie::setLibraryLogging(verbose);
+    Movie::setDecodingThreads(std::max(1, threads));
     if (!verbose) {
         g_log_set_handler("VIPS",
             GLogLevelFlags(G_LOG_LEVEL_WARNING | G_LOG_LEVEL_MESSAGE | G_LOG_LEVEL_INFO), dropLibraryMessage,

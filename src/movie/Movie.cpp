@@ -290,6 +290,11 @@ QImage Movie::decodeFrame(int index, std::optional<double> seconds)
             const int status = avcodec_receive_frame(codec, frame.get());
             if (status < 0)
                 return status;
+            // A frame the decoder had to patch up (missing references, damaged data) is never shown.
+            if ((frame->flags & AV_FRAME_FLAG_CORRUPT) || frame->decode_error_flags != 0) {
+                av_frame_unref(frame.get());
+                continue;
+            }
             int64_t pts = frame->best_effort_timestamp;
             if (pts == AV_NOPTS_VALUE)
                 pts = frame->pts;
