@@ -263,6 +263,7 @@ QImage Movie::decodeFrame(int index, std::optional<double> seconds)
     AVFormatContext *format = h.format.get();
     AVStream *stream = format->streams[index];
     AVCodecContext *codec = h.codec.get();
+    codec->skip_frame = AVDISCARD_DEFAULT;
 
     int64_t target = 0;
     const int64_t start = stream->start_time != AV_NOPTS_VALUE ? stream->start_time : 0;
@@ -275,6 +276,7 @@ QImage Movie::decodeFrame(int index, std::optional<double> seconds)
         avcodec_flush_buffers(codec);
     }
 
+    const int64_t skipBefore = target - av_rescale_q(2 * AV_TIME_BASE, AV_TIME_BASE_Q, stream->time_base);
     PacketPtr packet(av_packet_alloc());
     FramePtr frame(av_frame_alloc());
     FramePtr chosen(av_frame_alloc());
@@ -324,6 +326,13 @@ QImage Movie::decodeFrame(int index, std::optional<double> seconds)
                 avcodec_send_packet(codec, nullptr);
             } else {
                 if (packet->stream_index == index) {
+                    // Frames no other frame refers to are skipped while they are well before the
+                    // target; the margin exceeds any reordering delay, so the frames around the
+                    // target are all decoded.
+                    if (seconds)
+                        codec->skip_frame = packet->pts != AV_NOPTS_VALUE && packet->pts < skipBefore
+                            ? AVDISCARD_NONREF
+                            : AVDISCARD_DEFAULT;
                     int sent = avcodec_send_packet(codec, packet.get());
                     while (sent == AVERROR(EAGAIN) && !done) {
                         receive();
