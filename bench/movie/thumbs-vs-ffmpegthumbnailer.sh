@@ -77,6 +77,19 @@ wall() { # wall seconds of the command
     end=$(date +%s.%N)
     python3 -c "print('%.3f' % ($end - $start))"
 }
+# The same frame orvel-thumbs takes, by the ffmpeg tool: an exact seek (to the key frame before
+# the time, then decoding forward), scaled to 128 pixels. The times are worked out beforehand.
+declare -A at
+for f in "${files[@]}"; do
+    d=$(ffprobe -v error -show_entries format=duration -of csv=p=0 "$f")
+    at[$f]=$(python3 -c "import math; print(math.floor(min(max($d * 0.5, 0), 15)))")
+done
+exact_list=$out/exact.txt
+for f in "${files[@]}"; do printf '%s\t%s\n' "${at[$f]}" "$f"; done >"$exact_list"
+exact_one() { ffmpeg -nostdin -v error -y -ss "$1" -i "$2" -frames:v 1 -vf scale=128:128:force_original_aspect_ratio=decrease -q:v 4 "$out/exact/$(basename "$2").jpg"; }
+export -f exact_one
+exact_run() { tr '\t\n' '\0\0' <"$exact_list" | xargs -0 -n 2 -P "$1" bash -c 'exact_one "$0" "$1"'; }
+mkdir -p "$out/exact"
 ftn_one() { ffmpegthumbnailer -i "$1" -o "$out/ftn/$(basename "$1").jpg" -s 128 -t 50% -q 8; }
 export -f ftn_one
 export out
@@ -89,23 +102,30 @@ wall orvel_run 1 >/dev/null # warms the page cache and checks that it works
 wall ftn_run 1 >/dev/null
 [ "$(find "$out/ftn" -name '*.jpg' | wc -l)" = ${#movies[@]} ] || { echo "ffmpegthumbnailer did not make ${#movies[@]} thumbnails" >&2; exit 1; }
 
+wall exact_run 1 >/dev/null
+[ "$(find "$out/exact" -name '*.jpg' | wc -l)" = ${#movies[@]} ] || { echo "ffmpeg did not make ${#movies[@]} thumbnails" >&2; exit 1; }
+
 declare -A times
 for jobs in 1 2; do
-    o=() f=()
+    o=() f=() x=()
     for ((i = 0; i < runs; i++)); do
         o+=("$(wall orvel_run "$jobs")")
         f+=("$(wall ftn_run "$jobs")")
+        x+=("$(wall exact_run "$jobs")")
     done
     times[o$jobs]=$(median "${o[@]}")
     times[f$jobs]=$(median "${f[@]}")
+    times[x$jobs]=$(median "${x[@]}")
 done
 
 echo "10 movies, 128-pixel JPEG thumbnails, median of $runs runs ($(nproc) cores)"
 printf '%-28s %10s %10s\n' "" "1 at once" "2 at once"
 printf '%-28s %9ss %9ss\n' "orvel-thumbs" "${times[o1]}" "${times[o2]}"
 printf '%-28s %9ss %9ss\n' "ffmpegthumbnailer -t 50%" "${times[f1]}" "${times[f2]}"
-python3 - "${times[o1]}" "${times[f1]}" "${times[o2]}" "${times[f2]}" <<'PY'
+printf '%-28s %9ss %9ss\n' "ffmpeg -ss T (exact frame)" "${times[x1]}" "${times[x2]}"
+python3 - "${times[o1]}" "${times[f1]}" "${times[x1]}" "${times[o2]}" "${times[f2]}" "${times[x2]}" <<'PY'
 import sys
-o1, f1, o2, f2 = map(float, sys.argv[1:])
+o1, f1, x1, o2, f2, x2 = map(float, sys.argv[1:])
 print("ratio orvel-thumbs / ffmpegthumbnailer: %.2f x (one at a time), %.2f x (two at a time); target <= 1.0 x" % (o1 / f1, o2 / f2))
+print("ratio orvel-thumbs / ffmpeg exact frame: %.2f x (one at a time), %.2f x (two at a time)" % (o1 / x1, o2 / x2))
 PY

@@ -334,7 +334,7 @@ QImage Movie::decodeFrame(int index, std::optional<double> seconds)
                             ? AVDISCARD_NONREF
                             : AVDISCARD_DEFAULT;
                     int sent = avcodec_send_packet(codec, packet.get());
-                    while (sent == AVERROR(EAGAIN) && !done) {
+                    while (sent == AVERROR(EAGAIN) && !done && !h.deadline.passed()) {
                         receive();
                         sent = avcodec_send_packet(codec, packet.get());
                     }
