@@ -11,6 +11,7 @@ packages=(
   qt6-base-dev libvips-dev libpoppler-qt6-dev ghostscript
   libgtest-dev libgmock-dev libbenchmark-dev
   libvips-tools time
+  qt6-tools-dev qt6-l10n-tools
 )
 missing=()
 for p in "${packages[@]}"; do
