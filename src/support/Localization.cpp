@@ -11,7 +11,6 @@
 #include <QDockWidget>
 #include <QDoubleSpinBox>
 #include <QGroupBox>
-#include <QHash>
 #include <QHeaderView>
 #include <QKeySequence>
 #include <QLabel>
@@ -53,8 +52,14 @@ public:
     // Each widget, menu and action is visited once per walk: an action shown both in a menu and on a
     // tool bar, or a page reachable from its tab widget and from the tab widget's stack, would
     // otherwise be rewritten twice ("Thumbs" -> "Thumbs Pro" -> "Thumbs Pro Pro").
-    bool firstVisit(const QObject *object) { return object && !std::exchange(m_seen[object], true); }
-    void markVisited(const QObject *object) { m_seen[object] = true; }
+    bool firstVisit(const QObject *object)
+    {
+        if (!object || m_seen.contains(object))
+            return false;
+        m_seen.insert(object);
+        return true;
+    }
+    void markVisited(const QObject *object) { m_seen.insert(object); }
 
     // The rule for one text attribute: an empty text is left alone; any other is looked up (or has
     // its substrings replaced) and set when that changes it. Setting an unchanged text would only
@@ -81,7 +86,7 @@ private:
         if (text.isEmpty())
             return;
         QString result;
-        if (m_replacing)
+        if (m_replacing) // every occurrence, left to right; an empty old text changes nothing
             result = m_oldText.isEmpty() ? text : QString(text).replace(m_oldText, m_newText);
         else
             result = table.localizedStringForKey(text);
@@ -95,7 +100,7 @@ private:
     std::optional<StringsTable> m_titleTable;
     QString m_oldText;
     QString m_newText;
-    QHash<const QObject *, bool> m_seen;
+    QSet<const QObject *> m_seen;
 };
 
 // Repainting paused while a menu's items change, and restored after.
@@ -354,8 +359,9 @@ public:
 
     void item(QAction *action)
     {
-        if (!action || std::exchange(m_seen[action], true))
+        if (!action || m_seen.contains(action))
             return;
+        m_seen.insert(action);
         const QKeySequence shortcut = action->shortcut();
         if (shortcut.isEmpty())
             return;
@@ -384,8 +390,9 @@ public:
 
     void menu(QWidget *menu)
     {
-        if (!menu || std::exchange(m_seen[menu], true))
+        if (!menu || m_seen.contains(menu))
             return;
+        m_seen.insert(menu);
         const UpdatesPaused paused(menu);
         for (QAction *action : menu->actions()) {
             item(action);
@@ -397,7 +404,7 @@ public:
 
 private:
     StringsTable m_table;
-    QHash<const QObject *, bool> m_seen;
+    QSet<const QObject *> m_seen;
 };
 
 } // namespace
