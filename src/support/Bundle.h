@@ -40,7 +40,8 @@ public:
 
     /// The application's bundle: identifier "org.orvel.thumbnails"; resources in ":/orvel" (compiled
     /// in), then in the installed data folder "orvel-thumbs" (under the XDG data folders, or
-    /// share/orvel-thumbs beside the executable's folder).
+    /// share/orvel-thumbs beside the executable's folder). Its compiled-in strings tables come with
+    /// the orvel_localization library; the toolkit's with orvel_support.
     static const Bundle &mainBundle();
 
     /// The toolkit's own bundle: identifier "org.orvel.kit"; resources in ":/orvelkit" (compiled in),
@@ -56,7 +57,7 @@ public:
     /// added ("icon.small" -> "icon.small.png"). Each extension is tried in lower, then upper case.
     QString pathForImageResource(const QString &name) const;
 
-    /// The name of the table used when none is given.
+    /// "Localizable": the table used when none is given.
     static QString defaultStringsTable();
     /// The strings table called table (the default table when table is empty) in the language of
     /// locale (the default QLocale when none is given). A table is the Qt translation file
