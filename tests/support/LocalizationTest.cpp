@@ -28,8 +28,11 @@
 #include <QToolBar>
 #include <QVBoxLayout>
 #include <QDir>
+#include <QFile>
+#include <QXmlStreamReader>
 #include <gtest/gtest.h>
 
+#include <map>
 #include <utility>
 #include <vector>
 
@@ -140,6 +143,45 @@ TEST_F(Localization, ShippedTablesTranslateTheApplicationAndTheToolkit)
               u"Votre logiciel est à jour");
     QLocale::setDefault(QLocale(QLocale::English, QLocale::UnitedStates));
     EXPECT_EQ(Bundle::mainBundle().localizedStringForKey("Extension:", "", QString()), "Extension:");
+
+    QLocale::setDefault(QLocale(QLocale::German, QLocale::Germany));
+    QLabel label("Extension:");
+    localize(&label); // the main bundle's default table
+    EXPECT_EQ(label.text(), "Endung:");
+}
+
+// Every message of a shipped table, source -> translation; empty when the file cannot be read.
+static std::map<QString, QString> shippedMessages(const QString &file)
+{
+    QFile ts(QStringLiteral(ORVEL_TRANSLATIONS_DIR "/") + file);
+    std::map<QString, QString> messages;
+    if (!ts.open(QIODevice::ReadOnly))
+        return messages;
+    QXmlStreamReader xml(&ts);
+    QString source;
+    while (!xml.atEnd()) {
+        if (xml.readNext() != QXmlStreamReader::StartElement)
+            continue;
+        if (xml.name() == u"source")
+            source = xml.readElementText();
+        else if (xml.name() == u"translation")
+            messages[source] = xml.readElementText();
+    }
+    return xml.hasError() ? std::map<QString, QString>() : messages;
+}
+
+TEST(ShippedTables, GermanAndFrenchTranslateTheSameTextsCompletely)
+{
+    for (const char *table : { "Localizable", "Bundle" }) {
+        const auto german = shippedMessages(QString::fromUtf8(table) + "_de.ts");
+        const auto french = shippedMessages(QString::fromUtf8(table) + "_fr.ts");
+        ASSERT_FALSE(german.empty()) << table;
+        EXPECT_EQ(german.size(), french.size()) << table;
+        for (const auto &[source, translation] : german) {
+            EXPECT_FALSE(translation.isEmpty()) << source;
+            EXPECT_TRUE(french.count(source) && !french.at(source).isEmpty()) << source;
+        }
+    }
 }
 
 // A main window holding each class that the walk knows.
