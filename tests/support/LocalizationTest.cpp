@@ -466,7 +466,8 @@ TEST_F(Localization, KeyEquivalentsMoveWhereTheTableSays)
 {
     ASSERT_TRUE(compileTable(m_dir.path(), "Keys", "de",
                              { { "CMD_OPT_x", "CMD_SHIFT_y" }, { "CMD_o", "CTRL_OPT_F2" }, { "CMD_w", "CMD_no key" },
-                               { "CMD_c", "OPT_c" }, { "SHIFT_Del", "CMD_" } }));
+                               { "CMD_c", "OPT_c" }, { "SHIFT_Del", "CMD_" },
+                               { "CMD_=", "CMD_+" } }));
     const Bundle bundle("org.example.keys", m_dir.path());
     QMenuBar bar;
     QMenu *file = bar.addMenu("File");
@@ -478,6 +479,8 @@ TEST_F(Localization, KeyEquivalentsMoveWhereTheTableSays)
     quit->setShortcut(Qt::CTRL | Qt::Key_Q);
     QAction *close = file->addAction("Close");
     close->setShortcut(Qt::CTRL | Qt::Key_W);
+    QAction *zoom = file->addAction("Zoom In");
+    zoom->setShortcut(Qt::CTRL | Qt::Key_Equal);
     QMenu *edit = file->addMenu("Edit");
     QAction *copy = edit->addAction("Copy");
     copy->setShortcut(Qt::CTRL | Qt::Key_C);
@@ -493,6 +496,7 @@ TEST_F(Localization, KeyEquivalentsMoveWhereTheTableSays)
     EXPECT_EQ(open->shortcut(), QKeySequence(Qt::META | Qt::ALT | Qt::Key_F2));
     EXPECT_EQ(quit->shortcut(), QKeySequence(Qt::CTRL | Qt::Key_Q)); // untranslated: kept
     EXPECT_EQ(close->shortcut(), QKeySequence(Qt::CTRL | Qt::Key_W)); // not one key: kept
+    EXPECT_EQ(zoom->shortcut(), QKeySequence(Qt::CTRL | Qt::Key_Plus));
     EXPECT_EQ(copy->shortcut(), QKeySequence(Qt::ALT | Qt::Key_C));   // in a submenu
     EXPECT_TRUE(erase->shortcut().isEmpty());                          // a translation may take it away
     EXPECT_EQ(system->shortcut(), QKeySequence(Qt::CTRL | Qt::Key_C)); // the system's menu is left alone
