@@ -541,10 +541,10 @@ void localizeKeyEquivalentUsingTable(QAction *item, const QString &table, const 
         KeyWalk(bundle.stringsTable(table)).item(item);
 }
 
-// The command key of an interface designed for the Mac is Ctrl on Linux (Cmd-S saves, Cmd-Q quits:
-// Ctrl+S, Ctrl+Q here), and its control key is the Meta key. Qt makes the same exchange on macOS,
-// where Qt::ControlModifier is the command key and Qt::MetaModifier the control key, so "CMD_" is
-// Qt::ControlModifier and "CTRL_" Qt::MetaModifier on every platform, and a table reads the same.
+// "CMD_" is the main shortcut modifier, which is Ctrl on Linux (Ctrl+S saves, Ctrl+Q quits), and
+// "CTRL_" the secondary one, the Meta key. That is also how Qt names them on the platform that has
+// a command key (Qt::ControlModifier is the command key there, Qt::MetaModifier the control key), so
+// a table's keys mean the same shortcut on every platform Qt runs on.
 static constexpr struct
 {
     QStringView prefix;
