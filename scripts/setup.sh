@@ -12,6 +12,7 @@ packages=(
   libgtest-dev libgmock-dev libbenchmark-dev
   libvips-tools time
   libavformat-dev libavcodec-dev libswscale-dev libavutil-dev ffmpeg ffmpegthumbnailer
+  qt6-tools-dev qt6-l10n-tools
 )
 missing=()
 for p in "${packages[@]}"; do

@@ -1,0 +1,508 @@
+// The localisation walk over real widgets, with strings tables compiled in the test by lrelease.
+#include "support/Localization.h"
+
+#include "testlib/TestSupport.h"
+
+#include <QAction>
+#include <QButtonGroup>
+#include <QCheckBox>
+#include <QComboBox>
+#include <QDockWidget>
+#include <QGroupBox>
+#include <QHeaderView>
+#include <QLabel>
+#include <QLineEdit>
+#include <QLocale>
+#include <QMainWindow>
+#include <QMenu>
+#include <QMenuBar>
+#include <QPlainTextEdit>
+#include <QPushButton>
+#include <QRadioButton>
+#include <QSpinBox>
+#include <QStandardItemModel>
+#include <QTabBar>
+#include <QTabWidget>
+#include <QTableView>
+#include <QTextEdit>
+#include <QToolBar>
+#include <QVBoxLayout>
+#include <QDir>
+#include <QFile>
+#include <QXmlStreamReader>
+#include <gtest/gtest.h>
+
+#include <map>
+#include <utility>
+#include <vector>
+
+using namespace orvel;
+using orvel::test::TempDir;
+
+namespace {
+
+using Rows = std::vector<std::pair<QString, QString>>;
+
+QString escaped(const QString &text)
+{
+    return text.toHtmlEscaped();
+}
+
+// Writes the table as a Qt translation source and compiles it with lrelease into
+// dir/translations/<table>_<language>.qm; the messages' context is the table name.
+bool compileTable(const QString &dir, const QString &table, const QString &language, const Rows &rows,
+                  const QString &context = QString())
+{
+    QString ts = QStringLiteral("<?xml version=\"1.0\" encoding=\"utf-8\"?>\n<!DOCTYPE TS>\n"
+                                "<TS version=\"2.1\" language=\"%1\">\n<context>\n<name>%2</name>\n")
+                     .arg(language, escaped(context.isEmpty() ? table : context));
+    for (const auto &[source, translation] : rows)
+        ts += QStringLiteral("<message><source>%1</source><translation>%2</translation></message>\n")
+                  .arg(escaped(source), escaped(translation));
+    ts += QStringLiteral("</context>\n</TS>\n");
+    QDir().mkpath(dir + QStringLiteral("/translations"));
+    const QString base = dir + QStringLiteral("/translations/") + table + u'_' + language;
+    if (!orvel::test::writeBytes(base + QStringLiteral(".ts"), ts.toUtf8()))
+        return false;
+    return orvel::test::runProgram(QStringLiteral(ORVEL_LRELEASE),
+                                   { QStringLiteral("-silent"), base + QStringLiteral(".ts"), QStringLiteral("-qm"),
+                                     base + QStringLiteral(".qm") })
+        == 0;
+}
+
+// German interface for the duration of a test.
+class Localization : public ::testing::Test
+{
+protected:
+    void SetUp() override { QLocale::setDefault(QLocale(QLocale::German, QLocale::Germany)); }
+    void TearDown() override { QLocale::setDefault(m_saved); }
+
+    QLocale m_saved;
+    TempDir m_dir;
+};
+
+const Rows germanRows = {
+    { "File", "Test-Datei" },  { "Open…", "Öffnen…" },        { "Recent", "Zuletzt" },
+    { "Quit", "Beenden" },     { "Preferences", "Einstellungen" }, { "Make thumbnails", "Miniaturen erstellen" },
+    { "Tools", "Werkzeuge" },  { "Details", "Einzelheiten" },  { "Create", "Erstellen" },
+    { "Thumbnail", "Miniatur" }, { "Icon", "Symbol" },         { "Apply", "Anwenden" },
+    { "Quit when done", "Nach getaner Arbeit beenden" },       { "Format", "Format" },
+    { "Low", "Niedrig" },      { "High", "Hoch" },             { "_thumb", "_miniatur" },
+    { "Suffix or name", "Endung oder Name" },                  { "Extension:", "Endung:" },
+    { "Column", "Spalte" },    { "General", "Allgemein" },     { "Sizes", "Größen" },
+    { "Left", "Links" },       { "Right", "Rechts" },          { "Segment tip", "Segment-Tipp" },
+    { "stringValue", "Zeichenkette" },                         { "Notes", "Notizen" },
+    { " px", " Pixel" },       { "Copy", "Kopieren" },         { "Characters", "Zeichen" },
+    { "Services", "Dienste" }, { "Shows more", "Zeigt mehr" }, { "Saves", "Speichert" },
+};
+
+} // namespace
+
+TEST_F(Localization, StringsTableIsTheFileOfTheTableAndLanguage)
+{
+    ASSERT_TRUE(compileTable(m_dir.path(), "Localizable", "de", { { "File", "Datei" } }));
+    ASSERT_TRUE(compileTable(m_dir.path(), "Localizable", "fr", { { "File", "Fichier" } }));
+    ASSERT_TRUE(compileTable(m_dir.path(), "Menus", "de", { { "File", "Ablage" } }));
+    // A file whose messages carry another context holds no entries of its table.
+    ASSERT_TRUE(compileTable(m_dir.path(), "Stray", "de", { { "File", "Falsch" } }, "Localizable"));
+    const Bundle bundle("org.example.test", m_dir.path());
+
+    EXPECT_EQ(bundle.localizedStringForKey("File", "", QString()), "Datei");
+    EXPECT_EQ(bundle.localizedStringForKey("File", "", "Localizable"), "Datei");
+    EXPECT_EQ(bundle.localizedStringForKey("File", "", "Menus"), "Ablage");
+    EXPECT_EQ(bundle.localizedStringForKey("File", "", "Stray"), "File");
+    EXPECT_EQ(bundle.localizedStringForKey("Edit", "", QString()), "Edit");
+    EXPECT_EQ(bundle.localizedStringForKey("Edit", "Bearbeiten", QString()), "Bearbeiten");
+    EXPECT_EQ(bundle.localizedStringForKey("File", "", "Missing"), "File");
+    EXPECT_EQ(bundle.localizedStringForKey("File", "", "../translations/Menus"), "File");
+    EXPECT_EQ(bundle.stringsTable("Menus", QLocale(QLocale::German, QLocale::Austria)).localizedStringForKey("File"),
+              "Ablage");
+    EXPECT_EQ(bundle.stringsTable("", QLocale(QLocale::French)).localizedStringForKey("File"), "Fichier");
+    EXPECT_TRUE(bundle.stringsTable("", QLocale(QLocale::Italian)).isEmpty());
+}
+
+TEST_F(Localization, BrokenTableFileLeavesTextsAsTheyAre)
+{
+    QDir().mkpath(m_dir.file("translations"));
+    ASSERT_TRUE(orvel::test::writeBytes(m_dir.file("translations/Localizable_de.qm"), QByteArray(4096, '\x3c')));
+    ASSERT_TRUE(orvel::test::writeBytes(m_dir.file("translations/Short_de.qm"), QByteArray("\x3c\xb8\x64\x18")));
+    const Bundle bundle("org.example.broken", m_dir.path());
+    EXPECT_EQ(bundle.localizedStringForKey("File", "", QString()), "File");
+    EXPECT_EQ(bundle.localizedStringForKey("File", "", "Short"), "File");
+}
+
+TEST_F(Localization, ShippedTablesTranslateTheApplicationAndTheToolkit)
+{
+    EXPECT_EQ(Bundle::mainBundle().localizedStringForKey("Extension:", "", QString()), "Endung:");
+    EXPECT_EQ(Bundle::mainBundle().localizedStringForKey("Name:", "", QString()), "Name:");
+    EXPECT_EQ(Bundle::toolkitBundle().localizedStringForKey("Download", "", "Bundle"), "Herunterladen");
+    QLocale::setDefault(QLocale(QLocale::French, QLocale::France));
+    EXPECT_EQ(Bundle::mainBundle().localizedStringForKey("Extension:", "", QString()), u"Extension\u00a0:");
+    EXPECT_EQ(Bundle::mainBundle().localizedStringForKey("%@ MB", "", QString()), "%@ Mo");
+    EXPECT_EQ(Bundle::toolkitBundle().localizedStringForKey("Your software is up-to-date", "", "Bundle"),
+              u"Votre logiciel est à jour");
+    QLocale::setDefault(QLocale(QLocale::English, QLocale::UnitedStates));
+    EXPECT_EQ(Bundle::mainBundle().localizedStringForKey("Extension:", "", QString()), "Extension:");
+
+    QLocale::setDefault(QLocale(QLocale::German, QLocale::Germany));
+    QLabel label("Extension:");
+    localize(&label); // the main bundle's default table
+    EXPECT_EQ(label.text(), "Endung:");
+}
+
+// Every message of a shipped table, source -> translation; empty when the file cannot be read.
+static std::map<QString, QString> shippedMessages(const QString &file)
+{
+    QFile ts(QStringLiteral(ORVEL_TRANSLATIONS_DIR "/") + file);
+    std::map<QString, QString> messages;
+    if (!ts.open(QIODevice::ReadOnly))
+        return messages;
+    QXmlStreamReader xml(&ts);
+    QString source;
+    while (!xml.atEnd()) {
+        if (xml.readNext() != QXmlStreamReader::StartElement)
+            continue;
+        if (xml.name() == u"source")
+            source = xml.readElementText();
+        else if (xml.name() == u"translation")
+            messages[source] = xml.readElementText();
+    }
+    return xml.hasError() ? std::map<QString, QString>() : messages;
+}
+
+TEST(ShippedTables, GermanAndFrenchTranslateTheSameTextsCompletely)
+{
+    for (const char *table : { "Localizable", "Bundle" }) {
+        const auto german = shippedMessages(QString::fromUtf8(table) + "_de.ts");
+        const auto french = shippedMessages(QString::fromUtf8(table) + "_fr.ts");
+        ASSERT_FALSE(german.empty()) << table;
+        EXPECT_EQ(german.size(), french.size()) << table;
+        for (const auto &[source, translation] : german) {
+            EXPECT_FALSE(translation.isEmpty()) << source;
+            EXPECT_TRUE(french.count(source) && !french.at(source).isEmpty()) << source;
+        }
+    }
+}
+
+// A main window holding each class that the walk knows.
+struct Interface
+{
+    QMainWindow window;
+    QMenu *fileMenu = nullptr, *recentMenu = nullptr;
+    QAction *open = nullptr, *quit = nullptr, *tools = nullptr;
+    QToolBar *toolBar = nullptr;
+    QDockWidget *dock = nullptr;
+    QLabel *dockLabel = nullptr, *label = nullptr, *segmentLabel = nullptr;
+    QGroupBox *box = nullptr;
+    QButtonGroup *group = nullptr;
+    QRadioButton *thumbnail = nullptr, *icon = nullptr;
+    QPushButton *apply = nullptr;
+    QCheckBox *quitWhenDone = nullptr;
+    QComboBox *format = nullptr;
+    QLineEdit *extension = nullptr;
+    QStandardItemModel model { 1, 2 };
+    QTableView *table = nullptr;
+    QTabWidget *tabs = nullptr;
+    QTabBar *segments = nullptr;
+    QTextEdit *placeholderView = nullptr;
+    QPlainTextEdit *notes = nullptr;
+    QSpinBox *width = nullptr;
+
+    Interface()
+    {
+        window.setWindowTitle("Preferences");
+        fileMenu = window.menuBar()->addMenu("File");
+        open = fileMenu->addAction("Open…");
+        open->setToolTip("Shows more");
+        recentMenu = fileMenu->addMenu("Recent");
+        recentMenu->addAction("Copy");
+        quit = fileMenu->addAction("Quit");
+        toolBar = window.addToolBar("Tools");
+        toolBar->addAction(open); // the same action in the menu and on the tool bar
+        tools = toolBar->addAction("Make thumbnails");
+        tools->setToolTip("Saves");
+        dock = new QDockWidget("Details", &window);
+        dockLabel = new QLabel("Notes");
+        dock->setWidget(dockLabel);
+        window.addDockWidget(Qt::LeftDockWidgetArea, dock);
+
+        auto *central = new QWidget;
+        auto *layout = new QVBoxLayout(central);
+        box = new QGroupBox("Create");
+        box->setToolTip("Shows more");
+        auto *boxLayout = new QVBoxLayout(box);
+        thumbnail = new QRadioButton("Thumbnail");
+        icon = new QRadioButton("Icon");
+        boxLayout->addWidget(thumbnail);
+        boxLayout->addWidget(icon);
+        group = new QButtonGroup(central);
+        group->addButton(thumbnail, 0);
+        group->addButton(icon, 2);
+        layout->addWidget(box);
+        apply = new QPushButton("Apply");
+        quitWhenDone = new QCheckBox("Quit when done");
+        format = new QComboBox;
+        format->addItem("Low", 2);
+        format->addItem("High", 3);
+        format->setToolTip("Format");
+        extension = new QLineEdit("_thumb");
+        extension->setPlaceholderText("Suffix or name");
+        extension->addAction(new QAction("Copy", extension)); // not a context menu: a text field has none
+        label = new QLabel("Extension:");
+        model.setHorizontalHeaderLabels({ "Column", "Unlisted" });
+        table = new QTableView;
+        table->setModel(&model);
+        tabs = new QTabWidget;
+        auto *page = new QLabel("Notes");
+        tabs->addTab(page, "General");
+        tabs->addTab(new QWidget, "Sizes");
+        segments = new QTabBar;
+        segments->addTab("Left");
+        segments->addTab("Right");
+        segments->setTabToolTip(1, "Segment tip");
+        segmentLabel = new QLabel("Notes", segments); // a segmented control's subviews are left alone
+        placeholderView = new QTextEdit;
+        placeholderView->setPlainText("stringValue");
+        notes = new QPlainTextEdit("Notes");
+        width = new QSpinBox;
+        width->setSuffix(" px");
+        for (QWidget *w : std::initializer_list<QWidget *> { apply, quitWhenDone, format, extension, label, table,
+                                                            tabs, segments, placeholderView, notes, width })
+            layout->addWidget(w);
+        central->setContextMenuPolicy(Qt::ActionsContextMenu);
+        central->addAction(new QAction("Characters", central));
+        window.setCentralWidget(central);
+    }
+};
+
+TEST_F(Localization, WalkTranslatesEveryMappedClass)
+{
+    ASSERT_TRUE(compileTable(m_dir.path(), "Panel", "de", germanRows));
+    Interface ui;
+    localizeUsingTable(&ui.window, "Panel", Bundle("org.example.test", m_dir.path()));
+
+    EXPECT_EQ(ui.window.windowTitle(), "Einstellungen");
+    EXPECT_EQ(ui.open->text(), "Öffnen…");
+    EXPECT_EQ(ui.open->toolTip(), "Zeigt mehr");
+    EXPECT_EQ(ui.quit->text(), "Beenden");
+    EXPECT_EQ(ui.quit->toolTip(), "Beenden"); // a tool tip that follows the text follows its translation
+    EXPECT_EQ(ui.recentMenu->actions().value(0)->text(), "Kopieren");
+    EXPECT_EQ(ui.toolBar->windowTitle(), "Werkzeuge");
+    EXPECT_EQ(ui.tools->text(), "Miniaturen erstellen");
+    EXPECT_EQ(ui.tools->toolTip(), "Speichert");
+    EXPECT_EQ(ui.dock->windowTitle(), "Einzelheiten");
+    EXPECT_EQ(ui.dockLabel->text(), "Notizen");
+    EXPECT_EQ(ui.box->title(), "Erstellen");
+    EXPECT_EQ(ui.box->toolTip(), "Zeigt mehr");
+    EXPECT_EQ(ui.thumbnail->text(), "Miniatur");
+    EXPECT_EQ(ui.icon->text(), "Symbol");
+    EXPECT_EQ(ui.apply->text(), "Anwenden");
+    EXPECT_EQ(ui.quitWhenDone->text(), "Nach getaner Arbeit beenden");
+    EXPECT_EQ(ui.format->itemText(0), "Niedrig");
+    EXPECT_EQ(ui.format->itemText(1), "Hoch");
+    EXPECT_EQ(ui.format->itemData(1).toInt(), 3);
+    EXPECT_EQ(ui.extension->text(), "_miniatur");
+    EXPECT_EQ(ui.extension->placeholderText(), "Endung oder Name");
+    EXPECT_EQ(ui.extension->actions().value(0)->text(), "Copy");
+    EXPECT_EQ(ui.label->text(), "Endung:");
+    EXPECT_EQ(ui.model.headerData(0, Qt::Horizontal).toString(), "Spalte");
+    EXPECT_EQ(ui.model.headerData(1, Qt::Horizontal).toString(), "Unlisted");
+    EXPECT_EQ(ui.tabs->tabText(0), "Allgemein");
+    EXPECT_EQ(ui.tabs->tabText(1), "Größen");
+    EXPECT_EQ(qobject_cast<QLabel *>(ui.tabs->widget(0))->text(), "Notizen");
+    EXPECT_EQ(ui.segments->tabText(0), "Links");
+    EXPECT_EQ(ui.segments->tabToolTip(1), "Segment-Tipp");
+    EXPECT_EQ(ui.segmentLabel->text(), "Notes");
+    EXPECT_EQ(ui.placeholderView->toPlainText(), "stringValue");
+    EXPECT_EQ(ui.notes->toPlainText(), "Notizen");
+    EXPECT_EQ(ui.width->suffix(), " Pixel");
+    EXPECT_EQ(ui.window.centralWidget()->actions().value(0)->text(), "Zeichen");
+    // A menu's title comes from the main bundle's table of that name, which has none.
+    EXPECT_EQ(ui.fileMenu->title(), "File");
+}
+
+TEST_F(Localization, MenuTitlesComeFromTheMainBundle)
+{
+    ASSERT_TRUE(compileTable(m_dir.path(), "Localizable", "de", germanRows));
+    const Bundle bundle("org.example.test", m_dir.path());
+    Interface ui;
+    localizeUsingTable(ui.window.menuBar(), QString(), bundle);
+    EXPECT_EQ(ui.fileMenu->title(), "Datei"); // the shipped table, not "Test-Datei"
+    EXPECT_EQ(ui.open->text(), "Öffnen…");
+    EXPECT_EQ(ui.recentMenu->title(), "Recent"); // not in the shipped table
+
+    QMenu alone("File");
+    alone.addAction("Quit");
+    localizeUsingTable(&alone, QString(), bundle);
+    EXPECT_EQ(alone.title(), "Datei");
+    EXPECT_EQ(alone.actions().value(0)->text(), "Beenden");
+}
+
+TEST_F(Localization, SystemTextsAreKept)
+{
+    ASSERT_TRUE(compileTable(m_dir.path(), "Localizable", "de", germanRows));
+    const Bundle bundle("org.example.test", m_dir.path());
+    QMenu menu("Tools");
+    QAction *characters = menu.addAction("Characters");
+    characters->setProperty(SystemTextProperty, true);
+    QMenu *services = menu.addMenu("Services");
+    services->setProperty(SystemTextProperty, true);
+    QAction *copy = services->addAction("Copy");
+
+    localizeUsingTable(&menu, QString(), bundle);
+    EXPECT_EQ(characters->text(), "Characters");
+    EXPECT_EQ(services->menuAction()->text(), "Services"); // the main bundle has no "Services"
+    EXPECT_EQ(copy->text(), "Copy");
+
+    replaceString(&menu, "C", "K");
+    EXPECT_EQ(characters->text(), "Kharacters"); // the character palette exception is for translation only
+    EXPECT_EQ(copy->text(), "Copy");
+}
+
+TEST_F(Localization, ReplacementVisitsEachTextOnce)
+{
+    Interface ui;
+    ui.window.setWindowTitle("Orvel Preferences");
+    ui.open->setText("Open in Orvel");
+    ui.thumbnail->setText("Orvel thumbnail");
+    ui.tabs->setTabText(0, "Orvel");
+    qobject_cast<QLabel *>(ui.tabs->widget(0))->setText("About Orvel");
+    ui.format->setItemText(0, "Orvel low");
+
+    replaceString(&ui.window, "Orvel", "Orvel Pro");
+    EXPECT_EQ(ui.window.windowTitle(), "Orvel Pro Preferences");
+    EXPECT_EQ(ui.open->text(), "Open in Orvel Pro"); // in the menu and on the tool bar
+    EXPECT_EQ(ui.thumbnail->text(), "Orvel Pro thumbnail"); // in its group and in the group box
+    EXPECT_EQ(ui.tabs->tabText(0), "Orvel Pro"); // on the tab widget and its tab bar
+    EXPECT_EQ(qobject_cast<QLabel *>(ui.tabs->widget(0))->text(), "About Orvel Pro");
+    EXPECT_EQ(ui.format->itemText(0), "Orvel Pro low");
+
+    replaceString(&ui.window, "", "x");
+    EXPECT_EQ(ui.window.windowTitle(), "Orvel Pro Preferences");
+}
+
+TEST_F(Localization, ActionAndButtonGroupAlone)
+{
+    ASSERT_TRUE(compileTable(m_dir.path(), "Panel", "de", germanRows));
+    const Bundle bundle("org.example.test", m_dir.path());
+    QAction action("Apply");
+    localizeUsingTable(&action, "Panel", bundle);
+    EXPECT_EQ(action.text(), "Anwenden");
+
+    QWidget holder;
+    QButtonGroup group(&holder);
+    auto *thumbnail = new QRadioButton("Thumbnail", &holder);
+    auto *icon = new QRadioButton("Icon", &holder);
+    icon->setToolTip("Shows more");
+    group.addButton(thumbnail, 0);
+    group.addButton(icon, 2);
+    localizeUsingTable(&group, "Panel", bundle);
+    EXPECT_EQ(thumbnail->text(), "Miniatur");
+    EXPECT_EQ(icon->text(), "Symbol");
+    EXPECT_EQ(icon->toolTip(), "Zeigt mehr");
+    replaceString(&group, "Sym", "Zym");
+    EXPECT_EQ(icon->text(), "Zymbol");
+}
+
+TEST_F(Localization, MissingTableOrBundleLeavesTextsAsTheyAre)
+{
+    Interface ui;
+    localizeUsingTable(&ui.window, "Panel", Bundle("org.example.none", "/orvel-missing-folder"));
+    localizeUsingTable(&ui.window, "NoSuchTable", Bundle::mainBundle());
+    localize(static_cast<QWidget *>(nullptr));
+    EXPECT_EQ(ui.window.windowTitle(), "Preferences");
+    EXPECT_EQ(ui.open->text(), "Open…");
+    EXPECT_EQ(ui.box->title(), "Create");
+    EXPECT_EQ(ui.extension->text(), "_thumb");
+}
+
+struct KeyCase
+{
+    QKeyCombination shortcut;
+    const char *key;
+    Qt::KeyboardModifiers mask;
+    const char *characters;
+};
+
+class KeyEquivalentKey : public ::testing::TestWithParam<KeyCase>
+{
+};
+
+TEST_P(KeyEquivalentKey, IsBuiltAndSplitBack)
+{
+    const KeyCase &c = GetParam();
+    EXPECT_EQ(keyEquivalentKey(c.shortcut), QString::fromUtf8(c.key));
+    Qt::KeyboardModifiers mask;
+    EXPECT_EQ(keyEquivalentAndModifierMask(QString::fromUtf8(c.key), &mask), QString::fromUtf8(c.characters));
+    EXPECT_EQ(mask, c.mask);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Shortcuts, KeyEquivalentKey,
+    ::testing::Values(KeyCase { Qt::CTRL | Qt::SHIFT | Qt::Key_S, "CMD_SHIFT_s", Qt::ControlModifier | Qt::ShiftModifier, "s" },
+                      KeyCase { Qt::CTRL | Qt::ALT | Qt::Key_X, "CMD_OPT_x", Qt::ControlModifier | Qt::AltModifier, "x" },
+                      KeyCase { Qt::SHIFT | Qt::ALT | Qt::META | Qt::CTRL | Qt::Key_F5, "CMD_CTRL_OPT_SHIFT_F5",
+                                Qt::ControlModifier | Qt::MetaModifier | Qt::AltModifier | Qt::ShiftModifier, "F5" },
+                      KeyCase { Qt::CTRL | Qt::Key_Comma, "CMD_,", Qt::ControlModifier, "," },
+                      KeyCase { QKeyCombination(Qt::ControlModifier | Qt::KeypadModifier, Qt::Key_Plus), "CMD_+", Qt::ControlModifier, "+" },
+                      KeyCase { QKeyCombination(Qt::Key_Delete), "Del", Qt::NoModifier, "Del" },
+                      KeyCase { Qt::META | Qt::Key_Underscore, "CTRL__", Qt::MetaModifier, "_" },
+                      KeyCase { QKeyCombination(Qt::Key_unknown), "", Qt::NoModifier, "" }));
+
+TEST(KeyEquivalentAndModifierMask, OnlyLeadingPrefixesAreModifiers)
+{
+    Qt::KeyboardModifiers mask;
+    EXPECT_EQ(keyEquivalentAndModifierMask(u"q", &mask), "q");
+    EXPECT_EQ(mask, Qt::NoModifier);
+    EXPECT_EQ(keyEquivalentAndModifierMask(u"x_CMD_", &mask), "x_CMD_");
+    EXPECT_EQ(mask, Qt::NoModifier);
+    EXPECT_EQ(keyEquivalentAndModifierMask(u"cmd_q", &mask), "cmd_q");
+    EXPECT_EQ(keyEquivalentAndModifierMask(u"OPT_", &mask), "");
+    EXPECT_EQ(mask, Qt::AltModifier);
+    EXPECT_EQ(keyEquivalentAndModifierMask(u"SHIFT_Left", nullptr), "Left");
+}
+
+TEST_F(Localization, KeyEquivalentsMoveWhereTheTableSays)
+{
+    ASSERT_TRUE(compileTable(m_dir.path(), "Keys", "de",
+                             { { "CMD_OPT_x", "CMD_SHIFT_y" }, { "CMD_o", "CTRL_OPT_F2" }, { "CMD_w", "CMD_no key" },
+                               { "CMD_c", "OPT_c" }, { "SHIFT_Del", "CMD_" },
+                               { "CMD_=", "CMD_+" } }));
+    const Bundle bundle("org.example.keys", m_dir.path());
+    QMenuBar bar;
+    QMenu *file = bar.addMenu("File");
+    QAction *cut = file->addAction("Cut");
+    cut->setShortcut(Qt::CTRL | Qt::ALT | Qt::Key_X);
+    QAction *open = file->addAction("Open");
+    open->setShortcut(Qt::CTRL | Qt::Key_O);
+    QAction *quit = file->addAction("Quit");
+    quit->setShortcut(Qt::CTRL | Qt::Key_Q);
+    QAction *close = file->addAction("Close");
+    close->setShortcut(Qt::CTRL | Qt::Key_W);
+    QAction *zoom = file->addAction("Zoom In");
+    zoom->setShortcut(Qt::CTRL | Qt::Key_Equal);
+    QMenu *edit = file->addMenu("Edit");
+    QAction *copy = edit->addAction("Copy");
+    copy->setShortcut(Qt::CTRL | Qt::Key_C);
+    QAction *erase = edit->addAction("Erase");
+    erase->setShortcut(Qt::SHIFT | Qt::Key_Delete);
+    QMenu *services = file->addMenu("Services");
+    services->setProperty(SystemTextProperty, true);
+    QAction *system = services->addAction("Copy");
+    system->setShortcut(Qt::CTRL | Qt::Key_C);
+
+    localizeKeyEquivalentsUsingTable(&bar, "Keys", bundle);
+    EXPECT_EQ(cut->shortcut(), QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_Y));
+    EXPECT_EQ(open->shortcut(), QKeySequence(Qt::META | Qt::ALT | Qt::Key_F2));
+    EXPECT_EQ(quit->shortcut(), QKeySequence(Qt::CTRL | Qt::Key_Q)); // untranslated: kept
+    EXPECT_EQ(close->shortcut(), QKeySequence(Qt::CTRL | Qt::Key_W)); // not one key: kept
+    EXPECT_EQ(zoom->shortcut(), QKeySequence(Qt::CTRL | Qt::Key_Plus));
+    EXPECT_EQ(copy->shortcut(), QKeySequence(Qt::ALT | Qt::Key_C));   // in a submenu
+    EXPECT_TRUE(erase->shortcut().isEmpty());                          // a translation may take it away
+    EXPECT_EQ(system->shortcut(), QKeySequence(Qt::CTRL | Qt::Key_C)); // the system's menu is left alone
+
+    QAction alone("Quit");
+    alone.setShortcut(Qt::CTRL | Qt::ALT | Qt::Key_X);
+    localizeKeyEquivalentUsingTable(&alone, "Keys", bundle);
+    EXPECT_EQ(alone.shortcut(), QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_Y));
+}
