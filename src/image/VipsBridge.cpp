@@ -61,54 +61,41 @@ QString vipsErrorText(const VError &error)
 std::shared_ptr<ImageSource> ImageSource::open(const QString &path, int maxPixelSize, bool withTransform,
                                                QString *error)
 {
-    if (!ensureVips()) {
-        if (error)
-            *error = QStringLiteral("the image library could not start");
-        return nullptr;
-    }
     std::shared_ptr<ImageSource> source(new ImageSource);
     source->m_path = path;
-    const QByteArray name = QFile::encodeName(path);
-    const char *loader = vips_foreign_find_load(name.constData());
-    if (!loader) {
-        vips_error_clear();
-        if (error)
-            *error = QStringLiteral("not a picture that can be decoded");
-        return nullptr;
-    }
-    source->m_loader = stripLoaderSuffix(loader);
-    if (!source->readHeader(maxPixelSize, withTransform)) {
-        if (error)
-            *error = source->m_error;
-        return nullptr;
-    }
-    return source;
+    return source->start(maxPixelSize, withTransform, error) ? source : nullptr;
 }
 
 std::shared_ptr<ImageSource> ImageSource::openData(const QByteArray &data, int maxPixelSize, bool withTransform,
                                                    QString *error)
 {
-    if (!ensureVips() || data.isEmpty()) {
+    if (data.isEmpty()) {
         if (error)
-            *error = data.isEmpty() ? QStringLiteral("no data") : QStringLiteral("the image library could not start");
+            *error = QStringLiteral("no data");
         return nullptr;
     }
     std::shared_ptr<ImageSource> source(new ImageSource);
     source->m_data = data;
-    const char *loader = vips_foreign_find_load_buffer(data.constData(), size_t(data.size()));
-    if (!loader) {
-        vips_error_clear();
+    return source->start(maxPixelSize, withTransform, error) ? source : nullptr;
+}
+
+bool ImageSource::start(int maxPixelSize, bool withTransform, QString *error)
+{
+    if (!ensureVips())
+        m_error = QStringLiteral("the image library could not start");
+    else if (const char *loader = m_data.isEmpty()
+                 ? vips_foreign_find_load(QFile::encodeName(m_path).constData())
+                 : vips_foreign_find_load_buffer(m_data.constData(), size_t(m_data.size())))
+        m_loader = stripLoaderSuffix(loader);
+    else
+        m_error = QStringLiteral("not a picture that can be decoded");
+    vips_error_clear();
+    if (m_loader.isEmpty() || !readHeader(maxPixelSize, withTransform)) {
         if (error)
-            *error = QStringLiteral("not a picture that can be decoded");
-        return nullptr;
+            *error = m_error;
+        return false;
     }
-    source->m_loader = stripLoaderSuffix(loader);
-    if (!source->readHeader(maxPixelSize, withTransform)) {
-        if (error)
-            *error = source->m_error;
-        return nullptr;
-    }
-    return source;
+    return true;
 }
 
 bool ImageSource::readHeader(int maxPixelSize, bool withTransform)

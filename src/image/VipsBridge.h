@@ -43,6 +43,7 @@ public:
 
 private:
     ImageSource() = default;
+    bool start(int maxPixelSize, bool withTransform, QString *error);
     bool readHeader(int maxPixelSize, bool withTransform);
     vips::VImage load(double shrink, bool sequential) const;
     vips::VImage finish(vips::VImage image) const;

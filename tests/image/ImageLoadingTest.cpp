@@ -7,38 +7,6 @@
 using namespace orvel;
 using namespace orvel::test;
 
-namespace {
-
-quint32 crc32(const QByteArray &bytes)
-{
-    quint32 crc = 0xFFFFFFFFu;
-    for (char ch : bytes) {
-        crc ^= quint8(ch);
-        for (int k = 0; k < 8; ++k)
-            crc = (crc >> 1) ^ (0xEDB88320u & (0u - (crc & 1u)));
-    }
-    return ~crc;
-}
-
-// A PNG whose header declares width × height pixels, followed by a tiny image data chunk.
-QByteArray pngDeclaring(quint32 width, quint32 height)
-{
-    auto be32 = [](quint32 v) {
-        QByteArray b(4, 0);
-        for (int i = 0; i < 4; ++i)
-            b[i] = char((v >> (24 - 8 * i)) & 0xFF);
-        return b;
-    };
-    auto chunk = [&](const QByteArray &type, const QByteArray &data) {
-        return be32(quint32(data.size())) + type + data + be32(crc32(type + data));
-    };
-    QByteArray ihdr = be32(width) + be32(height) + QByteArray("\x08\x02\x00\x00\x00", 5);
-    return QByteArray("\x89PNG\r\n\x1a\n", 8) + chunk("IHDR", ihdr) + chunk("IDAT", QByteArray("\x78\x9c\x03\x00\x00\x00\x00\x01", 8))
-        + chunk("IEND", {});
-}
-
-} // namespace
-
 TEST(ImageLoading, ThumbnailForFileReportsSizeAndMetadataWithoutDecoding)
 {
     TempDir dir;

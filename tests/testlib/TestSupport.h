@@ -40,6 +40,9 @@ bool writeSolidImage(const QString &path, int w, int h, QColor colour);
 bool writeTestPdf(const QString &path, double wPt, double hPt, QColor colour, int pages = 1);
 /// Writes an EPS whose bounding box is w×h points, filled with the colour.
 bool writeTestEps(const QString &path, int w, int h, QColor colour);
+/// A PNG whose header declares width × height pixels, followed by a tiny image data chunk: a
+/// decompression bomb's shape without its size.
+QByteArray pngDeclaring(quint32 width, quint32 height);
 /// Writes bytes to path; answers whether all were written.
 bool writeBytes(const QString &path, const QByteArray &bytes);
 QByteArray readBytes(const QString &path);
