@@ -2,6 +2,8 @@
 #include "strings/FastCompare.h"
 
 #include <QVarLengthArray>
+#include <algorithm>
+#include <iterator>
 #include <cstdint>
 
 namespace orvel {
@@ -48,7 +50,10 @@ qsizetype compareWith(const A *a, qsizetype aLen, const B *b, qsizetype bLen, Ma
     return aLen - bLen;
 }
 
-// Plain left-to-right scan of every start position; needle already converted, hay mapped per unit.
+// Leftmost occurrence of the (already converted) needle; hay units are converted as they are read.
+// Short searches scan every start position; long ones skip ahead (Horspool) by a 256-entry shift
+// table on the low byte of the converted unit, which never steps over an occurrence (units that
+// share a low byte only shorten the shift), so the answer is the same leftmost position.
 template<typename Map>
 const char16_t *scan(const char16_t *hay, qsizetype hayLen, const char16_t *needle, qsizetype needleLen, Map map)
 {
@@ -56,14 +61,35 @@ const char16_t *scan(const char16_t *hay, qsizetype hayLen, const char16_t *need
         return nullptr;
     const char16_t first = needle[0];
     const qsizetype last = hayLen - needleLen;
-    for (qsizetype i = 0; i <= last; ++i) {
-        if (map(hay[i]) != first)
-            continue;
-        qsizetype k = 1;
-        while (k < needleLen && map(hay[i + k]) == needle[k])
-            ++k;
-        if (k == needleLen)
-            return hay + i;
+    if (needleLen < 4 || hayLen < 64) {
+        for (qsizetype i = 0; i <= last; ++i) {
+            if (map(hay[i]) != first)
+                continue;
+            qsizetype k = 1;
+            while (k < needleLen && map(hay[i + k]) == needle[k])
+                ++k;
+            if (k == needleLen)
+                return hay + i;
+        }
+        return nullptr;
+    }
+    const qsizetype m = needleLen < 255 ? needleLen : 255; // the window's tail that sets the shift
+    const qsizetype tail = needleLen - m;
+    unsigned char shift[256];
+    std::fill(std::begin(shift), std::end(shift), static_cast<unsigned char>(m));
+    for (qsizetype k = 0; k < m - 1; ++k)
+        shift[needle[tail + k] & 0xFF] = static_cast<unsigned char>(m - 1 - k);
+    const char16_t lastUnit = needle[needleLen - 1];
+    for (qsizetype i = 0; i <= last;) {
+        const char16_t end = map(hay[i + needleLen - 1]);
+        if (end == lastUnit && map(hay[i]) == first) {
+            qsizetype k = 1;
+            while (k < needleLen - 1 && map(hay[i + k]) == needle[k])
+                ++k;
+            if (k >= needleLen - 1)
+                return hay + i;
+        }
+        i += shift[end & 0xFF];
     }
     return nullptr;
 }

@@ -1,7 +1,9 @@
 // The fast comparison and search family on raw arrays and strings.
 #include "strings/FastCompare.h"
 
+#include <QRandomGenerator>
 #include <QString>
+#include <QVarLengthArray>
 #include <gtest/gtest.h>
 
 using namespace orvel;
@@ -61,6 +63,32 @@ TEST(FastContains, MatchAtTheVeryEndAndLongNeedleOffTheStack)
     hay += QString(300, u'y');
     const QString needle = QString(1, u'X') + QString(300, u'Y');
     EXPECT_EQ(fastCaseInsensitiveContainsUnichars(units(hay), hay.size(), units(needle), needle.size()), units(hay) + 999);
+}
+
+TEST(FastContains, LongSearchesFindTheSameLeftmostOccurrenceAsAScan)
+{
+    // A tiny alphabet with units that share a low byte ('a' U+0061, 'š' U+0161, 'Ša' ...) so that
+    // the skip table's collisions are exercised.
+    const char16_t alphabet[] = { u'a', u'A', 0x0161, 0x0160, u'b', 0x0162 };
+    QRandomGenerator rng(99);
+    const ConversionTable upper = upperCharsTable();
+    for (int round = 0; round < 3000; ++round) {
+        const qsizetype hayLen = 64 + rng.bounded(200), needleLen = 4 + rng.bounded(6);
+        QVarLengthArray<char16_t, 512> hay(hayLen), needle(needleLen);
+        for (char16_t &c : hay)
+            c = alphabet[rng.bounded(6)];
+        for (char16_t &c : needle)
+            c = alphabet[rng.bounded(6)];
+        const char16_t *expected = nullptr;
+        for (qsizetype i = 0; i + needleLen <= hayLen && !expected; ++i) {
+            qsizetype k = 0;
+            while (k < needleLen && upper[hay[i + k]] == upper[needle[k]])
+                ++k;
+            if (k == needleLen)
+                expected = hay.data() + i;
+        }
+        ASSERT_EQ(fastCaseInsensitiveContainsUnichars(hay.data(), hayLen, needle.data(), needleLen), expected) << round;
+    }
 }
 
 struct RepCase
