@@ -51,45 +51,45 @@ qsizetype compareWith(const A *a, qsizetype aLen, const B *b, qsizetype bLen, Ma
 }
 
 // Leftmost occurrence of the (already converted) needle; hay units are converted as they are read.
-// Short searches scan every start position; long ones skip ahead (Horspool) by a 256-entry shift
-// table on the low byte of the converted unit, which never steps over an occurrence (units that
-// share a low byte only shorten the shift), so the answer is the same leftmost position.
+// Short searches scan every start position. Long ones skip ahead by the last two units of the
+// window (a Horspool shift on unit pairs, hashed to 12 bits): the shift is the least distance at
+// which that pair occurs in the needle, so no occurrence is ever stepped over (pairs that share a
+// hash only shorten the shift) and the answer is the same leftmost position.
 template<typename Map>
 const char16_t *scan(const char16_t *hay, qsizetype hayLen, const char16_t *needle, qsizetype needleLen, Map map)
 {
     if (!hay || !needle || needleLen <= 0 || needleLen > hayLen)
         return nullptr;
-    const char16_t first = needle[0];
     const qsizetype last = hayLen - needleLen;
-    if (needleLen < 4 || hayLen < 64) {
-        for (qsizetype i = 0; i <= last; ++i) {
-            if (map(hay[i]) != first)
-                continue;
-            qsizetype k = 1;
-            while (k < needleLen && map(hay[i + k]) == needle[k])
-                ++k;
-            if (k == needleLen)
+    auto matchesAt = [&](qsizetype i) {
+        qsizetype k = 0;
+        while (k < needleLen && map(hay[i + k]) == needle[k])
+            ++k;
+        return k == needleLen;
+    };
+    if (needleLen < 4 || hayLen < 256) {
+        const char16_t first = needle[0];
+        for (qsizetype i = 0; i <= last; ++i)
+            if (map(hay[i]) == first && matchesAt(i))
                 return hay + i;
-        }
         return nullptr;
     }
-    const qsizetype m = needleLen < 255 ? needleLen : 255; // the window's tail that sets the shift
+    const qsizetype m = needleLen < 255 ? needleLen : 255; // the needle's tail that sets the shifts
     const qsizetype tail = needleLen - m;
-    unsigned char shift[256];
-    std::fill(std::begin(shift), std::end(shift), static_cast<unsigned char>(m));
-    for (qsizetype k = 0; k < m - 1; ++k)
-        shift[needle[tail + k] & 0xFF] = static_cast<unsigned char>(m - 1 - k);
-    const char16_t lastUnit = needle[needleLen - 1];
+    auto hash = [](char16_t a, char16_t b) { return ((a & 63u) << 6) | (b & 63u); };
+    unsigned char shift[4096];
+    std::fill(std::begin(shift), std::end(shift), static_cast<unsigned char>(m - 1));
+    for (qsizetype k = 0; k + 1 < m; ++k)
+        shift[hash(needle[tail + k], needle[tail + k + 1])] = static_cast<unsigned char>(m - 2 - k);
     for (qsizetype i = 0; i <= last;) {
-        const char16_t end = map(hay[i + needleLen - 1]);
-        if (end == lastUnit && map(hay[i]) == first) {
-            qsizetype k = 1;
-            while (k < needleLen - 1 && map(hay[i + k]) == needle[k])
-                ++k;
-            if (k >= needleLen - 1)
-                return hay + i;
+        const unsigned s = shift[hash(map(hay[i + needleLen - 2]), map(hay[i + needleLen - 1]))];
+        if (s) {
+            i += s;
+            continue;
         }
-        i += shift[end & 0xFF];
+        if (matchesAt(i))
+            return hay + i;
+        ++i;
     }
     return nullptr;
 }

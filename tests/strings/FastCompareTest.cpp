@@ -73,8 +73,8 @@ TEST(FastContains, LongSearchesFindTheSameLeftmostOccurrenceAsAScan)
     QRandomGenerator rng(99);
     const ConversionTable upper = upperCharsTable();
     for (int round = 0; round < 3000; ++round) {
-        const qsizetype hayLen = 64 + rng.bounded(200), needleLen = 4 + rng.bounded(6);
-        QVarLengthArray<char16_t, 512> hay(hayLen), needle(needleLen);
+        const qsizetype hayLen = 200 + rng.bounded(600), needleLen = 4 + rng.bounded(6);
+        QVarLengthArray<char16_t, 1024> hay(hayLen), needle(needleLen);
         for (char16_t &c : hay)
             c = alphabet[rng.bounded(6)];
         for (char16_t &c : needle)
