@@ -55,8 +55,8 @@ qsizetype compareWith(const A *a, qsizetype aLen, const B *b, qsizetype bLen, Ma
 // window (a Horspool shift on unit pairs, hashed to 12 bits): the shift is the least distance at
 // which that pair occurs in the needle, so no occurrence is ever stepped over (pairs that share a
 // hash only shorten the shift) and the answer is the same leftmost position.
-template<typename Map>
-const char16_t *scan(const char16_t *hay, qsizetype hayLen, const char16_t *needle, qsizetype needleLen, Map map)
+template<typename Map, typename Key>
+const char16_t *scan(const char16_t *hay, qsizetype hayLen, const char16_t *needle, qsizetype needleLen, Map map, Key key)
 {
     if (!hay || !needle || needleLen <= 0 || needleLen > hayLen)
         return nullptr;
@@ -76,13 +76,13 @@ const char16_t *scan(const char16_t *hay, qsizetype hayLen, const char16_t *need
     }
     const qsizetype m = needleLen < 255 ? needleLen : 255; // the needle's tail that sets the shifts
     const qsizetype tail = needleLen - m;
-    auto hash = [](char16_t a, char16_t b) { return ((a & 63u) << 6) | (b & 63u); };
-    unsigned char shift[4096];
+    // key(u) must equal map(u) & 31 for every hay unit u; needle units are converted already.
+    unsigned char shift[1024];
     std::fill(std::begin(shift), std::end(shift), static_cast<unsigned char>(m - 1));
     for (qsizetype k = 0; k + 1 < m; ++k)
-        shift[hash(needle[tail + k], needle[tail + k + 1])] = static_cast<unsigned char>(m - 2 - k);
+        shift[((needle[tail + k] & 31u) << 5) | (needle[tail + k + 1] & 31u)] = static_cast<unsigned char>(m - 2 - k);
     for (qsizetype i = 0; i <= last;) {
-        const unsigned s = shift[hash(map(hay[i + needleLen - 2]), map(hay[i + needleLen - 1]))];
+        const unsigned s = shift[(key(hay[i + needleLen - 2]) << 5) | key(hay[i + needleLen - 1])];
         if (s) {
             i += s;
             continue;
@@ -94,7 +94,21 @@ const char16_t *scan(const char16_t *hay, qsizetype hayLen, const char16_t *need
     return nullptr;
 }
 
-// Maps a needle once into scratch storage (on the stack up to 256 units).
+// Shift keys: the low five bits of the converted unit.
+struct RawKey
+{
+    unsigned operator()(char16_t c) const { return c & 31u; }
+};
+// For the upper table an ASCII unit keeps its low five bits ('a' and 'A' share them), so the key
+// needs no table load there; that shortens the chain of loads each skip waits for.
+struct UpperKey
+{
+    ConversionTable upper;
+    unsigned operator()(char16_t c) const { return c < 128 ? (c & 31u) : (upper[c] & 31u); }
+};
+
+// Maps a needle once into scratch storage (on the stack up to 256 units). The table of these two
+// searches is the upper table, which UpperKey relies on.
 using Scratch = QVarLengthArray<char16_t, 256>;
 
 const char16_t *searchMappedUnits(const char16_t *hay, qsizetype hayLen, const char16_t *needle, qsizetype needleLen, ConversionTable table)
@@ -104,7 +118,7 @@ const char16_t *searchMappedUnits(const char16_t *hay, qsizetype hayLen, const c
     Scratch mapped(needleLen);
     for (qsizetype i = 0; i < needleLen; ++i)
         mapped[i] = table[needle[i]];
-    return scan(hay, hayLen, mapped.constData(), needleLen, Through { table });
+    return scan(hay, hayLen, mapped.constData(), needleLen, Through { table }, UpperKey { table });
 }
 
 const char16_t *searchBytes(const char16_t *hay, qsizetype hayLen, const char *needle, qsizetype needleLen, ConversionTable table)
@@ -115,8 +129,8 @@ const char16_t *searchBytes(const char16_t *hay, qsizetype hayLen, const char *n
     for (qsizetype i = 0; i < needleLen; ++i)
         mapped[i] = table ? table[widen(needle[i])] : widen(needle[i]);
     if (table)
-        return scan(hay, hayLen, mapped.constData(), needleLen, Through { table });
-    return scan(hay, hayLen, mapped.constData(), needleLen, Raw {});
+        return scan(hay, hayLen, mapped.constData(), needleLen, Through { table }, UpperKey { table });
+    return scan(hay, hayLen, mapped.constData(), needleLen, Raw {}, RawKey {});
 }
 
 ConversionTable caseTable()
@@ -201,7 +215,7 @@ qsizetype fastCaseInsensitiveCompareChars(const char *a, qsizetype aLen, const c
 
 const char16_t *fastContainsUnichars(const char16_t *hay, qsizetype hayLen, const char16_t *needle, qsizetype needleLen)
 {
-    return scan(hay, hayLen, needle, needleLen, Raw {});
+    return scan(hay, hayLen, needle, needleLen, Raw {}, RawKey {});
 }
 
 const char16_t *fastCaseInsensitiveContainsUnichars(const char16_t *hay, qsizetype hayLen, const char16_t *needle, qsizetype needleLen)
