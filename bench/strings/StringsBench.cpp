@@ -17,8 +17,8 @@ namespace {
 // A reproducible text of mixed-case European words, numbers and punctuation.
 QString makeText(qsizetype units)
 {
-    static const QStringList words = { "Grüße", "report", "Straße", "MÜLLER", "café", "Thumbnail", "3.14", "well-known", "Ærø",
-                                       "naïve", "PDF", "1,000", "über", "Été", "quick", "BROWN", "fox", "jumps" };
+    static const QStringList words = { "Grüße", "report", "Straße", "MÜLLER", "café", "Thumbnail", "3.14",
+        "well-known", "Ærø", "naïve", "PDF", "1,000", "über", "Été", "quick", "BROWN", "fox", "jumps" };
     static const QStringList glue = { " ", ", ", ". ", "; ", " (", ") ", "\n", " - " };
     QRandomGenerator rng(42);
     QString text;
@@ -45,12 +45,13 @@ QString swappedCase(const QString &text)
 QStringList makeFileNames(int count)
 {
     QRandomGenerator rng(7);
-    static const QStringList stems = { "img_", "IMG_", "report", "Report-final", "scan", "holiday photo ", "Übersicht" };
+    static const QStringList stems
+        = { "img_", "IMG_", "report", "Report-final", "scan", "holiday photo ", "Übersicht" };
     static const QStringList extensions = { ".jpg", ".JPG", ".png", ".txt", ".pdf", ".jpeg", ".TXT" };
     QStringList names;
     for (int i = 0; i < count; ++i)
         names << stems.at(int(rng.bounded(qsizetype(stems.size())))) + QString::number(rng.bounded(10000))
-                     + extensions.at(int(rng.bounded(qsizetype(extensions.size()))));
+                + extensions.at(int(rng.bounded(qsizetype(extensions.size()))));
     return names;
 }
 
@@ -61,7 +62,8 @@ void CompareNoCase_Orvel(benchmark::State &state)
     const QString a = makeText(state.range(0));
     const QString b = swappedCase(a);
     for (auto _ : state)
-        benchmark::DoNotOptimize(fastCaseInsensitiveCompareUnichars(QStringView(a).utf16(), a.size(), QStringView(b).utf16(), b.size()));
+        benchmark::DoNotOptimize(fastCaseInsensitiveCompareUnichars(
+            QStringView(a).utf16(), a.size(), QStringView(b).utf16(), b.size()));
 }
 
 void CompareNoCase_Qt(benchmark::State &state)
@@ -79,7 +81,8 @@ void SearchNoCase_Orvel(benchmark::State &state)
     const QString hay = makeText(state.range(0)) + "THUMBNAIL-Cache";
     const QString needle = "thumbnail-cache";
     for (auto _ : state)
-        benchmark::DoNotOptimize(fastCaseInsensitiveContainsUnichars(QStringView(hay).utf16(), hay.size(), QStringView(needle).utf16(), needle.size()));
+        benchmark::DoNotOptimize(fastCaseInsensitiveContainsUnichars(
+            QStringView(hay).utf16(), hay.size(), QStringView(needle).utf16(), needle.size()));
 }
 
 void SearchNoCase_Qt(benchmark::State &state)
@@ -109,8 +112,10 @@ void WildcardPlainNoCase_Orvel(benchmark::State &state)
 void WildcardPlainNoCase_Qt(benchmark::State &state)
 {
     const QStringList names = makeFileNames(1000);
-    const QRegularExpression re(QRegularExpression::wildcardToRegularExpression(QString::fromUtf16(PlainPattern), QRegularExpression::DefaultWildcardConversion),
-                                QRegularExpression::CaseInsensitiveOption);
+    const QRegularExpression re(
+        QRegularExpression::wildcardToRegularExpression(
+            QString::fromUtf16(PlainPattern), QRegularExpression::DefaultWildcardConversion),
+        QRegularExpression::CaseInsensitiveOption);
     re.optimize();
     for (auto _ : state) {
         int hits = 0;
@@ -134,8 +139,8 @@ void WildcardUnixNoCase_Orvel(benchmark::State &state)
 void WildcardUnixNoCase_Qt(benchmark::State &state)
 {
     const QStringList names = makeFileNames(1000);
-    const QRegularExpression re = QRegularExpression::fromWildcard(QString::fromUtf16(UnixPattern), Qt::CaseInsensitive,
-                                                                   QRegularExpression::DefaultWildcardConversion);
+    const QRegularExpression re = QRegularExpression::fromWildcard(
+        QString::fromUtf16(UnixPattern), Qt::CaseInsensitive, QRegularExpression::DefaultWildcardConversion);
     re.optimize();
     for (auto _ : state) {
         int hits = 0;
@@ -169,8 +174,9 @@ void WordSeparation_Qt(benchmark::State &state)
 
 const QStringList &dateMix()
 {
-    static const QStringList mix = { "20100315", "15.03.2010", "2010.03.15", "15.03.2010 10:20:30", "2010-03-15", "15-03-2010",
-                                     "2010/03/15", "2010-03-15T10:20:30+01:00", "Mon, 15 Mar 2010 10:20:30 GMT", "15.03.2010 10:20" };
+    static const QStringList mix = { "20100315", "15.03.2010", "2010.03.15", "15.03.2010 10:20:30",
+        "2010-03-15", "15-03-2010", "2010/03/15", "2010-03-15T10:20:30+01:00",
+        "Mon, 15 Mar 2010 10:20:30 GMT", "15.03.2010 10:20" };
     return mix;
 }
 
@@ -183,8 +189,9 @@ void Dates_Orvel(benchmark::State &state)
 
 void Dates_Qt(benchmark::State &state)
 {
-    static const QStringList formats = { "yyyyMMdd", "dd.MM.yyyy", "yyyy.MM.dd", "dd.MM.yyyy HH:mm:ss", "yyyy-MM-dd", "dd-MM-yyyy",
-                                         "yyyy/MM/dd", "yyyy-MM-ddTHH:mm:sst", "ddd, dd MMM yyyy HH:mm:ss t", "dd.MM.yyyy HH:mm" };
+    static const QStringList formats
+        = { "yyyyMMdd", "dd.MM.yyyy", "yyyy.MM.dd", "dd.MM.yyyy HH:mm:ss", "yyyy-MM-dd", "dd-MM-yyyy",
+              "yyyy/MM/dd", "yyyy-MM-ddTHH:mm:sst", "ddd, dd MMM yyyy HH:mm:ss t", "dd.MM.yyyy HH:mm" };
     for (auto _ : state)
         for (const QString &s : dateMix())
             for (const QString &f : formats) {
@@ -200,9 +207,12 @@ void Sanity(benchmark::State &state)
 {
     // Both sides of each pair must answer alike on the benchmark data, or the comparison means nothing.
     const QStringList names = makeFileNames(1000);
-    const QRegularExpression plain(QRegularExpression::wildcardToRegularExpression(QString::fromUtf16(PlainPattern), QRegularExpression::DefaultWildcardConversion),
-                                   QRegularExpression::CaseInsensitiveOption);
-    const QRegularExpression unixRe = QRegularExpression::fromWildcard(QString::fromUtf16(UnixPattern), Qt::CaseInsensitive, QRegularExpression::DefaultWildcardConversion);
+    const QRegularExpression plain(
+        QRegularExpression::wildcardToRegularExpression(
+            QString::fromUtf16(PlainPattern), QRegularExpression::DefaultWildcardConversion),
+        QRegularExpression::CaseInsensitiveOption);
+    const QRegularExpression unixRe = QRegularExpression::fromWildcard(
+        QString::fromUtf16(UnixPattern), Qt::CaseInsensitive, QRegularExpression::DefaultWildcardConversion);
     int a = 0, b = 0, c = 0, d = 0;
     for (const QString &n : names) {
         a += isCaseInsensitiveLikeWildcard(n, PlainPattern);

@@ -23,8 +23,7 @@ struct RepBits
             add(c);
     }
     /// Adds every unit 0 ... 65535 for which pred(unit) holds.
-    template<typename Pred>
-    void addWhere(Pred pred)
+    template <typename Pred> void addWhere(Pred pred)
     {
         for (char32_t c = 0; c <= 0xFFFF; ++c)
             if (pred(char16_t(c)))

@@ -13,9 +13,15 @@ namespace orvel {
 
 namespace detail {
 
-static QChar::Category categoryOf(char16_t c) { return QChar::category(char32_t(c)); }
+static QChar::Category categoryOf(char16_t c)
+{
+    return QChar::category(char32_t(c));
+}
 
-bool isWhitespaceClass(char16_t c) { return c == 0x0009 || categoryOf(c) == QChar::Separator_Space; }
+bool isWhitespaceClass(char16_t c)
+{
+    return c == 0x0009 || categoryOf(c) == QChar::Separator_Space;
+}
 
 bool isWhitespaceAndNewlineClass(char16_t c)
 {
@@ -47,7 +53,10 @@ bool isControlClass(char16_t c)
     return k == QChar::Other_Control || k == QChar::Other_Format;
 }
 
-bool isIllegalClass(char16_t c) { return categoryOf(c) == QChar::Other_NotAssigned; }
+bool isIllegalClass(char16_t c)
+{
+    return categoryOf(c) == QChar::Other_NotAssigned;
+}
 
 } // namespace detail
 
@@ -59,7 +68,8 @@ bool isLetterClass(char16_t c)
 {
     // Letters and marks: the marks belong so that a decomposed letter stays one word.
     const QChar::Category k = QChar::category(char32_t(c));
-    return (k >= QChar::Letter_Uppercase && k <= QChar::Letter_Other) || (k >= QChar::Mark_NonSpacing && k <= QChar::Mark_Enclosing);
+    return (k >= QChar::Letter_Uppercase && k <= QChar::Letter_Other)
+        || (k >= QChar::Mark_NonSpacing && k <= QChar::Mark_Enclosing);
 }
 
 bool isNumberClass(char16_t c)
@@ -107,8 +117,7 @@ using Table = std::array<char16_t, ConversionTableSize>;
 // the transformation when that result is exactly one code unit (full mappings longer than one unit,
 // as 'ß' to "SS", leave the entry as it is). The loop stops one short of U+FFFF, whose entry keeps
 // the identity value.
-template<typename Transform>
-Table buildBaseTable(const RepBits &source, Transform transform)
+template <typename Transform> Table buildBaseTable(const RepBits &source, Transform transform)
 {
     Table t;
     for (char32_t c = 0; c <= 0xFFFF; ++c)
@@ -142,14 +151,16 @@ QString foldDiacritics(char16_t c)
 const Table &lowerTable()
 {
     // Full lower-case mapping on a one-unit string, without a locale ('İ' lowers to two units).
-    static const Table t = buildBaseTable(uppercaseRep(), [](char16_t c) { return QString(QChar(c)).toLower(); });
+    static const Table t
+        = buildBaseTable(uppercaseRep(), [](char16_t c) { return QString(QChar(c)).toLower(); });
     return t;
 }
 
 const Table &upperTable()
 {
     // Full upper-case mapping on a one-unit string, without a locale ('ß' and 'ﬁ' upper to two units).
-    static const Table t = buildBaseTable(lowercaseRep(), [](char16_t c) { return QString(QChar(c)).toUpper(); });
+    static const Table t
+        = buildBaseTable(lowercaseRep(), [](char16_t c) { return QString(QChar(c)).toUpper(); });
     return t;
 }
 
@@ -200,7 +211,10 @@ CharacterSetRep whiteCharacterSetRep()
     return rep.data();
 }
 
-CharacterSetRep alphaCharacterSetRep() { return letterRep().data(); }
+CharacterSetRep alphaCharacterSetRep()
+{
+    return letterRep().data();
+}
 
 CharacterSetRep alphaNumCharacterSetRep()
 {
@@ -222,8 +236,14 @@ CharacterSetRep digitCharacterSetRep()
     return rep.data();
 }
 
-CharacterSetRep lowerCharacterSetRep() { return lowercaseRep().data(); }
-CharacterSetRep upperCharacterSetRep() { return uppercaseRep().data(); }
+CharacterSetRep lowerCharacterSetRep()
+{
+    return lowercaseRep().data();
+}
+CharacterSetRep upperCharacterSetRep()
+{
+    return uppercaseRep().data();
+}
 
 char16_t firstAlphaCharacter()
 {
@@ -256,9 +276,18 @@ char16_t lastAlphaCharacter()
     return 0;
 }
 
-ConversionTable lowerCharsTable() { return lowerTable().data(); }
-ConversionTable upperCharsTable() { return upperTable().data(); }
-ConversionTable umlautsCharsTable() { return umlautsTable().data(); }
+ConversionTable lowerCharsTable()
+{
+    return lowerTable().data();
+}
+ConversionTable upperCharsTable()
+{
+    return upperTable().data();
+}
+ConversionTable umlautsCharsTable()
+{
+    return umlautsTable().data();
+}
 
 ConversionTable lowerUmlautsCharsTable()
 {
@@ -272,11 +301,26 @@ ConversionTable upperUmlautsCharsTable()
     return t.data();
 }
 
-char16_t toLower(char16_t c) { return lowerCharsTable()[c]; }
-char16_t toUpper(char16_t c) { return upperCharsTable()[c]; }
-char16_t umlautsToAscii(char16_t c) { return umlautsCharsTable()[c]; }
-char16_t umlautsToLowerAscii(char16_t c) { return lowerUmlautsCharsTable()[c]; }
-char16_t umlautsToUpperAscii(char16_t c) { return upperUmlautsCharsTable()[c]; }
+char16_t toLower(char16_t c)
+{
+    return lowerCharsTable()[c];
+}
+char16_t toUpper(char16_t c)
+{
+    return upperCharsTable()[c];
+}
+char16_t umlautsToAscii(char16_t c)
+{
+    return umlautsCharsTable()[c];
+}
+char16_t umlautsToLowerAscii(char16_t c)
+{
+    return lowerUmlautsCharsTable()[c];
+}
+char16_t umlautsToUpperAscii(char16_t c)
+{
+    return upperUmlautsCharsTable()[c];
+}
 
 char16_t toAscii(char16_t c)
 {
@@ -313,7 +357,8 @@ qsizetype convertUnicodeToUTF8(const char16_t *units, qsizetype length, char *ou
     return bytes.size();
 }
 
-qsizetype convertEncodingToUnicode(const char *encoding, const char *bytes, qsizetype length, char16_t *out, qsizetype capacity)
+qsizetype convertEncodingToUnicode(
+    const char *encoding, const char *bytes, qsizetype length, char16_t *out, qsizetype capacity)
 {
     if (!encoding || !bytes || !out || length < 0 || capacity < 0)
         return 0;

@@ -77,6 +77,7 @@ qsizetype convertUTF8ToUnicode(const char *bytes, qsizetype length, char16_t *ou
 qsizetype convertUnicodeToUTF8(const char16_t *units, qsizetype length, char *out, qsizetype capacity);
 /// Converts bytes in the named encoding ("ISO-8859-1", "windows-1252", "UTF-8" ...) to UTF-16 units;
 /// answers the units written, 0 when the encoding is unknown, the input invalid or too long.
-qsizetype convertEncodingToUnicode(const char *encoding, const char *bytes, qsizetype length, char16_t *out, qsizetype capacity);
+qsizetype convertEncodingToUnicode(
+    const char *encoding, const char *bytes, qsizetype length, char16_t *out, qsizetype capacity);
 
 } // namespace orvel

@@ -17,13 +17,23 @@ namespace {
 
 Q_LOGGING_CATEGORY(stringsLog, "orvel.strings")
 
-constexpr std::array<const char16_t *, 12> MonthNames = { u"january", u"february", u"march",     u"april",   u"may",      u"june",
-                                                          u"july",    u"august",   u"september", u"october", u"november", u"december" };
-constexpr std::array<const char16_t *, 7> WeekdayNames = { u"monday", u"tuesday", u"wednesday", u"thursday", u"friday", u"saturday", u"sunday" };
+constexpr std::array<const char16_t *, 12> MonthNames = { u"january", u"february", u"march", u"april", u"may",
+    u"june", u"july", u"august", u"september", u"october", u"november", u"december" };
+constexpr std::array<const char16_t *, 7> WeekdayNames
+    = { u"monday", u"tuesday", u"wednesday", u"thursday", u"friday", u"saturday", u"sunday" };
 
-inline bool isDigit(QChar c) { return c >= u'0' && c <= u'9'; }
-inline bool isWhite(QChar c) { return c == u' ' || c == u'\t' || c.unicode() == 0x00A0; }
-inline char16_t lowerAscii(char16_t c) { return (c >= u'A' && c <= u'Z') ? char16_t(c + 32) : c; }
+inline bool isDigit(QChar c)
+{
+    return c >= u'0' && c <= u'9';
+}
+inline bool isWhite(QChar c)
+{
+    return c == u' ' || c == u'\t' || c.unicode() == 0x00A0;
+}
+inline char16_t lowerAscii(char16_t c)
+{
+    return (c >= u'A' && c <= u'Z') ? char16_t(c + 32) : c;
+}
 
 // Matches one of names (full, or its first three letters) at the start of s; answers its index and
 // sets *used to the units read.
@@ -47,7 +57,10 @@ int matchName(QStringView s, const char16_t *const *names, int count, qsizetype 
     return -1;
 }
 
-int twoDigitYear(int y) { return y < 69 ? 2000 + y : 1900 + y; }
+int twoDigitYear(int y)
+{
+    return y < 69 ? 2000 + y : 1900 + y;
+}
 
 // Reads up to maxDigits digits (at least minDigits); -1 when there are too few.
 int readNumber(QStringView s, qsizetype *pos, int minDigits, int maxDigits)
@@ -87,9 +100,10 @@ std::optional<int> readZone(QStringView s, qsizetype *pos)
         const char16_t *name;
         int hours;
     };
-    static constexpr Named zones[] = { { u"GMT", 0 },  { u"UTC", 0 },  { u"UT", 0 },   { u"EST", -5 }, { u"EDT", -4 }, { u"CST", -6 },
-                                       { u"CDT", -5 }, { u"MST", -7 }, { u"MDT", -6 }, { u"PST", -8 }, { u"PDT", -7 }, { u"CEST", 2 },
-                                       { u"CET", 1 },  { u"MESZ", 2 }, { u"MEZ", 1 },  { u"BST", 1 },  { u"Z", 0 } };
+    static constexpr Named zones[]
+        = { { u"GMT", 0 }, { u"UTC", 0 }, { u"UT", 0 }, { u"EST", -5 }, { u"EDT", -4 }, { u"CST", -6 },
+              { u"CDT", -5 }, { u"MST", -7 }, { u"MDT", -6 }, { u"PST", -8 }, { u"PDT", -7 }, { u"CEST", 2 },
+              { u"CET", 1 }, { u"MESZ", 2 }, { u"MEZ", 1 }, { u"BST", 1 }, { u"Z", 0 } };
     for (const Named &z : zones) {
         const QStringView name(z.name);
         if (rest.size() >= name.size() && rest.first(name.size()).compare(name, Qt::CaseInsensitive) == 0
@@ -120,7 +134,10 @@ QDateTime makeDate(int year, int month, int day, int hour, int minute, int secon
     return QDateTime(d, t);
 }
 
-void logUnknown(QStringView s) { qCWarning(stringsLog).noquote() << QStringLiteral("Unknown date: %1").arg(s); }
+void logUnknown(QStringView s)
+{
+    qCWarning(stringsLog).noquote() << QStringLiteral("Unknown date: %1").arg(s);
+}
 
 } // namespace
 
@@ -292,7 +309,8 @@ QDateTime dateWithNaturalLanguageString(QStringView text)
             if (!ok || p < token.size())
                 continue;
             if (sep == u':') {
-                if (sawTime || count < 2 || numbers[0] > 23 || numbers[1] > 59 || (count == 3 && numbers[2] > 59))
+                if (sawTime || count < 2 || numbers[0] > 23 || numbers[1] > 59
+                    || (count == 3 && numbers[2] > 59))
                     continue;
                 sawTime = true;
                 hour = numbers[0];
@@ -328,7 +346,9 @@ QDateTime dateWithNaturalLanguageString(QStringView text)
                 month = m + 1;
             continue;
         }
-        if (sawTime && (token.compare(u"pm", Qt::CaseInsensitive) == 0 || token.compare(u"am", Qt::CaseInsensitive) == 0)) {
+        if (sawTime
+            && (token.compare(u"pm", Qt::CaseInsensitive) == 0
+                || token.compare(u"am", Qt::CaseInsensitive) == 0)) {
             const bool pm = token[0].toLower() == u'p';
             if (hour >= 1 && hour <= 12)
                 hour = (hour % 12) + (pm ? 12 : 0);
@@ -349,7 +369,8 @@ QDateTime dateFromHTTPHeaderValue(QStringView s)
 {
     if (s.isEmpty())
         return QDateTime();
-    for (const char16_t *format : { u"%a, %d %b %Y %H:%M:%S %Z", u"%A, %d-%b-%y %H:%M:%S %Z", u"%a %b %d %H:%M:%S %Y" }) {
+    for (const char16_t *format :
+        { u"%a, %d %b %Y %H:%M:%S %Z", u"%A, %d-%b-%y %H:%M:%S %Z", u"%a %b %d %H:%M:%S %Y" }) {
         const QDateTime d = dateWithCalendarFormat(s, format);
         if (d.isValid())
             return d;
@@ -371,7 +392,8 @@ QDateTime parseDate(const QString &given)
 
     // 2. The counts that choose the format.
     const qsizetype L = text.size();
-    const qsizetype D = countCharacter(text, u'.'), C = countCharacter(text, u':'), H = countCharacter(text, u'-'), S = countCharacter(text, u'/');
+    const qsizetype D = countCharacter(text, u'.'), C = countCharacter(text, u':'),
+                    H = countCharacter(text, u'-'), S = countCharacter(text, u'/');
     const bool hasLetter = containsAlphaCharacter(text);
     auto finalResult = [&](const char16_t *format) {
         const QDateTime d = dateWithCalendarFormat(text, format);
@@ -416,8 +438,8 @@ QDateTime parseDate(const QString &given)
         }
     } else {
         // 7. A time with seconds: German and similar month spellings become the English ones first.
-        for (const auto &[from, to] : { std::pair { u"Mrz", u"Mar" }, std::pair { u"Mai", u"May" }, std::pair { u"Mart", u"Mar" },
-                                        std::pair { u"Okt", u"Oct" }, std::pair { u"Dez", u"Dec" } })
+        for (const auto &[from, to] : { std::pair { u"Mrz", u"Mar" }, std::pair { u"Mai", u"May" },
+                 std::pair { u"Mart", u"Mar" }, std::pair { u"Okt", u"Oct" }, std::pair { u"Dez", u"Dec" } })
             text = stringByReplacingString(text, from, to);
         result = dateWithCalendarFormat(text, u"%a, %d %b %Y %H:%M:%S %Z");
         if (!result.isValid()) {
@@ -432,7 +454,8 @@ QDateTime parseDate(const QString &given)
             } else if (hasLetter) {
                 result = dateWithCalendarFormat(text, u"%A, %d-%b-%y %H:%M:%S %Z");
             } else {
-                result = dateWithCalendarFormat(text, dashAt4() ? u"%Y-%m-%d %H:%M:%S" : u"%d-%m-%Y %H:%M:%S");
+                result
+                    = dateWithCalendarFormat(text, dashAt4() ? u"%Y-%m-%d %H:%M:%S" : u"%d-%m-%Y %H:%M:%S");
             }
         }
     }

@@ -3,15 +3,18 @@
 
 #include <QVarLengthArray>
 #include <algorithm>
-#include <iterator>
 #include <cstdint>
+#include <iterator>
 
 namespace orvel {
 
 namespace {
 
 // Bytes are meant as ASCII literals; a byte of 0x80 or above is widened as a signed value.
-inline char16_t widen(char b) { return char16_t(std::int16_t(static_cast<signed char>(b))); }
+inline char16_t widen(char b)
+{
+    return char16_t(std::int16_t(static_cast<signed char>(b)));
+}
 
 // Identity "table" for the templates below.
 struct Raw
@@ -33,7 +36,7 @@ struct WidenedThrough
     char16_t operator()(char b) const { return table[widen(b)]; }
 };
 
-template<typename A, typename B, typename MapA, typename MapB>
+template <typename A, typename B, typename MapA, typename MapB>
 qsizetype compareWith(const A *a, qsizetype aLen, const B *b, qsizetype bLen, MapA mapA, MapB mapB)
 {
     if (aLen < 0)
@@ -55,8 +58,9 @@ qsizetype compareWith(const A *a, qsizetype aLen, const B *b, qsizetype bLen, Ma
 // window (a Horspool shift on unit pairs, hashed to 12 bits): the shift is the least distance at
 // which that pair occurs in the needle, so no occurrence is ever stepped over (pairs that share a
 // hash only shorten the shift) and the answer is the same leftmost position.
-template<typename Map, typename Key>
-const char16_t *scan(const char16_t *hay, qsizetype hayLen, const char16_t *needle, qsizetype needleLen, Map map, Key key)
+template <typename Map, typename Key>
+const char16_t *scan(
+    const char16_t *hay, qsizetype hayLen, const char16_t *needle, qsizetype needleLen, Map map, Key key)
 {
     if (!hay || !needle || needleLen <= 0 || needleLen > hayLen)
         return nullptr;
@@ -80,7 +84,8 @@ const char16_t *scan(const char16_t *hay, qsizetype hayLen, const char16_t *need
     unsigned char shift[1024];
     std::fill(std::begin(shift), std::end(shift), static_cast<unsigned char>(m - 1));
     for (qsizetype k = 0; k + 1 < m; ++k)
-        shift[((needle[tail + k] & 31u) << 5) | (needle[tail + k + 1] & 31u)] = static_cast<unsigned char>(m - 2 - k);
+        shift[((needle[tail + k] & 31u) << 5) | (needle[tail + k + 1] & 31u)]
+            = static_cast<unsigned char>(m - 2 - k);
     for (qsizetype i = 0; i <= last;) {
         const unsigned s = shift[(key(hay[i + needleLen - 2]) << 5) | key(hay[i + needleLen - 1])];
         if (s) {
@@ -111,7 +116,8 @@ struct UpperKey
 // searches is the upper table, which UpperKey relies on.
 using Scratch = QVarLengthArray<char16_t, 256>;
 
-const char16_t *searchMappedUnits(const char16_t *hay, qsizetype hayLen, const char16_t *needle, qsizetype needleLen, ConversionTable table)
+const char16_t *searchMappedUnits(
+    const char16_t *hay, qsizetype hayLen, const char16_t *needle, qsizetype needleLen, ConversionTable table)
 {
     if (!hay || !needle || needleLen <= 0 || needleLen > hayLen)
         return nullptr;
@@ -121,7 +127,8 @@ const char16_t *searchMappedUnits(const char16_t *hay, qsizetype hayLen, const c
     return scan(hay, hayLen, mapped.constData(), needleLen, Through { table }, UpperKey { table });
 }
 
-const char16_t *searchBytes(const char16_t *hay, qsizetype hayLen, const char *needle, qsizetype needleLen, ConversionTable table)
+const char16_t *searchBytes(
+    const char16_t *hay, qsizetype hayLen, const char *needle, qsizetype needleLen, ConversionTable table)
 {
     if (!hay || !needle || needleLen <= 0 || needleLen > hayLen)
         return nullptr;
@@ -144,8 +151,9 @@ ConversionTable caseTable()
     return upper;
 }
 
-template<typename Map>
-bool repWalk(const char16_t *a, qsizetype aLen, const char16_t *b, qsizetype bLen, CharacterSetRep rep, bool prefix, Map map)
+template <typename Map>
+bool repWalk(const char16_t *a, qsizetype aLen, const char16_t *b, qsizetype bLen, CharacterSetRep rep,
+    bool prefix, Map map)
 {
     if (!rep)
         return false;
@@ -184,24 +192,28 @@ qsizetype fastCompareUnicharsWithChars(const char16_t *a, qsizetype aLen, const 
 
 qsizetype fastCompareChars(const char *a, qsizetype aLen, const char *b, qsizetype bLen)
 {
-    return compareWith(a, aLen, b, bLen, [](char c) { return int(static_cast<signed char>(c)); },
-                       [](char c) { return int(static_cast<signed char>(c)); });
+    return compareWith(
+        a, aLen, b, bLen, [](char c) { return int(static_cast<signed char>(c)); },
+        [](char c) { return int(static_cast<signed char>(c)); });
 }
 
-qsizetype fastCompareUnicharsUsingConversionTable(const char16_t *a, qsizetype aLen, const char16_t *b, qsizetype bLen, ConversionTable table)
+qsizetype fastCompareUnicharsUsingConversionTable(
+    const char16_t *a, qsizetype aLen, const char16_t *b, qsizetype bLen, ConversionTable table)
 {
     if (!table)
         return fastCompareUnichars(a, aLen, b, bLen);
     return compareWith(a, aLen, b, bLen, Through { table }, Through { table });
 }
 
-qsizetype fastCaseInsensitiveCompareUnichars(const char16_t *a, qsizetype aLen, const char16_t *b, qsizetype bLen)
+qsizetype fastCaseInsensitiveCompareUnichars(
+    const char16_t *a, qsizetype aLen, const char16_t *b, qsizetype bLen)
 {
     const ConversionTable t = caseTable();
     return compareWith(a, aLen, b, bLen, Through { t }, Through { t });
 }
 
-qsizetype fastCaseInsensitiveCompareUnicharsWithChars(const char16_t *a, qsizetype aLen, const char *b, qsizetype bLen)
+qsizetype fastCaseInsensitiveCompareUnicharsWithChars(
+    const char16_t *a, qsizetype aLen, const char *b, qsizetype bLen)
 {
     const ConversionTable t = caseTable();
     return compareWith(a, aLen, b, bLen, Through { t }, WidenedThrough { t });
@@ -213,35 +225,47 @@ qsizetype fastCaseInsensitiveCompareChars(const char *a, qsizetype aLen, const c
     return compareWith(a, aLen, b, bLen, WidenedThrough { t }, WidenedThrough { t });
 }
 
-const char16_t *fastContainsUnichars(const char16_t *hay, qsizetype hayLen, const char16_t *needle, qsizetype needleLen)
+const char16_t *fastContainsUnichars(
+    const char16_t *hay, qsizetype hayLen, const char16_t *needle, qsizetype needleLen)
 {
     return scan(hay, hayLen, needle, needleLen, Raw {}, RawKey {});
 }
 
-const char16_t *fastCaseInsensitiveContainsUnichars(const char16_t *hay, qsizetype hayLen, const char16_t *needle, qsizetype needleLen)
+const char16_t *fastCaseInsensitiveContainsUnichars(
+    const char16_t *hay, qsizetype hayLen, const char16_t *needle, qsizetype needleLen)
 {
     return searchMappedUnits(hay, hayLen, needle, needleLen, caseTable());
 }
 
-const char16_t *fastUnicharsContainChars(const char16_t *hay, qsizetype hayLen, const char *needle, qsizetype needleLen)
+const char16_t *fastUnicharsContainChars(
+    const char16_t *hay, qsizetype hayLen, const char *needle, qsizetype needleLen)
 {
     return searchBytes(hay, hayLen, needle, needleLen, nullptr);
 }
 
-const char16_t *fastCaseInsensitiveUnicharsContainChars(const char16_t *hay, qsizetype hayLen, const char *needle, qsizetype needleLen)
+const char16_t *fastCaseInsensitiveUnicharsContainChars(
+    const char16_t *hay, qsizetype hayLen, const char *needle, qsizetype needleLen)
 {
     return searchBytes(hay, hayLen, needle, needleLen, caseTable());
 }
 
-const char16_t *positionOfCharacters(const char *needle, qsizetype needleLen, const char16_t *hay, qsizetype hayLen, bool caseSensitive)
+const char16_t *positionOfCharacters(
+    const char *needle, qsizetype needleLen, const char16_t *hay, qsizetype hayLen, bool caseSensitive)
 {
     return caseSensitive ? fastUnicharsContainChars(hay, hayLen, needle, needleLen)
                          : fastCaseInsensitiveUnicharsContainChars(hay, hayLen, needle, needleLen);
 }
 
-qsizetype compareCharacters(const char16_t *a, qsizetype aLen, const char16_t *b, qsizetype bLen) { return fastCompareUnichars(a, aLen, b, bLen); }
-qsizetype compareCharacters(const char16_t *a, qsizetype aLen, const char *b, qsizetype bLen) { return fastCompareUnicharsWithChars(a, aLen, b, bLen); }
-qsizetype caseInsensitiveCompareCharacters(const char16_t *a, qsizetype aLen, const char16_t *b, qsizetype bLen)
+qsizetype compareCharacters(const char16_t *a, qsizetype aLen, const char16_t *b, qsizetype bLen)
+{
+    return fastCompareUnichars(a, aLen, b, bLen);
+}
+qsizetype compareCharacters(const char16_t *a, qsizetype aLen, const char *b, qsizetype bLen)
+{
+    return fastCompareUnicharsWithChars(a, aLen, b, bLen);
+}
+qsizetype caseInsensitiveCompareCharacters(
+    const char16_t *a, qsizetype aLen, const char16_t *b, qsizetype bLen)
 {
     return fastCaseInsensitiveCompareUnichars(a, aLen, b, bLen);
 }
@@ -250,22 +274,26 @@ qsizetype caseInsensitiveCompareCharacters(const char16_t *a, qsizetype aLen, co
     return fastCaseInsensitiveCompareUnicharsWithChars(a, aLen, b, bLen);
 }
 
-bool equalCharsOfCharacterSetRep(const char16_t *a, qsizetype aLen, const char16_t *b, qsizetype bLen, CharacterSetRep rep)
+bool equalCharsOfCharacterSetRep(
+    const char16_t *a, qsizetype aLen, const char16_t *b, qsizetype bLen, CharacterSetRep rep)
 {
     return repWalk(a, aLen, b, bLen, rep, false, Raw {});
 }
 
-bool equalCharsNoCaseOfCharacterSetRep(const char16_t *a, qsizetype aLen, const char16_t *b, qsizetype bLen, CharacterSetRep rep)
+bool equalCharsNoCaseOfCharacterSetRep(
+    const char16_t *a, qsizetype aLen, const char16_t *b, qsizetype bLen, CharacterSetRep rep)
 {
     return repWalk(a, aLen, b, bLen, rep, false, Through { caseTable() });
 }
 
-bool hasPrefixCharsOfCharacterSetRep(const char16_t *a, qsizetype aLen, const char16_t *b, qsizetype bLen, CharacterSetRep rep)
+bool hasPrefixCharsOfCharacterSetRep(
+    const char16_t *a, qsizetype aLen, const char16_t *b, qsizetype bLen, CharacterSetRep rep)
 {
     return repWalk(a, aLen, b, bLen, rep, true, Raw {});
 }
 
-bool hasPrefixCharsNoCaseOfCharacterSetRep(const char16_t *a, qsizetype aLen, const char16_t *b, qsizetype bLen, CharacterSetRep rep)
+bool hasPrefixCharsNoCaseOfCharacterSetRep(
+    const char16_t *a, qsizetype aLen, const char16_t *b, qsizetype bLen, CharacterSetRep rep)
 {
     return repWalk(a, aLen, b, bLen, rep, true, Through { caseTable() });
 }
@@ -303,8 +331,7 @@ bool equalStringsUsingConversionTable(QStringView a, QStringView b, ConversionTa
 
 namespace {
 
-template<typename Map>
-bool equalUnits(QStringView a, QStringView b, Map map)
+template <typename Map> bool equalUnits(QStringView a, QStringView b, Map map)
 {
     if (a.size() != b.size())
         return false;
@@ -330,7 +357,8 @@ struct UpperAscii
 
 bool rangeOf(QStringView s, qsizetype location, qsizetype length, const QString &other, QStringView *out)
 {
-    if (other.isNull() || location < 0 || length < 0 || location > s.size() || length > s.size() - location || other.size() != length)
+    if (other.isNull() || location < 0 || length < 0 || location > s.size() || length > s.size() - location
+        || other.size() != length)
         return false;
     *out = s.sliced(location, length);
     return true;
@@ -368,13 +396,16 @@ bool rangeIsEqualToNoCase(QStringView s, qsizetype location, qsizetype length, c
 bool rangeIsAsciiEqualToNoCase(QStringView s, qsizetype location, qsizetype length, const QString &other)
 {
     QStringView r;
-    return rangeOf(s, location, length, other, &r) && equalUnits(r, other, UpperAscii { umlautsCharsTable() });
+    return rangeOf(s, location, length, other, &r)
+        && equalUnits(r, other, UpperAscii { umlautsCharsTable() });
 }
 
-bool rangeIsNonUmlautedEqualToNoCase(QStringView s, qsizetype location, qsizetype length, const QString &other)
+bool rangeIsNonUmlautedEqualToNoCase(
+    QStringView s, qsizetype location, qsizetype length, const QString &other)
 {
     QStringView r;
-    return rangeOf(s, location, length, other, &r) && equalUnits(r, other, Through { upperUmlautsCharsTable() });
+    return rangeOf(s, location, length, other, &r)
+        && equalUnits(r, other, Through { upperUmlautsCharsTable() });
 }
 
 bool hasPrefixNoCase(QStringView s, const QString &prefix)

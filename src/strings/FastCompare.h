@@ -19,35 +19,48 @@ qsizetype fastCompareUnicharsWithChars(const char16_t *a, qsizetype aLen, const 
 /// Difference of the first differing signed bytes, else the length difference.
 qsizetype fastCompareChars(const char *a, qsizetype aLen, const char *b, qsizetype bLen);
 /// Compares table[a[i]] with table[b[i]]; a null table compares the raw units.
-qsizetype fastCompareUnicharsUsingConversionTable(const char16_t *a, qsizetype aLen, const char16_t *b, qsizetype bLen, ConversionTable table);
+qsizetype fastCompareUnicharsUsingConversionTable(
+    const char16_t *a, qsizetype aLen, const char16_t *b, qsizetype bLen, ConversionTable table);
 /// Compares through upperCharsTable.
-qsizetype fastCaseInsensitiveCompareUnichars(const char16_t *a, qsizetype aLen, const char16_t *b, qsizetype bLen);
-qsizetype fastCaseInsensitiveCompareUnicharsWithChars(const char16_t *a, qsizetype aLen, const char *b, qsizetype bLen);
+qsizetype fastCaseInsensitiveCompareUnichars(
+    const char16_t *a, qsizetype aLen, const char16_t *b, qsizetype bLen);
+qsizetype fastCaseInsensitiveCompareUnicharsWithChars(
+    const char16_t *a, qsizetype aLen, const char *b, qsizetype bLen);
 qsizetype fastCaseInsensitiveCompareChars(const char *a, qsizetype aLen, const char *b, qsizetype bLen);
 
 /// The first unit of the leftmost occurrence of needle in hay, or null (also for an empty needle
 /// or one longer than hay).
-const char16_t *fastContainsUnichars(const char16_t *hay, qsizetype hayLen, const char16_t *needle, qsizetype needleLen);
+const char16_t *fastContainsUnichars(
+    const char16_t *hay, qsizetype hayLen, const char16_t *needle, qsizetype needleLen);
 /// The same through upperCharsTable; the needle is mapped once.
-const char16_t *fastCaseInsensitiveContainsUnichars(const char16_t *hay, qsizetype hayLen, const char16_t *needle, qsizetype needleLen);
-const char16_t *fastUnicharsContainChars(const char16_t *hay, qsizetype hayLen, const char *needle, qsizetype needleLen);
-const char16_t *fastCaseInsensitiveUnicharsContainChars(const char16_t *hay, qsizetype hayLen, const char *needle, qsizetype needleLen);
+const char16_t *fastCaseInsensitiveContainsUnichars(
+    const char16_t *hay, qsizetype hayLen, const char16_t *needle, qsizetype needleLen);
+const char16_t *fastUnicharsContainChars(
+    const char16_t *hay, qsizetype hayLen, const char *needle, qsizetype needleLen);
+const char16_t *fastCaseInsensitiveUnicharsContainChars(
+    const char16_t *hay, qsizetype hayLen, const char *needle, qsizetype needleLen);
 
 /// The byte needle's leftmost occurrence in the units, or null.
-const char16_t *positionOfCharacters(const char *needle, qsizetype needleLen, const char16_t *hay, qsizetype hayLen, bool caseSensitive);
+const char16_t *positionOfCharacters(
+    const char *needle, qsizetype needleLen, const char16_t *hay, qsizetype hayLen, bool caseSensitive);
 qsizetype compareCharacters(const char16_t *a, qsizetype aLen, const char16_t *b, qsizetype bLen);
 qsizetype compareCharacters(const char16_t *a, qsizetype aLen, const char *b, qsizetype bLen);
-qsizetype caseInsensitiveCompareCharacters(const char16_t *a, qsizetype aLen, const char16_t *b, qsizetype bLen);
+qsizetype caseInsensitiveCompareCharacters(
+    const char16_t *a, qsizetype aLen, const char16_t *b, qsizetype bLen);
 qsizetype caseInsensitiveCompareCharacters(const char16_t *a, qsizetype aLen, const char *b, qsizetype bLen);
 
 // Comparisons that look only at the members of a rep: every other unit is skipped on both sides,
 // so 'a-b-c' equals 'abc' under the alpha-numeric rep. No-case forms compare through upperCharsTable.
 // The prefix forms are true when the second array's members are a prefix of the first's.
 
-bool equalCharsOfCharacterSetRep(const char16_t *a, qsizetype aLen, const char16_t *b, qsizetype bLen, CharacterSetRep rep);
-bool equalCharsNoCaseOfCharacterSetRep(const char16_t *a, qsizetype aLen, const char16_t *b, qsizetype bLen, CharacterSetRep rep);
-bool hasPrefixCharsOfCharacterSetRep(const char16_t *a, qsizetype aLen, const char16_t *b, qsizetype bLen, CharacterSetRep rep);
-bool hasPrefixCharsNoCaseOfCharacterSetRep(const char16_t *a, qsizetype aLen, const char16_t *b, qsizetype bLen, CharacterSetRep rep);
+bool equalCharsOfCharacterSetRep(
+    const char16_t *a, qsizetype aLen, const char16_t *b, qsizetype bLen, CharacterSetRep rep);
+bool equalCharsNoCaseOfCharacterSetRep(
+    const char16_t *a, qsizetype aLen, const char16_t *b, qsizetype bLen, CharacterSetRep rep);
+bool hasPrefixCharsOfCharacterSetRep(
+    const char16_t *a, qsizetype aLen, const char16_t *b, qsizetype bLen, CharacterSetRep rep);
+bool hasPrefixCharsNoCaseOfCharacterSetRep(
+    const char16_t *a, qsizetype aLen, const char16_t *b, qsizetype bLen, CharacterSetRep rep);
 bool equalStringsUsingCharacterSetRep(QStringView a, QStringView b, CharacterSetRep rep);
 bool equalStringsNoCaseUsingCharacterSetRep(QStringView a, QStringView b, CharacterSetRep rep);
 bool hasPrefixUsingCharacterSetRep(QStringView a, QStringView b, CharacterSetRep rep);
@@ -70,7 +83,8 @@ bool isNonUmlautedEqualToStringNoCase(QStringView s, const QString &other);
 bool rangeIsEqualTo(QStringView s, qsizetype location, qsizetype length, const QString &other);
 bool rangeIsEqualToNoCase(QStringView s, qsizetype location, qsizetype length, const QString &other);
 bool rangeIsAsciiEqualToNoCase(QStringView s, qsizetype location, qsizetype length, const QString &other);
-bool rangeIsNonUmlautedEqualToNoCase(QStringView s, qsizetype location, qsizetype length, const QString &other);
+bool rangeIsNonUmlautedEqualToNoCase(
+    QStringView s, qsizetype location, qsizetype length, const QString &other);
 /// False for a missing or empty prefix or one longer than the receiver.
 bool hasPrefixNoCase(QStringView s, const QString &prefix);
 bool hasSuffixNoCase(QStringView s, const QString &suffix);

@@ -13,19 +13,21 @@ const RepBits &wordSeparatorBits()
     static const RepBits rep = [] {
         RepBits r;
         r.addWhere(detail::isWhitespaceAndNewlineClass);
-        r.add({ 0x0020, 0x002C, 0x002E, 0x003B, 0x003A, 0x0027, 0x0022, 0x0021, 0x003F, 0x0028, 0x0029, 0x003D, 0x002F,
-                0x005C, 0x002A, 0x002B, 0x002D, 0x005F, 0x0025, 0x2030, 0x0026, 0x007B, 0x007D, 0x005B, 0x005D, 0x007C,
-                0x003C, 0x003E, 0x0023, 0x0040, 0x005E, 0x00B4, 0x0060, 0x2018, 0x2019, 0x201A, 0x201C, 0x201D, 0x00A8,
-                0x201E, 0x00A7, 0x00AB, 0x00BB, 0x00A9, 0x00AE, 0x2039, 0x203A, 0x00B1, 0x2014, 0x02C6, 0x2122, 0x00BD,
-                0x00BC, 0x00B9, 0x00B2, 0x00B3, 0x00B0, 0x00A6, 0x007E, 0xFFFD, 0x00A4, 0x000C, 0x00A0, 0x000A, 0x000D,
-                0x2028, 0x2029, 0x0003, 0xFFFC, 0x0009, 0xFEFF, 0x2013, 0x0000 });
+        r.add({ 0x0020, 0x002C, 0x002E, 0x003B, 0x003A, 0x0027, 0x0022, 0x0021, 0x003F, 0x0028, 0x0029,
+            0x003D, 0x002F, 0x005C, 0x002A, 0x002B, 0x002D, 0x005F, 0x0025, 0x2030, 0x0026, 0x007B, 0x007D,
+            0x005B, 0x005D, 0x007C, 0x003C, 0x003E, 0x0023, 0x0040, 0x005E, 0x00B4, 0x0060, 0x2018, 0x2019,
+            0x201A, 0x201C, 0x201D, 0x00A8, 0x201E, 0x00A7, 0x00AB, 0x00BB, 0x00A9, 0x00AE, 0x2039, 0x203A,
+            0x00B1, 0x2014, 0x02C6, 0x2122, 0x00BD, 0x00BC, 0x00B9, 0x00B2, 0x00B3, 0x00B0, 0x00A6, 0x007E,
+            0xFFFD, 0x00A4, 0x000C, 0x00A0, 0x000A, 0x000D, 0x2028, 0x2029, 0x0003, 0xFFFC, 0x0009, 0xFEFF,
+            0x2013, 0x0000 });
         // Surrogate halves and the upper private-use area; each range stops one short of its last
         // unit (U+DFFF and U+F8FF stay word units), a bound that is kept as it is.
         r.addRange(0xD800, 0xDFFE);
         r.addRange(0xF400, 0xF8FE);
         for (char32_t c = 0; c < 0xFFFF; ++c) {
             const char16_t u = char16_t(c);
-            if (detail::isPunctuationClass(u) || detail::isIllegalClass(u) || detail::isControlClass(u) || detail::isSymbolClass(u))
+            if (detail::isPunctuationClass(u) || detail::isIllegalClass(u) || detail::isControlClass(u)
+                || detail::isSymbolClass(u))
                 r.add(u);
         }
         return r;
@@ -37,13 +39,17 @@ const RepBits &componentSeparatorBits()
 {
     static const RepBits rep = [] {
         RepBits r;
-        r.add({ u'.', u',', u':', u';', u'!', u'?', 0x000A, 0x000D, 0x000C, 0xFFFC, 0xFEFF, 0x2029, 0x2028, 0x0003 });
+        r.add({ u'.', u',', u':', u';', u'!', u'?', 0x000A, 0x000D, 0x000C, 0xFFFC, 0xFEFF, 0x2029, 0x2028,
+            0x0003 });
         return r;
     }();
     return rep;
 }
 
-inline bool isAsciiDigit(char16_t c) { return c >= u'0' && c <= u'9'; }
+inline bool isAsciiDigit(char16_t c)
+{
+    return c >= u'0' && c <= u'9';
+}
 
 // The break rule shared by words and components.
 inline bool isBreak(const char16_t *s, qsizetype n, qsizetype i, CharacterSetRep set)
@@ -58,8 +64,9 @@ inline bool isBreak(const char16_t *s, qsizetype n, qsizetype i, CharacterSetRep
 
 // Calls word(start, end) for every word of at least minLen units and, in separator mode,
 // separator(start, end) for every run of breaks. Answers whether any break was seen.
-template<typename Word, typename Separator>
-bool scanWords(const char16_t *s, qsizetype n, CharacterSetRep set, bool withSeparators, int minLen, bool wildcard, Word word, Separator separator)
+template <typename Word, typename Separator>
+bool scanWords(const char16_t *s, qsizetype n, CharacterSetRep set, bool withSeparators, int minLen,
+    bool wildcard, Word word, Separator separator)
 {
     if (minLen < 1)
         minLen = 1;
@@ -97,7 +104,7 @@ bool scanWords(const char16_t *s, qsizetype n, CharacterSetRep set, bool withSep
     return sawBreak;
 }
 
-template<typename Component>
+template <typename Component>
 qsizetype scanComponents(const char16_t *s, qsizetype n, CharacterSetRep set, Component component)
 {
     qsizetype count = 0;
@@ -129,8 +136,14 @@ bool validRange(QStringView s, qsizetype location, qsizetype length)
 
 } // namespace
 
-CharacterSetRep defaultWordSeparators() { return wordSeparatorBits().data(); }
-CharacterSetRep defaultComponentSeparators() { return componentSeparatorBits().data(); }
+CharacterSetRep defaultWordSeparators()
+{
+    return wordSeparatorBits().data();
+}
+CharacterSetRep defaultComponentSeparators()
+{
+    return componentSeparatorBits().data();
+}
 
 CharacterSetRep defaultSentenceSeparators()
 {
@@ -161,8 +174,8 @@ void initSeparators()
     defaultLineSeparators();
 }
 
-qsizetype wordsOfCharacters(const char16_t *units, qsizetype length, CharacterSetRep separators, bool withSeparators, int minLen, bool wildcard,
-                            QList<SeparationRange> *ranges)
+qsizetype wordsOfCharacters(const char16_t *units, qsizetype length, CharacterSetRep separators,
+    bool withSeparators, int minLen, bool wildcard, QList<SeparationRange> *ranges)
 {
     if (!units || length <= 0)
         return 0;
@@ -189,7 +202,8 @@ qsizetype numberOfWordsOfCharacters(const char16_t *units, qsizetype length)
     return wordsOfCharacters(units, length, nullptr, false, 1, false, nullptr);
 }
 
-QStringList wordsUsingSeparators(const QString &s, CharacterSetRep separators, bool withSeparators, int minLen, bool wildcard, bool *hyphenated)
+QStringList wordsUsingSeparators(const QString &s, CharacterSetRep separators, bool withSeparators,
+    int minLen, bool wildcard, bool *hyphenated)
 {
     if (hyphenated)
         *hyphenated = false;
@@ -224,7 +238,8 @@ QStringList wordsUsingSeparators(const QString &s, CharacterSetRep separators, b
     return out;
 }
 
-QStringList wordsUsingSeparators(const QString &s, CharacterSetRep separators, bool withSeparators, int minLen)
+QStringList wordsUsingSeparators(
+    const QString &s, CharacterSetRep separators, bool withSeparators, int minLen)
 {
     return wordsUsingSeparators(s, separators, withSeparators, minLen, false, nullptr);
 }
@@ -244,14 +259,16 @@ qsizetype numberOfWordsUsingDefaultSeparation(QStringView s, int minLen)
     return numberOfWordsUsingSeparators(s, nullptr, minLen, false);
 }
 
-qsizetype numberOfWordsInRange(QStringView s, qsizetype location, qsizetype length, CharacterSetRep separators, int minLen)
+qsizetype numberOfWordsInRange(
+    QStringView s, qsizetype location, qsizetype length, CharacterSetRep separators, int minLen)
 {
     if (!validRange(s, location, length))
         return 0;
     return numberOfWordsUsingSeparators(s.sliced(location, length), separators, minLen, false);
 }
 
-qsizetype componentsOfCharacters(const char16_t *units, qsizetype length, CharacterSetRep separators, QList<SeparationRange> *ranges)
+qsizetype componentsOfCharacters(
+    const char16_t *units, qsizetype length, CharacterSetRep separators, QList<SeparationRange> *ranges)
 {
     if (!units || length <= 0)
         return 0;
@@ -276,30 +293,36 @@ QStringList componentsUsingSeparators(const QString &s, CharacterSetRep separato
     if (!separators)
         separators = defaultComponentSeparators();
     out.reserve(s.size() / 16);
-    scanComponents(QStringView(s).utf16(), s.size(), separators, [&](qsizetype a, qsizetype breakAt, qsizetype end) {
-        if (breakAt > a)
-            out.append(s.mid(a, breakAt - a));
-        if (withSeparators && end > breakAt)
-            out.append(s.mid(breakAt, end - breakAt));
-    });
+    scanComponents(
+        QStringView(s).utf16(), s.size(), separators, [&](qsizetype a, qsizetype breakAt, qsizetype end) {
+            if (breakAt > a)
+                out.append(s.mid(a, breakAt - a));
+            if (withSeparators && end > breakAt)
+                out.append(s.mid(breakAt, end - breakAt));
+        });
     return out;
 }
 
-QStringList componentsUsingDefaultSeparation(const QString &s) { return componentsUsingSeparators(s, nullptr, false); }
+QStringList componentsUsingDefaultSeparation(const QString &s)
+{
+    return componentsUsingSeparators(s, nullptr, false);
+}
 
 qsizetype numberOfComponentsUsingSeparators(QStringView s, CharacterSetRep separators)
 {
     return componentsOfCharacters(s.utf16(), s.size(), separators, nullptr);
 }
 
-qsizetype numberOfComponentsInRange(QStringView s, qsizetype location, qsizetype length, CharacterSetRep separators)
+qsizetype numberOfComponentsInRange(
+    QStringView s, qsizetype location, qsizetype length, CharacterSetRep separators)
 {
     if (!validRange(s, location, length))
         return 0;
     return numberOfComponentsUsingSeparators(s.sliced(location, length), separators);
 }
 
-qsizetype numberOfParagraphs(QStringView s, qsizetype *words, qsizetype location, qsizetype length, int minLen)
+qsizetype numberOfParagraphs(
+    QStringView s, qsizetype *words, qsizetype location, qsizetype length, int minLen)
 {
     if (words)
         *words = 0;
@@ -344,7 +367,8 @@ QString stringByEllipsizingAfterNWords(const QString &s, qsizetype k)
     if (k <= 0 || s.size() <= k)
         return s;
     QList<SeparationRange> ranges;
-    const qsizetype count = wordsOfCharacters(QStringView(s).utf16(), s.size(), nullptr, false, 1, false, &ranges);
+    const qsizetype count
+        = wordsOfCharacters(QStringView(s).utf16(), s.size(), nullptr, false, 1, false, &ranges);
     if (count <= k)
         return s;
     const SeparationRange &last = ranges.at(k - 1);
@@ -357,7 +381,14 @@ QString stringByEllipsizingNLines(const QString &s, qsizetype lines, qsizetype k
         return s;
     auto isLineBreak = [](char16_t c) {
         switch (c) {
-        case 0x000A: case 0x000D: case 0x000C: case 0x0003: case 0xFFFC: case 0xFEFF: case 0x2028: case 0x2029:
+        case 0x000A:
+        case 0x000D:
+        case 0x000C:
+        case 0x0003:
+        case 0xFFFC:
+        case 0xFEFF:
+        case 0x2028:
+        case 0x2029:
             return true;
         default:
             return false;

@@ -41,8 +41,8 @@ void initSeparators();
 /// the scan jump to the next "]" so a bracket class never splits a word. With withSeparators every
 /// run of breaks follows its word as a record flagged with SeparatorRangeFlag. Appends to ranges
 /// when given; answers the number of records (words and separator runs).
-qsizetype wordsOfCharacters(const char16_t *units, qsizetype length, CharacterSetRep separators, bool withSeparators, int minLen, bool wildcard,
-                            QList<SeparationRange> *ranges);
+qsizetype wordsOfCharacters(const char16_t *units, qsizetype length, CharacterSetRep separators,
+    bool withSeparators, int minLen, bool wildcard, QList<SeparationRange> *ranges);
 /// The number of words under the default word separators, minimum length 1.
 qsizetype numberOfWordsOfCharacters(const char16_t *units, qsizetype length);
 
@@ -50,29 +50,36 @@ qsizetype numberOfWordsOfCharacters(const char16_t *units, qsizetype length);
 /// no break at all and s is long enough the list holds s itself. *hyphenated (optional) is set when
 /// at least two words were found and either every word ended at a "-" ('well-known') or every word
 /// ended at a "." and each is a single letter ('U.S.A').
-QStringList wordsUsingSeparators(const QString &s, CharacterSetRep separators, bool withSeparators, int minLen, bool wildcard, bool *hyphenated);
-QStringList wordsUsingSeparators(const QString &s, CharacterSetRep separators, bool withSeparators = false, int minLen = 1);
+QStringList wordsUsingSeparators(const QString &s, CharacterSetRep separators, bool withSeparators,
+    int minLen, bool wildcard, bool *hyphenated);
+QStringList wordsUsingSeparators(
+    const QString &s, CharacterSetRep separators, bool withSeparators = false, int minLen = 1);
 QStringList wordsUsingDefaultSeparation(const QString &s, bool *hyphenated = nullptr);
 qsizetype numberOfWordsUsingSeparators(QStringView s, CharacterSetRep separators, int minLen, bool wildcard);
 qsizetype numberOfWordsUsingDefaultSeparation(QStringView s, int minLen = 1);
 /// Words in [location, location + length) of s; 0 for a range outside s.
-qsizetype numberOfWordsInRange(QStringView s, qsizetype location, qsizetype length, CharacterSetRep separators, int minLen);
+qsizetype numberOfWordsInRange(
+    QStringView s, qsizetype location, qsizetype length, CharacterSetRep separators, int minLen);
 
 /// Components: each runs through the break that ends it and every break right after (a sentence
 /// keeps its closing punctuation); the text after the last break is the last one. Null separators
 /// mean the default component separators. Appends to ranges when given; answers the count.
-qsizetype componentsOfCharacters(const char16_t *units, qsizetype length, CharacterSetRep separators, QList<SeparationRange> *ranges);
+qsizetype componentsOfCharacters(
+    const char16_t *units, qsizetype length, CharacterSetRep separators, QList<SeparationRange> *ranges);
 qsizetype numberOfComponentsOfCharacters(const char16_t *units, qsizetype length, CharacterSetRep separators);
 /// The component strings without their break runs (empty ones left out), or with withSeparators
 /// each break run following its component as its own string.
-QStringList componentsUsingSeparators(const QString &s, CharacterSetRep separators, bool withSeparators = false);
+QStringList componentsUsingSeparators(
+    const QString &s, CharacterSetRep separators, bool withSeparators = false);
 QStringList componentsUsingDefaultSeparation(const QString &s);
 qsizetype numberOfComponentsUsingSeparators(QStringView s, CharacterSetRep separators);
-qsizetype numberOfComponentsInRange(QStringView s, qsizetype location, qsizetype length, CharacterSetRep separators);
+qsizetype numberOfComponentsInRange(
+    QStringView s, qsizetype location, qsizetype length, CharacterSetRep separators);
 
 /// Counts the paragraphs (the lines, between default line separators, that are not blank) and,
 /// through *words, the words (default separators, minLen) of [location, location + length).
-qsizetype numberOfParagraphs(QStringView s, qsizetype *words, qsizetype location, qsizetype length, int minLen);
+qsizetype numberOfParagraphs(
+    QStringView s, qsizetype *words, qsizetype location, qsizetype length, int minLen);
 
 /// Cut at the last word boundary before position k, with "..." appended; the receiver when k is 0,
 /// k is not below the length, or there is no earlier boundary.

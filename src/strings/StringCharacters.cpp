@@ -25,8 +25,7 @@ QString mapUnits(const QString &s, ConversionTable table)
     return out;
 }
 
-template<typename Map>
-QString asciiMapped(const QString &s, Map map)
+template <typename Map> QString asciiMapped(const QString &s, Map map)
 {
     if (s.isEmpty())
         return s;
@@ -48,12 +47,30 @@ QString stringByApplyingConversionTable(const QString &s, ConversionTable table)
     return mapUnits(s, table);
 }
 
-QString nonUmlautedString(const QString &s) { return s.isEmpty() ? s : mapUnits(s, umlautsCharsTable()); }
-QString lowercaseNonUmlautedString(const QString &s) { return s.isEmpty() ? s : mapUnits(s, lowerUmlautsCharsTable()); }
-QString uppercaseNonUmlautedString(const QString &s) { return s.isEmpty() ? s : mapUnits(s, upperUmlautsCharsTable()); }
-QString asciiString(const QString &s) { return asciiMapped(s, toAscii); }
-QString lowercaseAsciiString(const QString &s) { return asciiMapped(s, toLowerAscii); }
-QString uppercaseAsciiString(const QString &s) { return asciiMapped(s, toUpperAscii); }
+QString nonUmlautedString(const QString &s)
+{
+    return s.isEmpty() ? s : mapUnits(s, umlautsCharsTable());
+}
+QString lowercaseNonUmlautedString(const QString &s)
+{
+    return s.isEmpty() ? s : mapUnits(s, lowerUmlautsCharsTable());
+}
+QString uppercaseNonUmlautedString(const QString &s)
+{
+    return s.isEmpty() ? s : mapUnits(s, upperUmlautsCharsTable());
+}
+QString asciiString(const QString &s)
+{
+    return asciiMapped(s, toAscii);
+}
+QString lowercaseAsciiString(const QString &s)
+{
+    return asciiMapped(s, toLowerAscii);
+}
+QString uppercaseAsciiString(const QString &s)
+{
+    return asciiMapped(s, toUpperAscii);
+}
 
 QString optimizedString(const QString &s)
 {
@@ -97,8 +114,7 @@ bool isAsciiString(QStringView s)
 
 namespace {
 
-template<typename Pred>
-bool allUnits(QStringView s, Pred pred)
+template <typename Pred> bool allUnits(QStringView s, Pred pred)
 {
     const char16_t *u = QStringView(s).utf16();
     for (qsizetype i = 0; i < s.size(); ++i)
@@ -159,23 +175,68 @@ bool charactersPartOfSet(const char16_t *units, qsizetype length, CharacterSetRe
     return true;
 }
 
-bool containsCharacterPartOfCharacterSetRep(QStringView s, CharacterSetRep rep) { return characterPartOfSet(s.utf16(), s.size(), rep); }
-bool containsAlphaNumCharacter(QStringView s) { return containsCharacterPartOfCharacterSetRep(s, alphaNumCharacterSetRep()); }
-bool containsAlphaCharacter(QStringView s) { return containsCharacterPartOfCharacterSetRep(s, alphaCharacterSetRep()); }
-bool containsWhiteCharacter(QStringView s) { return containsCharacterPartOfCharacterSetRep(s, whiteCharacterSetRep()); }
-bool containsDigitCharacter(QStringView s) { return containsCharacterPartOfCharacterSetRep(s, digitCharacterSetRep()); }
+bool containsCharacterPartOfCharacterSetRep(QStringView s, CharacterSetRep rep)
+{
+    return characterPartOfSet(s.utf16(), s.size(), rep);
+}
+bool containsAlphaNumCharacter(QStringView s)
+{
+    return containsCharacterPartOfCharacterSetRep(s, alphaNumCharacterSetRep());
+}
+bool containsAlphaCharacter(QStringView s)
+{
+    return containsCharacterPartOfCharacterSetRep(s, alphaCharacterSetRep());
+}
+bool containsWhiteCharacter(QStringView s)
+{
+    return containsCharacterPartOfCharacterSetRep(s, whiteCharacterSetRep());
+}
+bool containsDigitCharacter(QStringView s)
+{
+    return containsCharacterPartOfCharacterSetRep(s, digitCharacterSetRep());
+}
 
-qsizetype countCharactersPartOfCharacterSetRep(QStringView s, CharacterSetRep rep) { return countCharactersPartOfSet(s.utf16(), s.size(), rep); }
-qsizetype countAlphaNumCharacters(QStringView s) { return countCharactersPartOfCharacterSetRep(s, alphaNumCharacterSetRep()); }
-qsizetype countAlphaCharacters(QStringView s) { return countCharactersPartOfCharacterSetRep(s, alphaCharacterSetRep()); }
-qsizetype countWhiteCharacters(QStringView s) { return countCharactersPartOfCharacterSetRep(s, whiteCharacterSetRep()); }
-qsizetype countDigitCharacters(QStringView s) { return countCharactersPartOfCharacterSetRep(s, digitCharacterSetRep()); }
+qsizetype countCharactersPartOfCharacterSetRep(QStringView s, CharacterSetRep rep)
+{
+    return countCharactersPartOfSet(s.utf16(), s.size(), rep);
+}
+qsizetype countAlphaNumCharacters(QStringView s)
+{
+    return countCharactersPartOfCharacterSetRep(s, alphaNumCharacterSetRep());
+}
+qsizetype countAlphaCharacters(QStringView s)
+{
+    return countCharactersPartOfCharacterSetRep(s, alphaCharacterSetRep());
+}
+qsizetype countWhiteCharacters(QStringView s)
+{
+    return countCharactersPartOfCharacterSetRep(s, whiteCharacterSetRep());
+}
+qsizetype countDigitCharacters(QStringView s)
+{
+    return countCharactersPartOfCharacterSetRep(s, digitCharacterSetRep());
+}
 
-bool isSpaceString(QStringView s) { return charactersPartOfSet(s.utf16(), s.size(), spaceCharacterSetRep(), true); }
-bool isWhiteString(QStringView s) { return charactersPartOfSet(s.utf16(), s.size(), whiteCharacterSetRep(), true); }
-bool isDigitString(QStringView s) { return charactersPartOfSet(s.utf16(), s.size(), digitCharacterSetRep(), false); }
-bool isAlphaString(QStringView s) { return charactersPartOfSet(s.utf16(), s.size(), alphaCharacterSetRep(), false); }
-bool isAlphaNumString(QStringView s) { return charactersPartOfSet(s.utf16(), s.size(), alphaNumCharacterSetRep(), false); }
+bool isSpaceString(QStringView s)
+{
+    return charactersPartOfSet(s.utf16(), s.size(), spaceCharacterSetRep(), true);
+}
+bool isWhiteString(QStringView s)
+{
+    return charactersPartOfSet(s.utf16(), s.size(), whiteCharacterSetRep(), true);
+}
+bool isDigitString(QStringView s)
+{
+    return charactersPartOfSet(s.utf16(), s.size(), digitCharacterSetRep(), false);
+}
+bool isAlphaString(QStringView s)
+{
+    return charactersPartOfSet(s.utf16(), s.size(), alphaCharacterSetRep(), false);
+}
+bool isAlphaNumString(QStringView s)
+{
+    return charactersPartOfSet(s.utf16(), s.size(), alphaNumCharacterSetRep(), false);
+}
 
 bool onlyWhiteCharacters(const char16_t *units, qsizetype length)
 {
@@ -198,7 +259,10 @@ bool isMashedWordCharacters(const char16_t *units, qsizetype length)
     return isCharacterPartOfSet(upper, units[i]) && isCharacterPartOfSet(lower, units[i + 1]);
 }
 
-bool isMashedWord(QStringView s) { return isMashedWordCharacters(s.utf16(), s.size()); }
+bool isMashedWord(QStringView s)
+{
+    return isMashedWordCharacters(s.utf16(), s.size());
+}
 
 bool containsCharacters(QStringView s, unsigned mask)
 {
@@ -208,15 +272,32 @@ bool containsCharacters(QStringView s, unsigned mask)
     unsigned seen = 0;
     for (QChar qc : s) {
         switch (qc.unicode()) {
-        case u'.': seen |= ContainsDot; break;
-        case u'@': seen |= ContainsAt; break;
-        case u'/': seen |= ContainsSlash; break;
-        case u'?': seen |= ContainsQuestionMark; break;
-        case u';': seen |= ContainsSemicolon; break;
-        case u'_': seen |= ContainsUnderscore; break;
-        case u'*': seen |= ContainsAsterisk; break;
-        case u'$': seen |= ContainsDollar; break;
-        default: continue;
+        case u'.':
+            seen |= ContainsDot;
+            break;
+        case u'@':
+            seen |= ContainsAt;
+            break;
+        case u'/':
+            seen |= ContainsSlash;
+            break;
+        case u'?':
+            seen |= ContainsQuestionMark;
+            break;
+        case u';':
+            seen |= ContainsSemicolon;
+            break;
+        case u'_':
+            seen |= ContainsUnderscore;
+            break;
+        case u'*':
+            seen |= ContainsAsterisk;
+            break;
+        case u'$':
+            seen |= ContainsDollar;
+            break;
+        default:
+            continue;
         }
         if ((seen & mask) == mask)
             return true;

@@ -11,7 +11,14 @@ namespace {
 bool isConfigLineBreak(char16_t c)
 {
     switch (c) {
-    case 0x000A: case 0x000D: case 0x000C: case 0x0003: case 0xFFFC: case 0xFEFF: case 0x2028: case 0x2029:
+    case 0x000A:
+    case 0x000D:
+    case 0x000C:
+    case 0x0003:
+    case 0xFFFC:
+    case 0xFEFF:
+    case 0x2028:
+    case 0x2029:
         return true;
     default:
         return false;
@@ -34,8 +41,7 @@ QString trimmedBy(const QString &s, CharacterSetRep rep)
 }
 
 // Yields every line of s between default line separators, CR LF being one break.
-template<typename Visit>
-void forEachLine(QStringView s, Visit visit)
+template <typename Visit> void forEachLine(QStringView s, Visit visit)
 {
     const CharacterSetRep breaks = defaultLineSeparators();
     qsizetype start = 0;
@@ -117,7 +123,10 @@ QString stringByRotating(const QString &s, int n)
     return out;
 }
 
-QString stringByRotating13(const QString &s) { return stringByRotating(s, 13); }
+QString stringByRotating13(const QString &s)
+{
+    return stringByRotating(s, 13);
+}
 
 bool countLT(QStringView s, qsizetype *lt, qsizetype *gt)
 {
@@ -149,9 +158,18 @@ QString stringByTrimmingQuotes(const QString &s)
     return s.mid(a, b - a);
 }
 
-QString stringByTrimmingWhiteSpaces(const QString &s) { return trimmedBy(s, whiteCharacterSetRep()); }
-QString stringByTrimmingSpaces(const QString &s) { return trimmedBy(s, spaceCharacterSetRep()); }
-QString stringByTrimmingCharactersInRep(const QString &s, CharacterSetRep rep) { return trimmedBy(s, rep); }
+QString stringByTrimmingWhiteSpaces(const QString &s)
+{
+    return trimmedBy(s, whiteCharacterSetRep());
+}
+QString stringByTrimmingSpaces(const QString &s)
+{
+    return trimmedBy(s, spaceCharacterSetRep());
+}
+QString stringByTrimmingCharactersInRep(const QString &s, CharacterSetRep rep)
+{
+    return trimmedBy(s, rep);
+}
 
 QString stringByRemovingDigits(const QString &s)
 {
@@ -186,7 +204,10 @@ QString stringByReplacingString(const QString &s, QStringView from, QStringView 
     return out;
 }
 
-qsizetype countCharacter(QStringView s, char16_t ch) { return s.count(QChar(ch)); }
+qsizetype countCharacter(QStringView s, char16_t ch)
+{
+    return s.count(QChar(ch));
+}
 
 qsizetype findOneOf(QStringView s, QStringView chars)
 {
@@ -196,8 +217,14 @@ qsizetype findOneOf(QStringView s, QStringView chars)
     return NotFound;
 }
 
-char16_t firstCharacter(QStringView s) { return s.isEmpty() ? 0 : s.front().unicode(); }
-char16_t lastCharacter(QStringView s) { return s.isEmpty() ? 0 : s.back().unicode(); }
+char16_t firstCharacter(QStringView s)
+{
+    return s.isEmpty() ? 0 : s.front().unicode();
+}
+char16_t lastCharacter(QStringView s)
+{
+    return s.isEmpty() ? 0 : s.back().unicode();
+}
 
 QStringList lines(const QString &s)
 {

@@ -62,7 +62,7 @@ const char16_t *matchClass(const char16_t *p, const char16_t *pe, char16_t t)
 // recent "*" ever needs to be retried one unit further on: the earliest match of each stretch
 // between stars leaves the most text for the rest. This answers what trying every split would,
 // in O(text x pattern) time and without recursion, so hostile patterns cannot exhaust the stack.
-template<bool Unix, typename Map>
+template <bool Unix, typename Map>
 bool matches(const char16_t *t, const char16_t *te, const char16_t *p, const char16_t *pe, Map map)
 {
     const char16_t *starP = nullptr;
@@ -114,7 +114,8 @@ bool entry(QStringView text, QStringView pattern, bool unixDialect, bool caseIns
     const char16_t *te = t + text.size();
     if (!caseInsensitive) {
         const char16_t *p = pattern.utf16();
-        return unixDialect ? stringMatchesUnixWildcard(t, te, p, p + pattern.size()) : stringMatchesWildcard(t, te, p, p + pattern.size());
+        return unixDialect ? stringMatchesUnixWildcard(t, te, p, p + pattern.size())
+                           : stringMatchesWildcard(t, te, p, p + pattern.size());
     }
     lowerCharsTable();
     const ConversionTable upper = upperCharsTable();
@@ -124,38 +125,53 @@ bool entry(QStringView text, QStringView pattern, bool unixDialect, bool caseIns
     prepareWildcardUsingUnicharTable(mapped.data(), mapped.data() + mapped.size(), upper);
     const char16_t *p = mapped.constData();
     const char16_t *pe = p + mapped.size();
-    return unixDialect ? stringMatchesUnixWildcardUsingUnicharTable(t, te, p, pe, upper) : stringMatchesWildcardUsingUnicharTable(t, te, p, pe, upper);
+    return unixDialect ? stringMatchesUnixWildcardUsingUnicharTable(t, te, p, pe, upper)
+                       : stringMatchesWildcardUsingUnicharTable(t, te, p, pe, upper);
 }
 
 std::atomic<double> fuzzyAnalogy { 0.75 };
 
 } // namespace
 
-bool isLikeWildcard(QStringView text, QStringView pattern) { return entry(text, pattern, false, false); }
-bool isCaseInsensitiveLikeWildcard(QStringView text, QStringView pattern) { return entry(text, pattern, false, true); }
-bool isLikeUnixWildcard(QStringView text, QStringView pattern) { return entry(text, pattern, true, false); }
-bool isCaseInsensitiveLikeUnixWildcard(QStringView text, QStringView pattern) { return entry(text, pattern, true, true); }
+bool isLikeWildcard(QStringView text, QStringView pattern)
+{
+    return entry(text, pattern, false, false);
+}
+bool isCaseInsensitiveLikeWildcard(QStringView text, QStringView pattern)
+{
+    return entry(text, pattern, false, true);
+}
+bool isLikeUnixWildcard(QStringView text, QStringView pattern)
+{
+    return entry(text, pattern, true, false);
+}
+bool isCaseInsensitiveLikeUnixWildcard(QStringView text, QStringView pattern)
+{
+    return entry(text, pattern, true, true);
+}
 
-bool stringMatchesWildcard(const char16_t *text, const char16_t *textEnd, const char16_t *pattern, const char16_t *patternEnd)
+bool stringMatchesWildcard(
+    const char16_t *text, const char16_t *textEnd, const char16_t *pattern, const char16_t *patternEnd)
 {
     return matches<false>(text, textEnd, pattern, patternEnd, Raw {});
 }
 
-bool stringMatchesWildcardUsingUnicharTable(const char16_t *text, const char16_t *textEnd, const char16_t *pattern, const char16_t *patternEnd,
-                                            ConversionTable table)
+bool stringMatchesWildcardUsingUnicharTable(const char16_t *text, const char16_t *textEnd,
+    const char16_t *pattern, const char16_t *patternEnd, ConversionTable table)
 {
     if (!table)
         return stringMatchesWildcard(text, textEnd, pattern, patternEnd);
     return matches<false>(text, textEnd, pattern, patternEnd, Through { table });
 }
 
-bool stringMatchesUnixWildcard(const char16_t *text, const char16_t *textEnd, const char16_t *pattern, const char16_t *patternEnd)
+bool stringMatchesUnixWildcard(
+    const char16_t *text, const char16_t *textEnd, const char16_t *pattern, const char16_t *patternEnd)
 {
     return matches<true>(text, textEnd, pattern, patternEnd, Raw {});
 }
 
-bool stringMatchesUnixWildcardUsingUnicharTable(const char16_t *text, const char16_t *textEnd, const char16_t *pattern, const char16_t *patternEnd,
-                                                ConversionTable table)
+bool stringMatchesUnixWildcardUsingUnicharTable(const char16_t *text, const char16_t *textEnd,
+    const char16_t *pattern, const char16_t *patternEnd, ConversionTable table)
 {
     if (!table)
         return stringMatchesUnixWildcard(text, textEnd, pattern, patternEnd);
@@ -286,7 +302,10 @@ qsizetype maxWildcardLen(const char16_t *begin, const char16_t *end)
     return minWildcardLen(begin, end);
 }
 
-qsizetype wildcardLength(QStringView pattern) { return minWildcardLen(pattern.utf16(), pattern.utf16() + pattern.size()); }
+qsizetype wildcardLength(QStringView pattern)
+{
+    return minWildcardLen(pattern.utf16(), pattern.utf16() + pattern.size());
+}
 
 ConversionTable unicharTableForWildcardComparison(int options)
 {
@@ -315,8 +334,14 @@ bool isUnicharTablePartOfConversionTable(ConversionTable a, ConversionTable b)
     return a == umlautsCharsTable() && (b == lowerUmlautsCharsTable() || b == upperUmlautsCharsTable());
 }
 
-double minWildcardFuzzyAnalogy() { return fuzzyAnalogy.load(std::memory_order_relaxed); }
-void setMinWildcardFuzzyAnalogy(double value) { fuzzyAnalogy.store(value, std::memory_order_relaxed); }
+double minWildcardFuzzyAnalogy()
+{
+    return fuzzyAnalogy.load(std::memory_order_relaxed);
+}
+void setMinWildcardFuzzyAnalogy(double value)
+{
+    fuzzyAnalogy.store(value, std::memory_order_relaxed);
+}
 
 CharacterSetRep defaultWildcardSeparators()
 {
@@ -335,10 +360,19 @@ QStringList wordsUsingWildcardSeparation(const QString &s, bool *hyphenated)
     return wordsUsingSeparators(s, defaultWildcardSeparators(), false, 1, true, hyphenated);
 }
 
-qsizetype numberOfWordsUsingWildcardSeparation(QStringView s) { return numberOfWordsUsingSeparators(s, defaultWildcardSeparators(), 1, true); }
+qsizetype numberOfWordsUsingWildcardSeparation(QStringView s)
+{
+    return numberOfWordsUsingSeparators(s, defaultWildcardSeparators(), 1, true);
+}
 
-void initWildcardSeparators() { defaultWildcardSeparators(); }
-void initWildcardTables() { upperUmlautsCharsTable(); }
+void initWildcardSeparators()
+{
+    defaultWildcardSeparators();
+}
+void initWildcardTables()
+{
+    upperUmlautsCharsTable();
+}
 
 void initSeparatorsAndTables()
 {

@@ -24,28 +24,30 @@ bool isCaseInsensitiveLikeUnixWildcard(QStringView text, QStringView pattern);
 // Matchers on [begin, end) unit arrays. The table forms map every text unit through table at
 // comparison time; the pattern must already be mapped (prepareWildcardUsingUnicharTable).
 
-bool stringMatchesWildcard(const char16_t *text, const char16_t *textEnd, const char16_t *pattern, const char16_t *patternEnd);
-bool stringMatchesWildcardUsingUnicharTable(const char16_t *text, const char16_t *textEnd, const char16_t *pattern, const char16_t *patternEnd,
-                                            ConversionTable table);
-bool stringMatchesUnixWildcard(const char16_t *text, const char16_t *textEnd, const char16_t *pattern, const char16_t *patternEnd);
-bool stringMatchesUnixWildcardUsingUnicharTable(const char16_t *text, const char16_t *textEnd, const char16_t *pattern, const char16_t *patternEnd,
-                                                ConversionTable table);
+bool stringMatchesWildcard(
+    const char16_t *text, const char16_t *textEnd, const char16_t *pattern, const char16_t *patternEnd);
+bool stringMatchesWildcardUsingUnicharTable(const char16_t *text, const char16_t *textEnd,
+    const char16_t *pattern, const char16_t *patternEnd, ConversionTable table);
+bool stringMatchesUnixWildcard(
+    const char16_t *text, const char16_t *textEnd, const char16_t *pattern, const char16_t *patternEnd);
+bool stringMatchesUnixWildcardUsingUnicharTable(const char16_t *text, const char16_t *textEnd,
+    const char16_t *pattern, const char16_t *patternEnd, ConversionTable table);
 /// Maps every pattern unit through table in place (a null table leaves it).
 void prepareWildcardUsingUnicharTable(char16_t *begin, char16_t *end, ConversionTable table);
 
 /// The pattern shapes that wildcardType() tells apart, so that callers can pick a cheaper comparison.
 enum WildcardType : int {
-    WildcardLiteral = 0,          ///< no "*", no "?", no class
-    WildcardQuestionMarks = 1,    ///< "?" marks only
-    WildcardPrefix = 2,           ///< 'abc*'
-    WildcardSuffix = 3,           ///< '*abc'
-    WildcardContains = 4,         ///< '*abc*'
-    WildcardGeneral = 5,          ///< any other pattern with "*" and without classes
-    WildcardClassesGeneral = 6,   ///< classes with several "*" or one in the middle
-    WildcardClassesPrefix = 7,    ///< classes and one "*" at the end
-    WildcardClassesSuffix = 8,    ///< classes and one "*" at the start
-    WildcardClasses = 9,          ///< classes without "*"
-    WildcardInvalid = 10,         ///< invalid, or no literal unit at all
+    WildcardLiteral = 0, ///< no "*", no "?", no class
+    WildcardQuestionMarks = 1, ///< "?" marks only
+    WildcardPrefix = 2, ///< 'abc*'
+    WildcardSuffix = 3, ///< '*abc'
+    WildcardContains = 4, ///< '*abc*'
+    WildcardGeneral = 5, ///< any other pattern with "*" and without classes
+    WildcardClassesGeneral = 6, ///< classes with several "*" or one in the middle
+    WildcardClassesPrefix = 7, ///< classes and one "*" at the end
+    WildcardClassesSuffix = 8, ///< classes and one "*" at the start
+    WildcardClasses = 9, ///< classes without "*"
+    WildcardInvalid = 10, ///< invalid, or no literal unit at all
 };
 
 /// Compacts the pattern in place (runs of "*" become one, "|" leaves classes) and answers its type.

@@ -15,7 +15,9 @@ struct TableCase
     char16_t lower, upper, umlauts, lowerUmlauts, upperUmlauts;
 };
 
-class ConversionTables : public ::testing::TestWithParam<TableCase> {};
+class ConversionTables : public ::testing::TestWithParam<TableCase>
+{
+};
 
 TEST_P(ConversionTables, EntryMatchesItsRule)
 {
@@ -27,25 +29,24 @@ TEST_P(ConversionTables, EntryMatchesItsRule)
     EXPECT_EQ(int(upperUmlautsCharsTable()[c.unit]), int(c.upperUmlauts));
 }
 
-INSTANTIATE_TEST_SUITE_P(TrickyUnits, ConversionTables, ::testing::Values(
-    TableCase { u'a', u'a', u'A', u'a', u'a', u'A' },
-    TableCase { u'A', u'a', u'A', u'A', u'a', u'A' },
-    TableCase { u'7', u'7', u'7', u'7', u'7', u'7' },
-    TableCase { 0x00E4, 0x00E4, 0x00C4, u'a', u'a', u'A' },    // ä
-    TableCase { 0x00C9, 0x00E9, 0x00C9, u'E', u'e', u'E' },    // É
-    TableCase { 0x00D8, 0x00F8, 0x00D8, 0x00D8, 0x00F8, 0x00D8 }, // Ø has no decomposition
-    TableCase { 0x00DF, 0x00DF, 0x00DF, 0x00DF, 0x00DF, 0x00DF }, // ß upper-cases to "SS": kept
-    TableCase { 0x0130, 0x0130, 0x0130, u'I', u'i', u'I' },    // İ lower-cases to two units: kept
-    TableCase { 0xFB01, 0xFB01, 0xFB01, 0xFB01, 0xFB01, 0xFB01 }, // ﬁ upper-cases to "FI": kept
-    TableCase { 0x01C5, 0x01C5, 0x01C5, 0x01C5, 0x01C5, 0x01C5 }, // ǅ title case: in neither case class
-    TableCase { 0x01C4, 0x01C6, 0x01C4, 0x01C4, 0x01C6, 0x01C4 }, // Ǆ
-    TableCase { 0x0149, 0x0149, 0x0149, 0x0149, 0x0149, 0x0149 }, // ŉ upper-cases to two units
-    TableCase { 0x03C2, 0x03C2, 0x03A3, 0x03C2, 0x03C2, 0x03A3 }, // final sigma
-    TableCase { 0x0301, 0x0301, 0x0301, 0x0301, 0x0301, 0x0301 }, // a lone combining mark keeps its entry
-    TableCase { 0xD800, 0xD800, 0xD800, 0xD800, 0xD800, 0xD800 }, // surrogate halves are single units
-    TableCase { 0xDFFF, 0xDFFF, 0xDFFF, 0xDFFF, 0xDFFF, 0xDFFF },
-    TableCase { 0xFF21, 0xFF41, 0xFF21, 0xFF21, 0xFF41, 0xFF21 }, // full-width A
-    TableCase { 0xFFFF, 0xFFFF, 0xFFFF, 0xFFFF, 0xFFFF, 0xFFFF }));
+INSTANTIATE_TEST_SUITE_P(TrickyUnits, ConversionTables,
+    ::testing::Values(TableCase { u'a', u'a', u'A', u'a', u'a', u'A' },
+        TableCase { u'A', u'a', u'A', u'A', u'a', u'A' }, TableCase { u'7', u'7', u'7', u'7', u'7', u'7' },
+        TableCase { 0x00E4, 0x00E4, 0x00C4, u'a', u'a', u'A' }, // ä
+        TableCase { 0x00C9, 0x00E9, 0x00C9, u'E', u'e', u'E' }, // É
+        TableCase { 0x00D8, 0x00F8, 0x00D8, 0x00D8, 0x00F8, 0x00D8 }, // Ø has no decomposition
+        TableCase { 0x00DF, 0x00DF, 0x00DF, 0x00DF, 0x00DF, 0x00DF }, // ß upper-cases to "SS": kept
+        TableCase { 0x0130, 0x0130, 0x0130, u'I', u'i', u'I' }, // İ lower-cases to two units: kept
+        TableCase { 0xFB01, 0xFB01, 0xFB01, 0xFB01, 0xFB01, 0xFB01 }, // ﬁ upper-cases to "FI": kept
+        TableCase { 0x01C5, 0x01C5, 0x01C5, 0x01C5, 0x01C5, 0x01C5 }, // ǅ title case: in neither case class
+        TableCase { 0x01C4, 0x01C6, 0x01C4, 0x01C4, 0x01C6, 0x01C4 }, // Ǆ
+        TableCase { 0x0149, 0x0149, 0x0149, 0x0149, 0x0149, 0x0149 }, // ŉ upper-cases to two units
+        TableCase { 0x03C2, 0x03C2, 0x03A3, 0x03C2, 0x03C2, 0x03A3 }, // final sigma
+        TableCase { 0x0301, 0x0301, 0x0301, 0x0301, 0x0301, 0x0301 }, // a lone combining mark keeps its entry
+        TableCase { 0xD800, 0xD800, 0xD800, 0xD800, 0xD800, 0xD800 }, // surrogate halves are single units
+        TableCase { 0xDFFF, 0xDFFF, 0xDFFF, 0xDFFF, 0xDFFF, 0xDFFF },
+        TableCase { 0xFF21, 0xFF41, 0xFF21, 0xFF21, 0xFF41, 0xFF21 }, // full-width A
+        TableCase { 0xFFFF, 0xFFFF, 0xFFFF, 0xFFFF, 0xFFFF, 0xFFFF }));
 
 struct ReppedUnit
 {
@@ -53,7 +54,9 @@ struct ReppedUnit
     bool space, white, alpha, alphaNum, digit, lower, upper;
 };
 
-class CharacterSetReps : public ::testing::TestWithParam<ReppedUnit> {};
+class CharacterSetReps : public ::testing::TestWithParam<ReppedUnit>
+{
+};
 
 TEST_P(CharacterSetReps, MembershipFollowsTheClasses)
 {
@@ -68,6 +71,7 @@ TEST_P(CharacterSetReps, MembershipFollowsTheClasses)
     EXPECT_FALSE(isCharacterPartOfSet(emptyCharacterSetRep(), c.unit));
 }
 
+// clang-format off
 INSTANTIATE_TEST_SUITE_P(Units, CharacterSetReps, ::testing::Values(
     //            unit   space  white  alpha  alnum  digit  lower  upper
     ReppedUnit { u' ',   true,  true,  false, false, false, false, false },
@@ -88,6 +92,7 @@ INSTANTIATE_TEST_SUITE_P(Units, CharacterSetReps, ::testing::Values(
     ReppedUnit { 0x00BD, false, false, false, true,  false, false, false }, // ½ is a number, not a digit
     ReppedUnit { u'-',   false, false, false, false, false, false, false },
     ReppedUnit { 0xD834, false, false, false, false, false, false, false }));
+// clang-format on
 
 TEST(CharacterSetReps, BitLayoutIsByteCShiftThreeBitCAndSeven)
 {
@@ -126,7 +131,9 @@ struct AsciiCase
     char16_t unit, ascii, lowerAscii, upperAscii;
 };
 
-class AsciiMappings : public ::testing::TestWithParam<AsciiCase> {};
+class AsciiMappings : public ::testing::TestWithParam<AsciiCase>
+{
+};
 
 TEST_P(AsciiMappings, FoldThenAsciiOrSpace)
 {
@@ -136,16 +143,15 @@ TEST_P(AsciiMappings, FoldThenAsciiOrSpace)
     EXPECT_EQ(int(toUpperAscii(c.unit)), int(c.upperAscii));
 }
 
-INSTANTIATE_TEST_SUITE_P(Units, AsciiMappings, ::testing::Values(
-    AsciiCase { 0x00E4, u'a', u'a', u'A' },
-    AsciiCase { 0x00DF, u' ', u' ', u' ' },
-    AsciiCase { 0x00C7, u'C', u'c', u'C' },
-    AsciiCase { u'x', u'x', u'x', u'X' },
-    AsciiCase { 0x4E2D, u' ', u' ', u' ' }));
+INSTANTIATE_TEST_SUITE_P(Units, AsciiMappings,
+    ::testing::Values(AsciiCase { 0x00E4, u'a', u'a', u'A' }, AsciiCase { 0x00DF, u' ', u' ', u' ' },
+        AsciiCase { 0x00C7, u'C', u'c', u'C' }, AsciiCase { u'x', u'x', u'x', u'X' },
+        AsciiCase { 0x4E2D, u' ', u' ', u' ' }));
 
 TEST(EncodingConverters, RoundTripUtf8AndRefuseWhatDoesNotFit)
 {
-    const char text[] = "Gr\xC3\xBC\xC3\x9F" "e";
+    const char text[] = "Gr\xC3\xBC\xC3\x9F"
+                        "e";
     char16_t units[16];
     ASSERT_EQ(convertUTF8ToUnicode(text, qsizetype(sizeof text - 1), units, 16), 5);
     EXPECT_EQ(units[2], 0x00FC);

@@ -10,7 +10,10 @@ using namespace orvel;
 
 namespace {
 
-const char16_t *units(const QString &s) { return QStringView(s).utf16(); }
+const char16_t *units(const QString &s)
+{
+    return QStringView(s).utf16();
+}
 
 TEST(FastCompare, DifferenceAtFirstMismatchElseLengthDifference)
 {
@@ -38,8 +41,11 @@ TEST(FastCompare, CaseInsensitiveGoesThroughUpperTable)
     EXPECT_NE(fastCaseInsensitiveCompareUnichars(units(a), a.size(), units(b), b.size()), 0);
     EXPECT_EQ(fastCaseInsensitiveCompareUnicharsWithChars(units(d), d.size(), "STRASSE", 7), 0);
     EXPECT_EQ(fastCaseInsensitiveCompareChars("Hello", 5, "hELLO", 5), 0);
-    EXPECT_EQ(fastCompareUnicharsUsingConversionTable(units(a), a.size(), units(c), c.size(), nullptr), 't' - 'T');
-    EXPECT_EQ(fastCompareUnicharsUsingConversionTable(units(a), a.size(), units(c), c.size(), upperCharsTable()), 0);
+    EXPECT_EQ(
+        fastCompareUnicharsUsingConversionTable(units(a), a.size(), units(c), c.size(), nullptr), 't' - 'T');
+    EXPECT_EQ(
+        fastCompareUnicharsUsingConversionTable(units(a), a.size(), units(c), c.size(), upperCharsTable()),
+        0);
 }
 
 TEST(FastContains, LeftmostOccurrenceOrNull)
@@ -62,14 +68,16 @@ TEST(FastContains, MatchAtTheVeryEndAndLongNeedleOffTheStack)
     QString hay(1000, u'x');
     hay += QString(300, u'y');
     const QString needle = QString(1, u'X') + QString(300, u'Y');
-    EXPECT_EQ(fastCaseInsensitiveContainsUnichars(units(hay), hay.size(), units(needle), needle.size()), units(hay) + 999);
+    EXPECT_EQ(fastCaseInsensitiveContainsUnichars(units(hay), hay.size(), units(needle), needle.size()),
+        units(hay) + 999);
 }
 
 TEST(FastContains, LongSearchesFindTheSameLeftmostOccurrenceAsAScan)
 {
     // A tiny alphabet with units that share a low byte ('a' U+0061, 'š' U+0161 ...) or map to ASCII so that
     // the skip table's collisions are exercised.
-    const char16_t alphabet[] = { u'a', u'A', 0x0161, 0x0160, u'b', 0x0162, u's', u'S', 0x017F }; // ſ upper-cases to 'S'
+    const char16_t alphabet[]
+        = { u'a', u'A', 0x0161, 0x0160, u'b', 0x0162, u's', u'S', 0x017F }; // ſ upper-cases to 'S'
     QRandomGenerator rng(99);
     const ConversionTable upper = upperCharsTable();
     for (int round = 0; round < 3000; ++round) {
@@ -87,7 +95,8 @@ TEST(FastContains, LongSearchesFindTheSameLeftmostOccurrenceAsAScan)
             if (k == needleLen)
                 expected = hay.data() + i;
         }
-        ASSERT_EQ(fastCaseInsensitiveContainsUnichars(hay.data(), hayLen, needle.data(), needleLen), expected) << round;
+        ASSERT_EQ(fastCaseInsensitiveContainsUnichars(hay.data(), hayLen, needle.data(), needleLen), expected)
+            << round;
     }
 }
 
@@ -97,7 +106,9 @@ struct RepCase
     bool equal, equalNoCase, prefix, prefixNoCase;
 };
 
-class RepComparison : public ::testing::TestWithParam<RepCase> {};
+class RepComparison : public ::testing::TestWithParam<RepCase>
+{
+};
 
 TEST_P(RepComparison, SkipsNonMembersOnBothSides)
 {
@@ -110,15 +121,14 @@ TEST_P(RepComparison, SkipsNonMembersOnBothSides)
     EXPECT_EQ(hasPrefixNoCaseUsingCharacterSetRep(a, b, rep), c.prefixNoCase);
 }
 
-INSTANTIATE_TEST_SUITE_P(AlphaNum, RepComparison, ::testing::Values(
-    RepCase { u"a-b", u"ab", true, true, true, true },
-    RepCase { u"a-b-c", u"abc", true, true, true, true },
-    RepCase { u"abc", u"a-b", false, false, true, true },
-    RepCase { u"a-b", u"abc", false, false, false, false },
-    RepCase { u"A.B", u"ab", false, true, false, true },
-    RepCase { u"", u"", true, true, true, true },
-    RepCase { u"--", u"", true, true, true, true },
-    RepCase { u"ab", u"ax", false, false, false, false }));
+INSTANTIATE_TEST_SUITE_P(AlphaNum, RepComparison,
+    ::testing::Values(RepCase { u"a-b", u"ab", true, true, true, true },
+        RepCase { u"a-b-c", u"abc", true, true, true, true },
+        RepCase { u"abc", u"a-b", false, false, true, true },
+        RepCase { u"a-b", u"abc", false, false, false, false },
+        RepCase { u"A.B", u"ab", false, true, false, true }, RepCase { u"", u"", true, true, true, true },
+        RepCase { u"--", u"", true, true, true, true },
+        RepCase { u"ab", u"ax", false, false, false, false }));
 
 TEST(EqualStrings, ConversionTableAndLengths)
 {
@@ -161,26 +171,26 @@ struct FindCase
     qsizetype expected;
 };
 
-class FindCharacter : public ::testing::TestWithParam<FindCase> {};
+class FindCharacter : public ::testing::TestWithParam<FindCase>
+{
+};
 
 TEST_P(FindCharacter, KeepsTheUpperCaseQuirk)
 {
     const FindCase c = GetParam();
     EXPECT_EQ(findCharacter(QStringView(c.text), c.ch, c.start, c.caseInsensitive), c.expected);
-    EXPECT_EQ(containsCharacter(QStringView(c.text), c.ch, c.start, c.caseInsensitive), c.expected != NotFound);
+    EXPECT_EQ(
+        containsCharacter(QStringView(c.text), c.ch, c.start, c.caseInsensitive), c.expected != NotFound);
 }
 
-INSTANTIATE_TEST_SUITE_P(Cases, FindCharacter, ::testing::Values(
-    FindCase { u"bat", u'a', 0, false, NotFound }, // case-sensitive 'a' looks for 'A'
-    FindCase { u"bAt", u'a', 0, false, 1 },
-    FindCase { u"bat", u'a', 0, true, 1 },
-    FindCase { u"bAt", u'a', 0, true, 1 },
-    FindCase { u"bAt", u'A', 0, false, 1 },
-    FindCase { u"bat", u'A', 0, false, NotFound },
-    FindCase { u"a.b.c", u'.', 2, false, 3 },     // no case: exact
-    FindCase { u"a.b.c", u'.', 5, false, NotFound },
-    FindCase { u"a.b.c", u'.', 99, false, NotFound },
-    FindCase { u"", u'.', 0, false, NotFound },
-    FindCase { u"straße", 0x00DF, 0, false, 4 })); // ß has no one-unit upper case
+INSTANTIATE_TEST_SUITE_P(Cases, FindCharacter,
+    ::testing::Values(FindCase { u"bat", u'a', 0, false, NotFound }, // case-sensitive 'a' looks for 'A'
+        FindCase { u"bAt", u'a', 0, false, 1 }, FindCase { u"bat", u'a', 0, true, 1 },
+        FindCase { u"bAt", u'a', 0, true, 1 }, FindCase { u"bAt", u'A', 0, false, 1 },
+        FindCase { u"bat", u'A', 0, false, NotFound },
+        FindCase { u"a.b.c", u'.', 2, false, 3 }, // no case: exact
+        FindCase { u"a.b.c", u'.', 5, false, NotFound }, FindCase { u"a.b.c", u'.', 99, false, NotFound },
+        FindCase { u"", u'.', 0, false, NotFound },
+        FindCase { u"straße", 0x00DF, 0, false, 4 })); // ß has no one-unit upper case
 
 } // namespace

@@ -71,24 +71,28 @@ TEST(StringPredicates, ClassesAndCounts)
     EXPECT_TRUE(containsWhiteCharacter(u"a\u2029"));
 }
 
-class MashedWord : public ::testing::TestWithParam<std::pair<const char16_t *, bool>> {};
+class MashedWord : public ::testing::TestWithParam<std::pair<const char16_t *, bool>>
+{
+};
 
 TEST_P(MashedWord, CapitalisedPartsRunTogether)
 {
     EXPECT_EQ(isMashedWord(GetParam().first), GetParam().second) << QString::fromUtf16(GetParam().first);
 }
 
-INSTANTIATE_TEST_SUITE_P(Words, MashedWord, ::testing::Values(
-    std::pair { u"McDonald", true }, std::pair { u"AbCd", true }, std::pair { u"McDo", true },
-    std::pair { u"Mac", false }, std::pair { u"McD", false }, std::pair { u"AbC", false },
-    std::pair { u"ABc", false }, std::pair { u"Abcd", false }, std::pair { u"ABcd", false },
-    std::pair { u"", false }));
+INSTANTIATE_TEST_SUITE_P(Words, MashedWord,
+    ::testing::Values(std::pair { u"McDonald", true }, std::pair { u"AbCd", true },
+        std::pair { u"McDo", true }, std::pair { u"Mac", false }, std::pair { u"McD", false },
+        std::pair { u"AbC", false }, std::pair { u"ABc", false }, std::pair { u"Abcd", false },
+        std::pair { u"ABcd", false }, std::pair { u"", false }));
 
 TEST(ContainsCharacters, EveryRequestedCharacterMustOccur)
 {
     EXPECT_TRUE(containsCharacters(u"a.b@c", ContainsDot | ContainsAt));
     EXPECT_FALSE(containsCharacters(u"a.b", ContainsDot | ContainsAt));
-    EXPECT_TRUE(containsCharacters(u"$x_*;?/", ContainsDollar | ContainsUnderscore | ContainsAsterisk | ContainsSemicolon | ContainsQuestionMark | ContainsSlash));
+    EXPECT_TRUE(containsCharacters(u"$x_*;?/",
+        ContainsDollar | ContainsUnderscore | ContainsAsterisk | ContainsSemicolon | ContainsQuestionMark
+            | ContainsSlash));
     EXPECT_FALSE(containsCharacters(u"a.b", 0));
     EXPECT_FALSE(containsCharacters(u"", ContainsDot));
 }

@@ -12,7 +12,8 @@ namespace {
 TEST(ConfigLines, CommentsBlankAndOneLetterLinesDropped)
 {
     EXPECT_EQ(configLines(u"a=1\n# c\n  b=2  \nx\n"), (QStringList { "a=1", "b=2" }));
-    EXPECT_EQ(configLines(u"one 1\r\ntwo 2\u2028\t# three\uFEFFfour 4"), (QStringList { "one 1", "two 2", "four 4" }));
+    EXPECT_EQ(configLines(u"one 1\r\ntwo 2\u2028\t# three\uFEFFfour 4"),
+        (QStringList { "one 1", "two 2", "four 4" }));
     EXPECT_EQ(configLines(u"  ab#c  "), QStringList { "ab#c" });
     EXPECT_TRUE(configLines(u"").isEmpty());
     EXPECT_TRUE(configLines(u"\n\n#\n").isEmpty());
@@ -24,7 +25,9 @@ struct ValueCase
     QString value; // null: no value
 };
 
-class ConfigValue : public ::testing::TestWithParam<ValueCase> {};
+class ConfigValue : public ::testing::TestWithParam<ValueCase>
+{
+};
 
 TEST_P(ConfigValue, KeyThenWhiteThenValue)
 {
@@ -34,15 +37,12 @@ TEST_P(ConfigValue, KeyThenWhiteThenValue)
     EXPECT_EQ(v, c.value);
 }
 
-INSTANTIATE_TEST_SUITE_P(Lines, ConfigValue, ::testing::Values(
-    ValueCase { u"Width 120", u"width", "120" },
-    ValueCase { u"WIDTH \t 120 px  ", u"width", "120 px" },
-    ValueCase { u"Width=120", u"width", QString() },
-    ValueCase { u"Widths 120", u"width", QString() },
-    ValueCase { u"Width   ", u"width", QString() },
-    ValueCase { u"Width", u"width", QString() },
-    ValueCase { u"Width 120", u"", QString() },
-    ValueCase { u"Height 120", u"width", QString() }));
+INSTANTIATE_TEST_SUITE_P(Lines, ConfigValue,
+    ::testing::Values(ValueCase { u"Width 120", u"width", "120" },
+        ValueCase { u"WIDTH \t 120 px  ", u"width", "120 px" },
+        ValueCase { u"Width=120", u"width", QString() }, ValueCase { u"Widths 120", u"width", QString() },
+        ValueCase { u"Width   ", u"width", QString() }, ValueCase { u"Width", u"width", QString() },
+        ValueCase { u"Width 120", u"", QString() }, ValueCase { u"Height 120", u"width", QString() }));
 
 TEST(Rotation, WithinEachCaseWrapping)
 {

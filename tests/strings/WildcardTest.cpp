@@ -16,7 +16,9 @@ struct MatchCase
     bool plain, plainNoCase, unix, unixNoCase;
 };
 
-class WildcardMatch : public ::testing::TestWithParam<MatchCase> {};
+class WildcardMatch : public ::testing::TestWithParam<MatchCase>
+{
+};
 
 TEST_P(WildcardMatch, AllFourEntryPoints)
 {
@@ -28,6 +30,7 @@ TEST_P(WildcardMatch, AllFourEntryPoints)
     EXPECT_EQ(isCaseInsensitiveLikeUnixWildcard(t, p), c.unixNoCase);
 }
 
+// clang-format off
 INSTANTIATE_TEST_SUITE_P(Cases, WildcardMatch, ::testing::Values(
     //          text           pattern          plain  plainCI unix   unixCI
     MatchCase { u"report.txt", u"*.txt",        true,  true,  true,  true },
@@ -55,10 +58,12 @@ INSTANTIATE_TEST_SUITE_P(Cases, WildcardMatch, ::testing::Values(
     MatchCase { u"abcabd",     u"*ab?",         true,  true,  true,  true },
     MatchCase { u"mississippi", u"m*iss*ppi",   true,  true,  true,  true },
     MatchCase { u"file10.jpg", u"file[0-9][0-9].*", false, false, true, true }));
+// clang-format on
 
 // The matchers are compared with a direct transcription of the recursive rules (try the rest of
 // the pattern at every text position after a "*") on many random patterns over a tiny alphabet.
-bool referenceMatch(const char16_t *t, const char16_t *te, const char16_t *p, const char16_t *pe, bool unixDialect)
+bool referenceMatch(
+    const char16_t *t, const char16_t *te, const char16_t *p, const char16_t *pe, bool unixDialect)
 {
     if (p == pe)
         return t == te;
@@ -129,7 +134,8 @@ TEST(WildcardMatch, AgreesWithTheRecursiveRulesOnRandomPatterns)
             const bool expected = referenceMatch(text, text + tn, pattern, pattern + pn, unixDialect);
             const bool got = unixDialect ? stringMatchesUnixWildcard(text, text + tn, pattern, pattern + pn)
                                          : stringMatchesWildcard(text, text + tn, pattern, pattern + pn);
-            ASSERT_EQ(got, expected) << QString::fromUtf16(text, tn) << " / " << QString::fromUtf16(pattern, pn) << (unixDialect ? " unix" : " plain");
+            ASSERT_EQ(got, expected) << QString::fromUtf16(text, tn) << " / "
+                                     << QString::fromUtf16(pattern, pn) << (unixDialect ? " unix" : " plain");
         }
     }
 }
@@ -144,20 +150,23 @@ TEST(WildcardMatch, HostilePatternsAnswerWithoutExhaustingStackOrTime)
     EXPECT_TRUE(isCaseInsensitiveLikeUnixWildcard(text, pattern + QStringLiteral("[B]")));
 }
 
-class WildcardTypes : public ::testing::TestWithParam<std::pair<const char16_t *, int>> {};
+class WildcardTypes : public ::testing::TestWithParam<std::pair<const char16_t *, int>>
+{
+};
 
 TEST_P(WildcardTypes, ClassifiesAfterCompaction)
 {
     EXPECT_EQ(wildcardType(GetParam().first), GetParam().second) << QString::fromUtf16(GetParam().first);
 }
 
-INSTANTIATE_TEST_SUITE_P(Patterns, WildcardTypes, ::testing::Values(
-    std::pair { u"abc", 0 }, std::pair { u"a?c", 1 }, std::pair { u"abc*", 2 }, std::pair { u"*abc", 3 },
-    std::pair { u"*abc*", 4 }, std::pair { u"a*c", 5 }, std::pair { u"a**c", 5 }, std::pair { u"*a?", 5 },
-    std::pair { u"*a*b*", 5 }, std::pair { u"[ab]*c*", 6 }, std::pair { u"[ab]*c", 6 }, std::pair { u"[ab]c*", 7 },
-    std::pair { u"*[ab]c", 8 }, std::pair { u"[ab]c", 9 }, std::pair { u"[ab]", 9 }, std::pair { u"a]", 10 },
-    std::pair { u"*", 10 }, std::pair { u"[a", 10 }, std::pair { u"[a[b]]", 10 }, std::pair { u"*[]*", 10 },
-    std::pair { u"[^]", 10 }, std::pair { u"???", 10 }, std::pair { u"", 0 }));
+INSTANTIATE_TEST_SUITE_P(Patterns, WildcardTypes,
+    ::testing::Values(std::pair { u"abc", 0 }, std::pair { u"a?c", 1 }, std::pair { u"abc*", 2 },
+        std::pair { u"*abc", 3 }, std::pair { u"*abc*", 4 }, std::pair { u"a*c", 5 },
+        std::pair { u"a**c", 5 }, std::pair { u"*a?", 5 }, std::pair { u"*a*b*", 5 },
+        std::pair { u"[ab]*c*", 6 }, std::pair { u"[ab]*c", 6 }, std::pair { u"[ab]c*", 7 },
+        std::pair { u"*[ab]c", 8 }, std::pair { u"[ab]c", 9 }, std::pair { u"[ab]", 9 },
+        std::pair { u"a]", 10 }, std::pair { u"*", 10 }, std::pair { u"[a", 10 }, std::pair { u"[a[b]]", 10 },
+        std::pair { u"*[]*", 10 }, std::pair { u"[^]", 10 }, std::pair { u"???", 10 }, std::pair { u"", 0 }));
 
 TEST(WildcardTypes, CompactionRewritesInPlaceAndGivesTheLiteralPart)
 {
@@ -210,7 +219,8 @@ TEST(WildcardSeparation, QueryWordsKeepTheirWildcards)
     for (char16_t c : { u'*', u'?', u'[', u']' })
         EXPECT_FALSE(isCharacterPartOfSet(seps, c));
     EXPECT_TRUE(isCharacterPartOfSet(seps, u'-'));
-    EXPECT_EQ(wordsUsingWildcardSeparation("find re*rt [a b]x? now"), QStringList({ "find", "re*rt", "[a b]x?", "now" }));
+    EXPECT_EQ(wordsUsingWildcardSeparation("find re*rt [a b]x? now"),
+        QStringList({ "find", "re*rt", "[a b]x?", "now" }));
     EXPECT_EQ(numberOfWordsUsingWildcardSeparation(u"find re*rt [a b]x? now"), 4);
 }
 
