@@ -1,0 +1,168 @@
+// Character-set reps and conversion tables: contents for the units that are easy to get wrong.
+#include "strings/CharacterTables.h"
+
+#include <QThread>
+#include <gtest/gtest.h>
+#include <vector>
+
+using namespace orvel;
+
+namespace {
+
+struct TableCase
+{
+    char16_t unit;
+    char16_t lower, upper, umlauts, lowerUmlauts, upperUmlauts;
+};
+
+class ConversionTables : public ::testing::TestWithParam<TableCase>
+{
+};
+
+TEST_P(ConversionTables, EntryMatchesItsRule)
+{
+    const TableCase c = GetParam();
+    EXPECT_EQ(int(lowerCharsTable()[c.unit]), int(c.lower));
+    EXPECT_EQ(int(upperCharsTable()[c.unit]), int(c.upper));
+    EXPECT_EQ(int(umlautsCharsTable()[c.unit]), int(c.umlauts));
+    EXPECT_EQ(int(lowerUmlautsCharsTable()[c.unit]), int(c.lowerUmlauts));
+    EXPECT_EQ(int(upperUmlautsCharsTable()[c.unit]), int(c.upperUmlauts));
+}
+
+INSTANTIATE_TEST_SUITE_P(TrickyUnits, ConversionTables,
+    ::testing::Values(TableCase { u'a', u'a', u'A', u'a', u'a', u'A' },
+        TableCase { u'A', u'a', u'A', u'A', u'a', u'A' }, TableCase { u'7', u'7', u'7', u'7', u'7', u'7' },
+        TableCase { 0x00E4, 0x00E4, 0x00C4, u'a', u'a', u'A' }, // ä
+        TableCase { 0x00C9, 0x00E9, 0x00C9, u'E', u'e', u'E' }, // É
+        TableCase { 0x00D8, 0x00F8, 0x00D8, 0x00D8, 0x00F8, 0x00D8 }, // Ø has no decomposition
+        TableCase { 0x00DF, 0x00DF, 0x00DF, 0x00DF, 0x00DF, 0x00DF }, // ß upper-cases to "SS": kept
+        TableCase { 0x0130, 0x0130, 0x0130, u'I', u'i', u'I' }, // İ lower-cases to two units: kept
+        TableCase { 0xFB01, 0xFB01, 0xFB01, 0xFB01, 0xFB01, 0xFB01 }, // ﬁ upper-cases to "FI": kept
+        TableCase { 0x01C5, 0x01C5, 0x01C5, 0x01C5, 0x01C5, 0x01C5 }, // ǅ title case: in neither case class
+        TableCase { 0x01C4, 0x01C6, 0x01C4, 0x01C4, 0x01C6, 0x01C4 }, // Ǆ
+        TableCase { 0x0149, 0x0149, 0x0149, 0x0149, 0x0149, 0x0149 }, // ŉ upper-cases to two units
+        TableCase { 0x03C2, 0x03C2, 0x03A3, 0x03C2, 0x03C2, 0x03A3 }, // final sigma
+        TableCase { 0x0301, 0x0301, 0x0301, 0x0301, 0x0301, 0x0301 }, // a lone combining mark keeps its entry
+        TableCase { 0xD800, 0xD800, 0xD800, 0xD800, 0xD800, 0xD800 }, // surrogate halves are single units
+        TableCase { 0xDFFF, 0xDFFF, 0xDFFF, 0xDFFF, 0xDFFF, 0xDFFF },
+        TableCase { 0xFF21, 0xFF41, 0xFF21, 0xFF21, 0xFF41, 0xFF21 }, // full-width A
+        TableCase { 0xFFFF, 0xFFFF, 0xFFFF, 0xFFFF, 0xFFFF, 0xFFFF }));
+
+struct ReppedUnit
+{
+    char16_t unit;
+    bool space, white, alpha, alphaNum, digit, lower, upper;
+};
+
+class CharacterSetReps : public ::testing::TestWithParam<ReppedUnit>
+{
+};
+
+TEST_P(CharacterSetReps, MembershipFollowsTheClasses)
+{
+    const ReppedUnit c = GetParam();
+    EXPECT_EQ(isCharacterPartOfSet(spaceCharacterSetRep(), c.unit), c.space);
+    EXPECT_EQ(isCharacterPartOfSet(whiteCharacterSetRep(), c.unit), c.white);
+    EXPECT_EQ(isCharacterPartOfSet(alphaCharacterSetRep(), c.unit), c.alpha);
+    EXPECT_EQ(isCharacterPartOfSet(alphaNumCharacterSetRep(), c.unit), c.alphaNum);
+    EXPECT_EQ(isCharacterPartOfSet(digitCharacterSetRep(), c.unit), c.digit);
+    EXPECT_EQ(isCharacterPartOfSet(lowerCharacterSetRep(), c.unit), c.lower);
+    EXPECT_EQ(isCharacterPartOfSet(upperCharacterSetRep(), c.unit), c.upper);
+    EXPECT_FALSE(isCharacterPartOfSet(emptyCharacterSetRep(), c.unit));
+}
+
+// clang-format off
+INSTANTIATE_TEST_SUITE_P(Units, CharacterSetReps, ::testing::Values(
+    //            unit   space  white  alpha  alnum  digit  lower  upper
+    ReppedUnit { u' ',   true,  true,  false, false, false, false, false },
+    ReppedUnit { 0x0000, true,  true,  false, false, false, false, false },
+    ReppedUnit { 0x0009, true,  true,  false, false, false, false, false },
+    ReppedUnit { 0x000A, false, true,  false, false, false, false, false },
+    ReppedUnit { 0x0003, false, true,  false, false, false, false, false },
+    ReppedUnit { 0xFFFC, false, true,  false, false, false, false, false },
+    ReppedUnit { 0xFEFF, false, true,  false, false, false, false, false },
+    ReppedUnit { 0x00A0, true,  true,  false, false, false, false, false },
+    ReppedUnit { 0x2028, false, true,  false, false, false, false, false },
+    ReppedUnit { u'q',   false, false, true,  true,  false, true,  false },
+    ReppedUnit { u'Q',   false, false, true,  true,  false, false, true },
+    ReppedUnit { 0x01C5, false, false, true,  true,  false, false, false },
+    ReppedUnit { 0x0301, false, false, true,  true,  false, false, false }, // marks count as letters
+    ReppedUnit { u'5',   false, false, false, true,  true,  false, false },
+    ReppedUnit { 0x0663, false, false, false, true,  true,  false, false }, // Arabic-Indic three
+    ReppedUnit { 0x00BD, false, false, false, true,  false, false, false }, // ½ is a number, not a digit
+    ReppedUnit { u'-',   false, false, false, false, false, false, false },
+    ReppedUnit { 0xD834, false, false, false, false, false, false, false }));
+// clang-format on
+
+TEST(CharacterSetReps, BitLayoutIsByteCShiftThreeBitCAndSeven)
+{
+    const CharacterSetRep digits = digitCharacterSetRep();
+    EXPECT_EQ(digits['0' >> 3], 0xFF); // '0'...'7' fill byte 6
+    EXPECT_EQ(digits['8' >> 3], 0x03); // '8' and '9' are bits 0 and 1 of byte 7
+}
+
+TEST(CharacterSetReps, SameRepPointerFromEveryThread)
+{
+    std::vector<CharacterSetRep> seen(4);
+    std::vector<QThread *> threads;
+    for (int i = 0; i < 4; ++i)
+        threads.push_back(QThread::create([&seen, i] { seen[size_t(i)] = whiteCharacterSetRep(); }));
+    for (QThread *t : threads)
+        t->start();
+    for (QThread *t : threads) {
+        t->wait();
+        delete t;
+    }
+    for (CharacterSetRep r : seen)
+        EXPECT_EQ(r, whiteCharacterSetRep());
+}
+
+TEST(CharacterSetReps, FirstAndLastAlphaCharacter)
+{
+    EXPECT_EQ(int(firstAlphaCharacter()), int(u'A'));
+    const char16_t last = lastAlphaCharacter();
+    EXPECT_TRUE(isCharacterPartOfSet(alphaCharacterSetRep(), last));
+    for (char32_t c = char32_t(last) + 1; c <= 0xFFFF; ++c)
+        ASSERT_FALSE(isCharacterPartOfSet(alphaCharacterSetRep(), char16_t(c))) << int(c);
+}
+
+struct AsciiCase
+{
+    char16_t unit, ascii, lowerAscii, upperAscii;
+};
+
+class AsciiMappings : public ::testing::TestWithParam<AsciiCase>
+{
+};
+
+TEST_P(AsciiMappings, FoldThenAsciiOrSpace)
+{
+    const AsciiCase c = GetParam();
+    EXPECT_EQ(int(toAscii(c.unit)), int(c.ascii));
+    EXPECT_EQ(int(toLowerAscii(c.unit)), int(c.lowerAscii));
+    EXPECT_EQ(int(toUpperAscii(c.unit)), int(c.upperAscii));
+}
+
+INSTANTIATE_TEST_SUITE_P(Units, AsciiMappings,
+    ::testing::Values(AsciiCase { 0x00E4, u'a', u'a', u'A' }, AsciiCase { 0x00DF, u' ', u' ', u' ' },
+        AsciiCase { 0x00C7, u'C', u'c', u'C' }, AsciiCase { u'x', u'x', u'x', u'X' },
+        AsciiCase { 0x4E2D, u' ', u' ', u' ' }));
+
+TEST(EncodingConverters, RoundTripUtf8AndRefuseWhatDoesNotFit)
+{
+    const char text[] = "Gr\xC3\xBC\xC3\x9F"
+                        "e";
+    char16_t units[16];
+    ASSERT_EQ(convertUTF8ToUnicode(text, qsizetype(sizeof text - 1), units, 16), 5);
+    EXPECT_EQ(units[2], 0x00FC);
+    char back[16];
+    ASSERT_EQ(convertUnicodeToUTF8(units, 5, back, 16), qsizetype(sizeof text - 1));
+    EXPECT_EQ(std::string(back, sizeof text - 1), std::string(text));
+    EXPECT_EQ(convertUTF8ToUnicode(text, qsizetype(sizeof text - 1), units, 3), 0);
+    EXPECT_EQ(convertUTF8ToUnicode("\xC3", 1, units, 16), 0);
+    EXPECT_EQ(convertEncodingToUnicode("ISO-8859-1", "\xE4", 1, units, 16), 1);
+    EXPECT_EQ(units[0], 0x00E4);
+    EXPECT_EQ(convertEncodingToUnicode("no-such-encoding", "a", 1, units, 16), 0);
+}
+
+} // namespace

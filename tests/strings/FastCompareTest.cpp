@@ -1,0 +1,196 @@
+// The fast comparison and search family on raw arrays and strings.
+#include "strings/FastCompare.h"
+
+#include <QRandomGenerator>
+#include <QString>
+#include <QVarLengthArray>
+#include <gtest/gtest.h>
+
+using namespace orvel;
+
+namespace {
+
+const char16_t *units(const QString &s)
+{
+    return QStringView(s).utf16();
+}
+
+TEST(FastCompare, DifferenceAtFirstMismatchElseLengthDifference)
+{
+    const QString abc = "abc", abd = "abd", ab = "ab";
+    EXPECT_EQ(fastCompareUnichars(units(abc), 3, units(abd), 3), 'c' - 'd');
+    EXPECT_EQ(fastCompareUnichars(units(abc), 3, units(ab), 2), 1);
+    EXPECT_EQ(fastCompareUnichars(units(ab), 2, units(abc), 3), -1);
+    EXPECT_EQ(fastCompareUnichars(units(abc), 3, units(abc), 3), 0);
+    EXPECT_EQ(fastCompareUnicharsWithChars(units(abc), 3, "abd", 3), -1);
+    EXPECT_EQ(fastCompareChars("b", 1, "a", 1), 1);
+}
+
+TEST(FastCompare, HighBytesWidenAsSignedValues)
+{
+    const char16_t ff80[] = { 0xFF80 };
+    EXPECT_EQ(fastCompareUnicharsWithChars(ff80, 1, "\x80", 1), 0);
+    // As signed bytes 0x80 (-128) sorts before 'a'.
+    EXPECT_LT(fastCompareChars("\x80", 1, "a", 1), 0);
+}
+
+TEST(FastCompare, CaseInsensitiveGoesThroughUpperTable)
+{
+    const QString a = "Straße", b = "STRASSE", c = "STRAßE", d = "strasse";
+    EXPECT_EQ(fastCaseInsensitiveCompareUnichars(units(a), a.size(), units(c), c.size()), 0);
+    EXPECT_NE(fastCaseInsensitiveCompareUnichars(units(a), a.size(), units(b), b.size()), 0);
+    EXPECT_EQ(fastCaseInsensitiveCompareUnicharsWithChars(units(d), d.size(), "STRASSE", 7), 0);
+    EXPECT_EQ(fastCaseInsensitiveCompareChars("Hello", 5, "hELLO", 5), 0);
+    EXPECT_EQ(
+        fastCompareUnicharsUsingConversionTable(units(a), a.size(), units(c), c.size(), nullptr), 't' - 'T');
+    EXPECT_EQ(
+        fastCompareUnicharsUsingConversionTable(units(a), a.size(), units(c), c.size(), upperCharsTable()),
+        0);
+}
+
+TEST(FastContains, LeftmostOccurrenceOrNull)
+{
+    const QString hay = "abcabcABC";
+    const QString bc = "bc", BC = "BC", empty = "", tooLong = "abcabcABCx";
+    EXPECT_EQ(fastContainsUnichars(units(hay), hay.size(), units(bc), 2), units(hay) + 1);
+    EXPECT_EQ(fastContainsUnichars(units(hay), hay.size(), units(BC), 2), units(hay) + 7);
+    EXPECT_EQ(fastCaseInsensitiveContainsUnichars(units(hay), hay.size(), units(BC), 2), units(hay) + 1);
+    EXPECT_EQ(fastContainsUnichars(units(hay), hay.size(), units(empty), 0), nullptr);
+    EXPECT_EQ(fastContainsUnichars(units(hay), hay.size(), units(tooLong), tooLong.size()), nullptr);
+    EXPECT_EQ(fastUnicharsContainChars(units(hay), hay.size(), "cA", 2), units(hay) + 5);
+    EXPECT_EQ(fastCaseInsensitiveUnicharsContainChars(units(hay), hay.size(), "CA", 2), units(hay) + 2);
+    EXPECT_EQ(positionOfCharacters("CA", 2, units(hay), hay.size(), true), nullptr);
+    EXPECT_EQ(positionOfCharacters("CA", 2, units(hay), hay.size(), false), units(hay) + 2);
+}
+
+TEST(FastContains, MatchAtTheVeryEndAndLongNeedleOffTheStack)
+{
+    QString hay(1000, u'x');
+    hay += QString(300, u'y');
+    const QString needle = QString(1, u'X') + QString(300, u'Y');
+    EXPECT_EQ(fastCaseInsensitiveContainsUnichars(units(hay), hay.size(), units(needle), needle.size()),
+        units(hay) + 999);
+}
+
+TEST(FastContains, LongSearchesFindTheSameLeftmostOccurrenceAsAScan)
+{
+    // A tiny alphabet with units that share a low byte ('a' U+0061, 'š' U+0161 ...) or map to ASCII so that
+    // the skip table's collisions are exercised.
+    const char16_t alphabet[]
+        = { u'a', u'A', 0x0161, 0x0160, u'b', 0x0162, u's', u'S', 0x017F }; // ſ upper-cases to 'S'
+    QRandomGenerator rng(99);
+    const ConversionTable upper = upperCharsTable();
+    for (int round = 0; round < 3000; ++round) {
+        const qsizetype hayLen = 200 + rng.bounded(600), needleLen = 4 + rng.bounded(6);
+        QVarLengthArray<char16_t, 1024> hay(hayLen), needle(needleLen);
+        for (char16_t &c : hay)
+            c = alphabet[rng.bounded(9)];
+        for (char16_t &c : needle)
+            c = alphabet[rng.bounded(9)];
+        const char16_t *expected = nullptr;
+        for (qsizetype i = 0; i + needleLen <= hayLen && !expected; ++i) {
+            qsizetype k = 0;
+            while (k < needleLen && upper[hay[i + k]] == upper[needle[k]])
+                ++k;
+            if (k == needleLen)
+                expected = hay.data() + i;
+        }
+        ASSERT_EQ(fastCaseInsensitiveContainsUnichars(hay.data(), hayLen, needle.data(), needleLen), expected)
+            << round;
+    }
+}
+
+struct RepCase
+{
+    const char16_t *a, *b;
+    bool equal, equalNoCase, prefix, prefixNoCase;
+};
+
+class RepComparison : public ::testing::TestWithParam<RepCase>
+{
+};
+
+TEST_P(RepComparison, SkipsNonMembersOnBothSides)
+{
+    const RepCase c = GetParam();
+    const CharacterSetRep rep = alphaNumCharacterSetRep();
+    const QStringView a(c.a), b(c.b);
+    EXPECT_EQ(equalStringsUsingCharacterSetRep(a, b, rep), c.equal);
+    EXPECT_EQ(equalStringsNoCaseUsingCharacterSetRep(a, b, rep), c.equalNoCase);
+    EXPECT_EQ(hasPrefixUsingCharacterSetRep(a, b, rep), c.prefix);
+    EXPECT_EQ(hasPrefixNoCaseUsingCharacterSetRep(a, b, rep), c.prefixNoCase);
+}
+
+INSTANTIATE_TEST_SUITE_P(AlphaNum, RepComparison,
+    ::testing::Values(RepCase { u"a-b", u"ab", true, true, true, true },
+        RepCase { u"a-b-c", u"abc", true, true, true, true },
+        RepCase { u"abc", u"a-b", false, false, true, true },
+        RepCase { u"a-b", u"abc", false, false, false, false },
+        RepCase { u"A.B", u"ab", false, true, false, true }, RepCase { u"", u"", true, true, true, true },
+        RepCase { u"--", u"", true, true, true, true },
+        RepCase { u"ab", u"ax", false, false, false, false }));
+
+TEST(EqualStrings, ConversionTableAndLengths)
+{
+    EXPECT_TRUE(equalStringsUsingConversionTable(u"Äpfel", u"äPFEL", upperCharsTable()));
+    EXPECT_FALSE(equalStringsUsingConversionTable(u"Äpfel", u"äPFEL", nullptr));
+    EXPECT_TRUE(equalStringsUsingConversionTable(u"Äpfel", u"apfel", lowerUmlautsCharsTable()));
+    EXPECT_FALSE(equalStringsUsingConversionTable(u"ab", u"abc", upperCharsTable()));
+    EXPECT_TRUE(equalStringsUsingConversionTable(QString(), u"", upperCharsTable()));
+}
+
+TEST(EqualStrings, NoCaseFamily)
+{
+    EXPECT_TRUE(isEqualToStringNoCase(u"Köln", "KÖLN"));
+    EXPECT_FALSE(isEqualToStringNoCase(u"Köln", "KOLN"));
+    EXPECT_FALSE(isEqualToStringNoCase(u"a", QString()));
+    EXPECT_TRUE(isEqualToStringNoCase(u"", ""));
+    EXPECT_TRUE(isAsciiEqualToStringNoCase(u"Müller", "MULLER"));
+    EXPECT_TRUE(isAsciiEqualToStringNoCase(u"x中", "X日")); // both without an ASCII base: spaces
+    EXPECT_TRUE(isNonUmlautedEqualToStringNoCase(u"Müller", "MULLER"));
+    EXPECT_FALSE(isNonUmlautedEqualToStringNoCase(u"x中", "X日"));
+    EXPECT_TRUE(rangeIsEqualTo(u"the Cat sat", 4, 3, "Cat"));
+    EXPECT_FALSE(rangeIsEqualTo(u"the Cat sat", 4, 3, "cat"));
+    EXPECT_TRUE(rangeIsEqualToNoCase(u"the Cat sat", 4, 3, "cAT"));
+    EXPECT_TRUE(rangeIsAsciiEqualToNoCase(u"die Größe", 4, 5, "GRO E"));
+    EXPECT_TRUE(rangeIsNonUmlautedEqualToNoCase(u"die Größe", 4, 5, "GROßE"));
+    EXPECT_FALSE(rangeIsEqualToNoCase(u"abc", 2, 3, "cde")); // range beyond the end
+    EXPECT_TRUE(hasPrefixNoCase(u"README.md", "readme"));
+    EXPECT_FALSE(hasPrefixNoCase(u"READ", "readme"));
+    EXPECT_FALSE(hasPrefixNoCase(u"READ", ""));
+    EXPECT_TRUE(hasSuffixNoCase(u"photo.JPG", ".jpg"));
+    EXPECT_FALSE(hasSuffixNoCase(u"photo.JPG", ".png"));
+}
+
+struct FindCase
+{
+    const char16_t *text;
+    char16_t ch;
+    qsizetype start;
+    bool caseInsensitive;
+    qsizetype expected;
+};
+
+class FindCharacter : public ::testing::TestWithParam<FindCase>
+{
+};
+
+TEST_P(FindCharacter, KeepsTheUpperCaseQuirk)
+{
+    const FindCase c = GetParam();
+    EXPECT_EQ(findCharacter(QStringView(c.text), c.ch, c.start, c.caseInsensitive), c.expected);
+    EXPECT_EQ(
+        containsCharacter(QStringView(c.text), c.ch, c.start, c.caseInsensitive), c.expected != NotFound);
+}
+
+INSTANTIATE_TEST_SUITE_P(Cases, FindCharacter,
+    ::testing::Values(FindCase { u"bat", u'a', 0, false, NotFound }, // case-sensitive 'a' looks for 'A'
+        FindCase { u"bAt", u'a', 0, false, 1 }, FindCase { u"bat", u'a', 0, true, 1 },
+        FindCase { u"bAt", u'a', 0, true, 1 }, FindCase { u"bAt", u'A', 0, false, 1 },
+        FindCase { u"bat", u'A', 0, false, NotFound },
+        FindCase { u"a.b.c", u'.', 2, false, 3 }, // no case: exact
+        FindCase { u"a.b.c", u'.', 5, false, NotFound }, FindCase { u"a.b.c", u'.', 99, false, NotFound },
+        FindCase { u"", u'.', 0, false, NotFound },
+        FindCase { u"straße", 0x00DF, 0, false, 4 })); // ß has no one-unit upper case
+
+} // namespace

@@ -1,0 +1,227 @@
+// Wildcard matching in both dialects, the classifier and the length bounds.
+#include "strings/Wildcard.h"
+
+#include "testlib/TestSupport.h"
+
+#include <QRandomGenerator>
+#include <gtest/gtest.h>
+
+using namespace orvel;
+
+namespace {
+
+struct MatchCase
+{
+    const char16_t *text, *pattern;
+    bool plain, plainNoCase, unix, unixNoCase;
+};
+
+class WildcardMatch : public ::testing::TestWithParam<MatchCase>
+{
+};
+
+TEST_P(WildcardMatch, AllFourEntryPoints)
+{
+    const MatchCase c = GetParam();
+    const QStringView t(c.text), p(c.pattern);
+    EXPECT_EQ(isLikeWildcard(t, p), c.plain);
+    EXPECT_EQ(isCaseInsensitiveLikeWildcard(t, p), c.plainNoCase);
+    EXPECT_EQ(isLikeUnixWildcard(t, p), c.unix);
+    EXPECT_EQ(isCaseInsensitiveLikeUnixWildcard(t, p), c.unixNoCase);
+}
+
+// clang-format off
+INSTANTIATE_TEST_SUITE_P(Cases, WildcardMatch, ::testing::Values(
+    //          text           pattern          plain  plainCI unix   unixCI
+    MatchCase { u"report.txt", u"*.txt",        true,  true,  true,  true },
+    MatchCase { u"report.txt", u"*",            true,  true,  true,  true },
+    MatchCase { u"report.txt", u"r?port.*",     true,  true,  true,  true },
+    MatchCase { u"report.txt", u"report.txt*",  true,  true,  true,  true },
+    MatchCase { u"report.txt", u"*report.txt",  true,  true,  true,  true },
+    MatchCase { u"report.txt", u"*.TXT",        false, true,  false, true },
+    MatchCase { u"report.txt", u"*.tx",         false, false, false, false },
+    MatchCase { u"report.txt", u"report.txt?",  false, false, false, false },
+    MatchCase { u"",           u"*",            false, false, false, false },
+    MatchCase { u"a",          u"",             false, false, false, false },
+    MatchCase { u"a[1]",       u"a[1]",         true,  true,  false, false },
+    MatchCase { u"a1",         u"a[0-9]",       false, false, true,  true },
+    MatchCase { u"ab",         u"a[^0-9]",      false, false, true,  true },
+    MatchCase { u"a5",         u"a[^0-9]",      false, false, false, false },
+    MatchCase { u"e",          u"[a|e|i]",      false, false, true,  true },
+    MatchCase { u"|",          u"[a|e|i]",      false, false, false, false },
+    MatchCase { u"A",          u"[a-c]",        false, false, false, true },
+    MatchCase { u"x",          u"[",            false, false, false, false },
+    MatchCase { u"b",          u"[abc",         false, false, true,  true },  // unclosed class ends with the pattern
+    MatchCase { u"ÄRGER",      u"är*",          false, true,  false, true },
+    MatchCase { u"aaa",        u"a*a*a",        true,  true,  true,  true },
+    MatchCase { u"aa",         u"a*a*a",        false, false, false, false },
+    MatchCase { u"abcabd",     u"*ab?",         true,  true,  true,  true },
+    MatchCase { u"mississippi", u"m*iss*ppi",   true,  true,  true,  true },
+    MatchCase { u"file10.jpg", u"file[0-9][0-9].*", false, false, true, true }));
+// clang-format on
+
+// The matchers are compared with a direct transcription of the recursive rules (try the rest of
+// the pattern at every text position after a "*") on many random patterns over a tiny alphabet.
+bool referenceMatch(
+    const char16_t *t, const char16_t *te, const char16_t *p, const char16_t *pe, bool unixDialect)
+{
+    if (p == pe)
+        return t == te;
+    while (p < pe) {
+        if (*p == u'*') {
+            if (t == te) {
+                while (p < pe && *p == u'*')
+                    ++p;
+                return p == pe;
+            }
+            if (p + 1 == pe)
+                return true;
+            for (const char16_t *s = t; s < te; ++s)
+                if (referenceMatch(s, te, p + 1, pe, unixDialect))
+                    return true;
+            return false;
+        }
+        if (t == te)
+            return false;
+        if (*p == u'?') {
+            ++p;
+        } else if (unixDialect && *p == u'[') {
+            if (p + 1 == pe)
+                return false;
+            ++p;
+            bool negated = false, matched = false;
+            if (*p == u'^')
+                negated = true, ++p;
+            while (p < pe && *p != u']' && !matched) {
+                if (*p == u'-' && p + 1 < pe) {
+                    matched = p[-1] <= *t && *t <= p[1];
+                    p += 2;
+                } else if (*p == u'|') {
+                    ++p;
+                } else {
+                    matched = *p++ == *t;
+                }
+            }
+            if (matched == negated)
+                return false;
+            while (matched && p < pe && *p != u']')
+                ++p;
+            if (p < pe)
+                ++p;
+        } else if (*p++ != *t) {
+            return false;
+        }
+        ++t;
+        if (p == pe)
+            return t == te;
+    }
+    return t == te;
+}
+
+TEST(WildcardMatch, AgreesWithTheRecursiveRulesOnRandomPatterns)
+{
+    QRandomGenerator rng(20240611);
+    const char16_t patternAlphabet[] = u"ab*?[]^-|";
+    const char16_t textAlphabet[] = u"ab-^";
+    for (int round = 0; round < 20000; ++round) {
+        char16_t text[8], pattern[9];
+        const int tn = int(rng.bounded(7)), pn = int(rng.bounded(9));
+        for (int i = 0; i < tn; ++i)
+            text[i] = textAlphabet[rng.bounded(4)];
+        for (int i = 0; i < pn; ++i)
+            pattern[i] = patternAlphabet[rng.bounded(9)];
+        for (bool unixDialect : { false, true }) {
+            const bool expected = referenceMatch(text, text + tn, pattern, pattern + pn, unixDialect);
+            const bool got = unixDialect ? stringMatchesUnixWildcard(text, text + tn, pattern, pattern + pn)
+                                         : stringMatchesWildcard(text, text + tn, pattern, pattern + pn);
+            ASSERT_EQ(got, expected) << QString::fromUtf16(text, tn) << " / "
+                                     << QString::fromUtf16(pattern, pn) << (unixDialect ? " unix" : " plain");
+        }
+    }
+}
+
+TEST(WildcardMatch, HostilePatternsAnswerWithoutExhaustingStackOrTime)
+{
+    const QString text = QString(20000, u'a') + u'b';
+    QString pattern;
+    for (int i = 0; i < 5000; ++i)
+        pattern += QStringLiteral("*a");
+    EXPECT_FALSE(isLikeWildcard(text, pattern + u'c'));
+    EXPECT_TRUE(isCaseInsensitiveLikeUnixWildcard(text, pattern + QStringLiteral("[B]")));
+}
+
+class WildcardTypes : public ::testing::TestWithParam<std::pair<const char16_t *, int>>
+{
+};
+
+TEST_P(WildcardTypes, ClassifiesAfterCompaction)
+{
+    EXPECT_EQ(wildcardType(GetParam().first), GetParam().second) << QString::fromUtf16(GetParam().first);
+}
+
+INSTANTIATE_TEST_SUITE_P(Patterns, WildcardTypes,
+    ::testing::Values(std::pair { u"abc", 0 }, std::pair { u"a?c", 1 }, std::pair { u"abc*", 2 },
+        std::pair { u"*abc", 3 }, std::pair { u"*abc*", 4 }, std::pair { u"a*c", 5 },
+        std::pair { u"a**c", 5 }, std::pair { u"*a?", 5 }, std::pair { u"*a*b*", 5 },
+        std::pair { u"[ab]*c*", 6 }, std::pair { u"[ab]*c", 6 }, std::pair { u"[ab]c*", 7 },
+        std::pair { u"*[ab]c", 8 }, std::pair { u"[ab]c", 9 }, std::pair { u"[ab]", 9 },
+        std::pair { u"a]", 10 }, std::pair { u"*", 10 }, std::pair { u"[a", 10 }, std::pair { u"[a[b]]", 10 },
+        std::pair { u"*[]*", 10 }, std::pair { u"[^]", 10 }, std::pair { u"???", 10 }, std::pair { u"", 0 }));
+
+TEST(WildcardTypes, CompactionRewritesInPlaceAndGivesTheLiteralPart)
+{
+    char16_t p[] = u"**ab**";
+    qsizetype out[2];
+    EXPECT_EQ(optimizeWildcard(p, p + 6, out, 1), WildcardContains);
+    EXPECT_EQ(QString::fromUtf16(p, 4), "*ab*");
+    EXPECT_EQ(out[0], 1);
+    EXPECT_EQ(out[1], 2);
+    char16_t q[] = u"*[a|b]c";
+    EXPECT_EQ(optimizeWildcard(q, q + 7, out, 1), WildcardClassesSuffix);
+    EXPECT_EQ(QString::fromUtf16(q, 6), "*[ab]c");
+    EXPECT_EQ(out[0], 1);
+    EXPECT_EQ(out[1], 5);
+    char16_t r[] = u"a*";
+    EXPECT_EQ(optimizeWildcard(r, r + 2, out, 2), WildcardInvalid); // fewer literal units than asked
+}
+
+TEST(WildcardLength, BoundsOfUnixPatterns)
+{
+    auto minOf = [](QStringView s) { return minWildcardLen(s.utf16(), s.utf16() + s.size()); };
+    auto maxOf = [](QStringView s) { return maxWildcardLen(s.utf16(), s.utf16() + s.size()); };
+    EXPECT_EQ(maxOf(u"a[bc]d"), 3);
+    EXPECT_EQ(maxOf(u"a*d"), NotFound);
+    EXPECT_EQ(maxOf(u""), 0);
+    EXPECT_EQ(minOf(u"a*[bc]?"), 3);
+    EXPECT_EQ(wildcardLength(u"**"), 0);
+    EXPECT_EQ(minOf(u"ab[cd"), 3); // an unclosed class stops at the end
+}
+
+TEST(WildcardTables, OptionsAndInclusion)
+{
+    EXPECT_EQ(unicharTableForWildcardComparison(0), nullptr);
+    EXPECT_EQ(unicharTableForWildcardComparison(1), upperCharsTable());
+    EXPECT_EQ(unicharTableForWildcardComparison(2), umlautsCharsTable());
+    EXPECT_EQ(unicharTableForWildcardComparison(3), upperUmlautsCharsTable());
+    EXPECT_TRUE(isUnicharTablePartOfConversionTable(upperCharsTable(), upperUmlautsCharsTable()));
+    EXPECT_TRUE(isUnicharTablePartOfConversionTable(lowerCharsTable(), lowerUmlautsCharsTable()));
+    EXPECT_TRUE(isUnicharTablePartOfConversionTable(umlautsCharsTable(), lowerUmlautsCharsTable()));
+    EXPECT_TRUE(isUnicharTablePartOfConversionTable(umlautsCharsTable(), umlautsCharsTable()));
+    EXPECT_FALSE(isUnicharTablePartOfConversionTable(upperUmlautsCharsTable(), upperCharsTable()));
+    EXPECT_FALSE(isUnicharTablePartOfConversionTable(upperCharsTable(), lowerUmlautsCharsTable()));
+    EXPECT_FALSE(isUnicharTablePartOfConversionTable(nullptr, upperCharsTable()));
+    EXPECT_DOUBLE_EQ(minWildcardFuzzyAnalogy(), 0.75);
+}
+
+TEST(WildcardSeparation, QueryWordsKeepTheirWildcards)
+{
+    const CharacterSetRep seps = defaultWildcardSeparators();
+    for (char16_t c : { u'*', u'?', u'[', u']' })
+        EXPECT_FALSE(isCharacterPartOfSet(seps, c));
+    EXPECT_TRUE(isCharacterPartOfSet(seps, u'-'));
+    EXPECT_EQ(wordsUsingWildcardSeparation("find re*rt [a b]x? now"),
+        QStringList({ "find", "re*rt", "[a b]x?", "now" }));
+    EXPECT_EQ(numberOfWordsUsingWildcardSeparation(u"find re*rt [a b]x? now"), 4);
+}
+
+} // namespace
