@@ -93,52 +93,118 @@ void restoreAlpha(const Layout &layout, const unsigned char *from, unsigned char
 }
 
 // Truncating division (toward zero) by a power of two 2^shift, branch-free so that loops vectorise.
-inline int32_t dividePow2(int32_t sum, int shift, int32_t mask)
+template <typename Sum> inline Sum dividePow2(Sum sum, int shift, Sum mask)
 {
-    return (sum + ((sum >> 31) & mask)) >> shift;
+    return Sum((sum + ((sum >> (sizeof(Sum) * 8 - 1)) & mask)) >> shift);
+}
+
+enum class Division { One, PowerOfTwo, General };
+
+Division divisionFor(int32_t divisor)
+{
+    if (divisor == 1)
+        return Division::One;
+    return divisor > 0 && (divisor & (divisor - 1)) == 0 ? Division::PowerOfTwo : Division::General;
+}
+
+// quotient + offset, clamped to a byte. Narrow sums are only used when |sum| + |offset| fits them.
+template <typename Sum> inline unsigned char clampSum(Sum q, int32_t offset)
+{
+    if constexpr (std::is_same_v<Sum, int64_t>) {
+        return clampByte(q + offset);
+    } else {
+        const Sum v = Sum(q + Sum(offset));
+        return static_cast<unsigned char>(v < 0 ? 0 : v > 255 ? 255 : v);
+    }
+}
+
+template <typename Sum, Division mode> inline Sum divide(Sum sum, int32_t divisor, int shift, Sum mask)
+{
+    if constexpr (mode == Division::One)
+        return sum;
+    else if constexpr (mode == Division::PowerOfTwo)
+        return dividePow2(sum, shift, mask);
+    else
+        return Sum(sum / divisor);
 }
 
 // One row of a convolution without callback: out[i] = clamp(Σ k·in[i + offset] ÷ divisor + offset).
 // Accumulates kernel cell by kernel cell over the whole row so that each pass is a simple loop over
-// bytes. Sum is int32_t when the weights cannot overflow it, else int64_t.
-template <typename Sum>
-void convolveRow(const unsigned char *centre, unsigned char *out, qsizetype n, const int32_t *weights,
-                 const qsizetype *offsets, int cells, int32_t divisor, int32_t offset, Sum *acc)
+// bytes that the compiler vectorises.
+template <typename Sum, Division mode>
+void convolveRow(const unsigned char *centre, unsigned char *__restrict out, qsizetype n, const int32_t *weights,
+                 const qsizetype *offsets, int cells, int32_t divisor, int32_t offset, Sum *__restrict acc)
 {
     std::fill(acc, acc + n, Sum(0));
     for (int k = 0; k < cells; ++k) {
-        const Sum w = weights[k];
+        const Sum w = Sum(weights[k]);
         if (w == 0)
             continue;
-        const unsigned char *in = centre + offsets[k];
+        const unsigned char *__restrict in = centre + offsets[k];
         for (qsizetype i = 0; i < n; ++i)
-            acc[i] += w * Sum(in[i]);
+            acc[i] = Sum(acc[i] + w * Sum(in[i]));
     }
-    if (divisor == 1) {
-        for (qsizetype i = 0; i < n; ++i)
-            out[i] = clampByte(int64_t(acc[i]) + offset);
-        return;
-    }
-    if constexpr (std::is_same_v<Sum, int32_t>) {
-        if (divisor > 0 && (divisor & (divisor - 1)) == 0) {
-            const int shift = std::countr_zero(uint32_t(divisor));
-            const int32_t mask = divisor - 1;
-            for (qsizetype i = 0; i < n; ++i)
-                out[i] = clampByte(int64_t(dividePow2(acc[i], shift, mask)) + offset);
-            return;
-        }
-    }
+    const int shift = mode == Division::PowerOfTwo ? std::countr_zero(uint32_t(divisor)) : 0;
+    const Sum mask = Sum(divisor - 1);
     for (qsizetype i = 0; i < n; ++i)
-        out[i] = clampByte(int64_t(acc[i]) / divisor + offset);
+        out[i] = clampSum(divide<Sum, mode>(acc[i], divisor, shift, mask), offset);
 }
 
-// Whether Σ|k|·255 fits a 32-bit sum.
-bool fitsInt32(const int32_t *weights, int cells)
+// One row of a 3×3 convolution without callback in a single pass: nine taps summed, divided, offset
+// and clamped, as one plain loop over bytes that the compiler vectorises (16-bit lanes for the
+// sharpening kernels).
+template <typename Sum, Division mode>
+void convolveRow3(const unsigned char *centre, unsigned char *__restrict out, qsizetype n, qsizetype r, int p,
+                  const int32_t *k, int32_t divisor, int32_t offset)
 {
-    int64_t total = 0;
+    const unsigned char *__restrict a0 = centre - r - p, *__restrict a1 = centre - r, *__restrict a2 = centre - r + p;
+    const unsigned char *__restrict c0 = centre - p, *__restrict c1 = centre, *__restrict c2 = centre + p;
+    const unsigned char *__restrict b0 = centre + r - p, *__restrict b1 = centre + r, *__restrict b2 = centre + r + p;
+    const Sum k0 = Sum(k[0]), k1 = Sum(k[1]), k2 = Sum(k[2]), k3 = Sum(k[3]), k4 = Sum(k[4]), k5 = Sum(k[5]),
+              k6 = Sum(k[6]), k7 = Sum(k[7]), k8 = Sum(k[8]);
+    const int shift = mode == Division::PowerOfTwo ? std::countr_zero(uint32_t(divisor)) : 0;
+    const Sum mask = Sum(divisor - 1);
+    for (qsizetype i = 0; i < n; ++i) {
+        const Sum sum = Sum(k0 * a0[i] + k1 * a1[i] + k2 * a2[i] + k3 * c0[i] + k4 * c1[i] + k5 * c2[i]
+                            + k6 * b0[i] + k7 * b1[i] + k8 * b2[i]);
+        out[i] = clampSum(divide<Sum, mode>(sum, divisor, shift, mask), offset);
+    }
+}
+
+// The narrowest sum type that holds every Σ k·sample + offset exactly: 0 for 16 bits, 1 for 32, 2 for 64.
+int sumWidth(const int32_t *weights, int cells, int32_t offset)
+{
+    int64_t total = std::abs(int64_t(offset));
     for (int k = 0; k < cells; ++k)
         total += std::abs(int64_t(weights[k])) * 255;
-    return total <= std::numeric_limits<int32_t>::max();
+    return total <= std::numeric_limits<int16_t>::max() ? 0 : total <= std::numeric_limits<int32_t>::max() ? 1 : 2;
+}
+
+// Runs one row with the sum type and division mode chosen once per call.
+template <typename Sum>
+void rowWith(Division division, bool three, const unsigned char *centre, unsigned char *out, qsizetype n, qsizetype r,
+             int p, const int32_t *w, const qsizetype *offsets, int cells, int32_t divisor, int32_t offset, Sum *acc)
+{
+    switch (division) {
+    case Division::One:
+        if (three)
+            convolveRow3<Sum, Division::One>(centre, out, n, r, p, w, divisor, offset);
+        else
+            convolveRow<Sum, Division::One>(centre, out, n, w, offsets, cells, divisor, offset, acc);
+        break;
+    case Division::PowerOfTwo:
+        if (three)
+            convolveRow3<Sum, Division::PowerOfTwo>(centre, out, n, r, p, w, divisor, offset);
+        else
+            convolveRow<Sum, Division::PowerOfTwo>(centre, out, n, w, offsets, cells, divisor, offset, acc);
+        break;
+    case Division::General:
+        if (three)
+            convolveRow3<Sum, Division::General>(centre, out, n, r, p, w, divisor, offset);
+        else
+            convolveRow<Sum, Division::General>(centre, out, n, w, offsets, cells, divisor, offset, acc);
+        break;
+    }
 }
 
 // The size × size convolution shared by the 3×3 and N×N filters: interior pixels only, reading the
@@ -188,15 +254,22 @@ void convolve(const Layout &layout, const int32_t *kernels, int count, int size,
 
     const int32_t *w = kernels + qsizetype(count - 1) * cells;
     const qsizetype n = qsizetype(endColumn - firstColumn) * p;
-    const bool narrow = fitsInt32(w, cells);
-    std::vector<int32_t> acc32(narrow ? size_t(n) : 0);
-    std::vector<int64_t> acc64(narrow ? 0 : size_t(n));
+    const int width = sumWidth(w, cells, offset);
+    const Division division = divisionFor(divisor);
+    const bool three = size == 3;
+    std::vector<int16_t> acc16(width == 0 && !three ? size_t(n) : 0);
+    std::vector<int32_t> acc32(width == 1 && !three ? size_t(n) : 0);
+    std::vector<int64_t> acc64(width == 2 ? size_t(n) : 0);
     for (int y = layout.height - 1 - half; y >= half; --y) {
         const qsizetype start = qsizetype(y) * r + qsizetype(firstColumn) * p;
-        if (narrow)
-            convolveRow(src + start, layout.data + start, n, w, offsets.data(), cells, divisor, offset, acc32.data());
-        else
-            convolveRow(src + start, layout.data + start, n, w, offsets.data(), cells, divisor, offset, acc64.data());
+        const unsigned char *centre = src + start;
+        unsigned char *out = layout.data + start;
+        if (width == 0)
+            rowWith<int16_t>(division, three, centre, out, n, r, p, w, offsets.data(), cells, divisor, offset, acc16.data());
+        else if (width == 1)
+            rowWith<int32_t>(division, three, centre, out, n, r, p, w, offsets.data(), cells, divisor, offset, acc32.data());
+        else // 64-bit sums go through the accumulator whatever the size
+            rowWith<int64_t>(division, false, centre, out, n, r, p, w, offsets.data(), cells, divisor, offset, acc64.data());
         restoreAlpha(layout, src + qsizetype(y) * r, layout.row(y), firstColumn, endColumn);
     }
 }

@@ -156,8 +156,9 @@ TEST(BitmapFilters, CallbackAndFastPathsAgree)
     Bytes pixels(9 * 7 * 3);
     for (auto &b : pixels)
         b = static_cast<unsigned char>(random() & 0xff);
-    const int32_t kernels[3][9] = { { 1, 2, 1, 2, 4, 2, 1, 2, 1 }, { 0, -1, 0, -1, 5, -1, 0, -1, 0 },
-                                    { 8000000, -3, 0, 0, 1, 0, 0, 0, -8000000 } };
+    // Sums of 16, 32 and 64 bits.
+    const int32_t kernels[4][9] = { { 1, 2, 1, 2, 4, 2, 1, 2, 1 }, { 0, -1, 0, -1, 5, -1, 0, -1, 0 },
+                                    { 100, 0, -50, 0, 30, 0, 0, 0, 1 }, { 8000000, -3, 0, 0, 1, 0, 0, 0, -8000000 } };
     for (const auto &kernel : kernels) {
         for (int32_t divisor : { 1, 4, 7, -2 }) {
             auto fast = bitmap(9, 7, 3, false, pixels);
@@ -165,6 +166,19 @@ TEST(BitmapFilters, CallbackAndFastPathsAgree)
             fast->applyMatrixFilter(kernel, divisor, 3);
             slow->applyMatrixFilter(kernel, divisor, 3, [](int v) { return v; });
             EXPECT_EQ(bytesOf(*fast), bytesOf(*slow)) << "divisor " << divisor;
+        }
+    }
+    // Two 5×5 kernels: with the callback both are applied in turn, the second one's result remains.
+    for (int32_t scale : { 1, 1000 }) { // 16- and 32-bit sums
+        std::vector<int32_t> five(50);
+        for (size_t i = 0; i < five.size(); ++i)
+            five[i] = (int32_t((i * 7919) % 23) - 9) * (i >= 25 ? scale : 1);
+        for (int32_t divisor : { 1, 8, 5 }) {
+            auto fast = bitmap(9, 7, 3, false, pixels);
+            auto slow = bitmap(9, 7, 3, false, pixels);
+            fast->applyMatrixesFilter(five.data(), 2, 5, divisor, -4);
+            slow->applyMatrixesFilter(five.data(), 2, 5, divisor, -4, [](int v) { return v; });
+            EXPECT_EQ(bytesOf(*fast), bytesOf(*slow)) << "scale " << scale << " divisor " << divisor;
         }
     }
 }
