@@ -7,6 +7,7 @@
 #include <cmath>
 #include <cstring>
 #include <gtest/gtest.h>
+#include <algorithm>
 #include <random>
 #include <vector>
 
@@ -474,6 +475,33 @@ TEST(BitmapFilters, MedianAveragesTheTwoMiddleLowerValues)
     five->medianFilter(4);
     five->medianFilter(1);
     EXPECT_EQ(bytesOf(*five), expected);
+}
+
+TEST(BitmapFilters, MedianOfRandomPicturesMatchesSortingEachNeighbourhood)
+{
+    std::mt19937 random(5);
+    for (int n : { 3, 5, 7 }) {
+        Bytes pixels(11 * 9 * 4);
+        for (auto &b : pixels)
+            b = static_cast<unsigned char>(random() % 7 * 40); // many ties
+        auto rep = bitmap(11, 9, 4, true, pixels, 1);
+        const Bytes before = bytesOf(*rep);
+        rep->medianFilter(unsigned(n));
+        const qsizetype row = rep->bytesPerRow();
+        Bytes expected = before;
+        const int half = n / 2, m = n * n / 2;
+        for (int y = half; y < 9 - half; ++y)
+            for (int x = half; x < 11 - half; ++x)
+                for (int c = 0; c < 3; ++c) {
+                    std::vector<int> v;
+                    for (int dy = -half; dy <= half; ++dy)
+                        for (int dx = -half; dx <= half; ++dx)
+                            v.push_back(before[size_t((y + dy) * row + (x + dx) * 4 + c)]);
+                    std::sort(v.begin(), v.end());
+                    expected[size_t(y * row + x * 4 + c)] = static_cast<unsigned char>((v[size_t(m - 1)] + v[size_t(m)]) / 2);
+                }
+        EXPECT_EQ(bytesOf(*rep), expected) << "size " << n;
+    }
 }
 
 TEST(BitmapFilters, MakeTransparentFadesPixelsNearTheKeyByTheSquaredDistance)
