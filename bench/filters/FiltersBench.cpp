@@ -56,13 +56,13 @@ std::vector<unsigned char> makePicture(int w, int h)
 
 // Runs a libvips pipeline on the picture to a memory buffer (so that it is computed), in seconds.
 double timeVips(int runs, const std::vector<unsigned char> &picture, int w, int h,
-                const std::function<vips::VImage(vips::VImage)> &operation)
+    const std::function<vips::VImage(vips::VImage)> &operation)
 {
     return best(
         runs, [] {},
         [&] {
-            vips::VImage in = vips::VImage::new_from_memory(const_cast<unsigned char *>(picture.data()), picture.size(),
-                                                            w, h, 4, VIPS_FORMAT_UCHAR);
+            vips::VImage in = vips::VImage::new_from_memory(
+                const_cast<unsigned char *>(picture.data()), picture.size(), w, h, 4, VIPS_FORMAT_UCHAR);
             size_t size = 0;
             void *out = operation(in).write_to_memory(&size);
             g_free(out);
@@ -71,7 +71,8 @@ double timeVips(int runs, const std::vector<unsigned char> &picture, int w, int 
 
 vips::VImage mask(int size, const std::vector<double> &weights, double scale)
 {
-    vips::VImage m = vips::VImage::new_matrix(size, size, const_cast<double *>(weights.data()), int(weights.size()));
+    vips::VImage m
+        = vips::VImage::new_matrix(size, size, const_cast<double *>(weights.data()), int(weights.size()));
     m.set("scale", scale);
     m.set("offset", 0.0);
     return m;
@@ -98,7 +99,7 @@ int main(int argc, char **argv)
     const auto reset = [&] { memcpy(rep->bitmapData(), picture.data(), picture.size()); };
     const double megapixels = double(w) * h / 1e6;
 
-    const std::vector<double> sharpen{ 0, -1, 0, -1, 5, -1, 0, -1, 0 };
+    const std::vector<double> sharpen { 0, -1, 0, -1, 5, -1, 0, -1, 0 };
     std::vector<int32_t> box5(25);
     std::vector<double> box5d(25);
     for (int i = 0; i < 25; ++i) {
@@ -115,21 +116,27 @@ int main(int argc, char **argv)
     };
     const std::vector<Row> rows = {
         { "sharpenStrong", [&] { rep->sharpenStrong(); },
-          [&](vips::VImage in) { return in.conv(mask(3, sharpen, 1), vips::VImage::option()->set("precision", VIPS_PRECISION_INTEGER)); },
-          "vips conv 3x3 (integer)" },
+            [&](vips::VImage in) {
+                return in.conv(
+                    mask(3, sharpen, 1), vips::VImage::option()->set("precision", VIPS_PRECISION_INTEGER));
+            },
+            "vips conv 3x3 (integer)" },
         { "applyMatrixesFilter 5x5", [&] { rep->applyMatrixesFilter(box5.data(), 1, 5, 33, 0); },
-          [&](vips::VImage in) { return in.conv(mask(5, box5d, 33), vips::VImage::option()->set("precision", VIPS_PRECISION_INTEGER)); },
-          "vips conv 5x5 (integer)" },
+            [&](vips::VImage in) {
+                return in.conv(
+                    mask(5, box5d, 33), vips::VImage::option()->set("precision", VIPS_PRECISION_INTEGER));
+            },
+            "vips conv 5x5 (integer)" },
         { "medianFilter 3", [&] { rep->medianFilter(3); }, [](vips::VImage in) { return in.median(3); },
-          "vips median 3" },
-        { "edgeDetect", [&] { rep->edgeDetect(false); },
-          [](vips::VImage in) { return in.sobel(); }, "vips sobel" },
+            "vips median 3" },
+        { "edgeDetect", [&] { rep->edgeDetect(false); }, [](vips::VImage in) { return in.sobel(); },
+            "vips sobel" },
     };
 
     printf("Picture %dx%d RGBA (%.1f megapixels), best of %d runs; libvips %s\n", w, h, megapixels, runs,
-           vips_version_string());
-    printf("%-26s %10s | %-26s %12s %12s | %8s %8s\n", "operation", "MP/s", "reference", "1 thread", "default",
-           "ratio 1t", "ratio def");
+        vips_version_string());
+    printf("%-26s %10s | %-26s %12s %12s | %8s %8s\n", "operation", "MP/s", "reference", "1 thread",
+        "default", "ratio 1t", "ratio def");
     const int threads = vips_concurrency_get();
     for (const Row &row : rows) {
         const double ours = best(runs, reset, row.ours);
@@ -137,8 +144,8 @@ int main(int argc, char **argv)
         const double single = timeVips(runs, picture, w, h, row.theirs);
         vips_concurrency_set(threads);
         const double many = timeVips(runs, picture, w, h, row.theirs);
-        printf("%-26s %10.1f | %-26s %12.1f %12.1f | %8.2f %8.2f\n", row.name, megapixels / ours, row.reference,
-               megapixels / single, megapixels / many, single / ours, many / ours);
+        printf("%-26s %10.1f | %-26s %12.1f %12.1f | %8.2f %8.2f\n", row.name, megapixels / ours,
+            row.reference, megapixels / single, megapixels / many, single / ours, many / ours);
         fflush(stdout);
     }
     vips_shutdown();

@@ -10,8 +10,8 @@
 #include <limits>
 #include <memory>
 #include <new>
-#include <utility>
 #include <type_traits>
+#include <utility>
 #include <vector>
 
 namespace orvel {
@@ -19,6 +19,9 @@ namespace orvel {
 namespace {
 
 // The sharpening kernels: unity gain, growing edge gain from light to strong.
+// The largest kernel and median window: beyond it a call would take unbounded time and memory.
+constexpr int MaxKernelSize = 255;
+
 constexpr int32_t SharpenLightKernel[9] = { 0, -1, 0, -1, 8, -1, 0, -1, 0 };
 constexpr int32_t SharpenMediumKernel[9] = { 0, -1, 0, -1, 6, -1, 0, -1, 0 };
 constexpr int32_t SharpenStrongKernel[9] = { 0, -1, 0, -1, 5, -1, 0, -1, 0 };
@@ -47,7 +50,7 @@ struct Layout
     unsigned char *data = nullptr;
     int width = 0;
     int height = 0;
-    int pixelBytes = 0;    // P
+    int pixelBytes = 0; // P
     int colourSamples = 0; // C
     qsizetype rowBytes = 0; // R
     bool alpha = false;
@@ -133,8 +136,9 @@ template <typename Sum, Division mode> inline Sum divide(Sum sum, int32_t diviso
 // Accumulates kernel cell by kernel cell over the whole row so that each pass is a simple loop over
 // bytes that the compiler vectorises.
 template <typename Sum, Division mode>
-void convolveRow(const unsigned char *centre, unsigned char *__restrict out, qsizetype n, const int32_t *weights,
-                 const qsizetype *offsets, int cells, int32_t divisor, int32_t offset, Sum *__restrict acc)
+void convolveRow(const unsigned char *centre, unsigned char *__restrict out, qsizetype n,
+    const int32_t *weights, const qsizetype *offsets, int cells, int32_t divisor, int32_t offset,
+    Sum *__restrict acc)
 {
     std::fill(acc, acc + n, Sum(0));
     for (int k = 0; k < cells; ++k) {
@@ -156,18 +160,20 @@ void convolveRow(const unsigned char *centre, unsigned char *__restrict out, qsi
 // sharpening kernels).
 template <typename Sum, Division mode>
 void convolveRow3(const unsigned char *centre, unsigned char *__restrict out, qsizetype n, qsizetype r, int p,
-                  const int32_t *k, int32_t divisor, int32_t offset)
+    const int32_t *k, int32_t divisor, int32_t offset)
 {
-    const unsigned char *__restrict a0 = centre - r - p, *__restrict a1 = centre - r, *__restrict a2 = centre - r + p;
+    const unsigned char *__restrict a0 = centre - r - p, *__restrict a1 = centre - r,
+                                    *__restrict a2 = centre - r + p;
     const unsigned char *__restrict c0 = centre - p, *__restrict c1 = centre, *__restrict c2 = centre + p;
-    const unsigned char *__restrict b0 = centre + r - p, *__restrict b1 = centre + r, *__restrict b2 = centre + r + p;
+    const unsigned char *__restrict b0 = centre + r - p, *__restrict b1 = centre + r,
+                                    *__restrict b2 = centre + r + p;
     const Sum k0 = Sum(k[0]), k1 = Sum(k[1]), k2 = Sum(k[2]), k3 = Sum(k[3]), k4 = Sum(k[4]), k5 = Sum(k[5]),
               k6 = Sum(k[6]), k7 = Sum(k[7]), k8 = Sum(k[8]);
     const int shift = mode == Division::PowerOfTwo ? std::countr_zero(uint32_t(divisor)) : 0;
     const Sum mask = Sum(divisor - 1);
     for (qsizetype i = 0; i < n; ++i) {
         const Sum sum = Sum(k0 * a0[i] + k1 * a1[i] + k2 * a2[i] + k3 * c0[i] + k4 * c1[i] + k5 * c2[i]
-                            + k6 * b0[i] + k7 * b1[i] + k8 * b2[i]);
+            + k6 * b0[i] + k7 * b1[i] + k8 * b2[i]);
         out[i] = clampSum(divide<Sum, mode>(sum, divisor, shift, mask), offset);
     }
 }
@@ -178,13 +184,16 @@ int sumWidth(const int32_t *weights, int cells, int32_t offset)
     int64_t total = std::abs(int64_t(offset));
     for (int k = 0; k < cells; ++k)
         total += std::abs(int64_t(weights[k])) * 255;
-    return total <= std::numeric_limits<int16_t>::max() ? 0 : total <= std::numeric_limits<int32_t>::max() ? 1 : 2;
+    return total <= std::numeric_limits<int16_t>::max() ? 0
+        : total <= std::numeric_limits<int32_t>::max()  ? 1
+                                                        : 2;
 }
 
 // Runs one row with the sum type and division mode chosen once per call.
 template <typename Sum>
-void rowWith(Division division, bool three, const unsigned char *centre, unsigned char *out, qsizetype n, qsizetype r,
-             int p, const int32_t *w, const qsizetype *offsets, int cells, int32_t divisor, int32_t offset, Sum *acc)
+void rowWith(Division division, bool three, const unsigned char *centre, unsigned char *out, qsizetype n,
+    qsizetype r, int p, const int32_t *w, const qsizetype *offsets, int cells, int32_t divisor,
+    int32_t offset, Sum *acc)
 {
     switch (division) {
     case Division::One:
@@ -213,8 +222,8 @@ void rowWith(Division division, bool three, const unsigned char *centre, unsigne
 // (channel from the last down, kernel by kernel, rows bottom-up, columns left to right); without one
 // the order cannot be observed, so whole rows are computed at once and only the last kernel, whose
 // result is what remains, is applied.
-void convolve(const Layout &layout, const int32_t *kernels, int count, int size, int32_t divisor, int32_t offset,
-              BitmapImageRep::MatrixCallback callback)
+void convolve(const Layout &layout, const int32_t *kernels, int count, int size, int32_t divisor,
+    int32_t offset, BitmapImageRep::MatrixCallback callback)
 {
     const int half = size / 2;
     if (layout.width < size || layout.height < size || count < 1)
@@ -266,11 +275,14 @@ void convolve(const Layout &layout, const int32_t *kernels, int count, int size,
         const unsigned char *centre = src + start;
         unsigned char *out = layout.data + start;
         if (width == 0)
-            rowWith<int16_t>(division, three, centre, out, n, r, p, w, offsets.data(), cells, divisor, offset, acc16.data());
+            rowWith<int16_t>(division, three, centre, out, n, r, p, w, offsets.data(), cells, divisor, offset,
+                acc16.data());
         else if (width == 1)
-            rowWith<int32_t>(division, three, centre, out, n, r, p, w, offsets.data(), cells, divisor, offset, acc32.data());
+            rowWith<int32_t>(division, three, centre, out, n, r, p, w, offsets.data(), cells, divisor, offset,
+                acc32.data());
         else // 64-bit sums go through the accumulator whatever the size
-            rowWith<int64_t>(division, false, centre, out, n, r, p, w, offsets.data(), cells, divisor, offset, acc64.data());
+            rowWith<int64_t>(division, false, centre, out, n, r, p, w, offsets.data(), cells, divisor, offset,
+                acc64.data());
         restoreAlpha(layout, src + qsizetype(y) * r, layout.row(y), firstColumn, endColumn);
     }
 }
@@ -299,25 +311,45 @@ bool BitmapImageRep::canFilter() const
     return numberOfPlanes() == 1 && m_bitsPerSample == 8 && m_bitsPerPixel % 8 == 0 && m_bitmapFormat == 0;
 }
 
-void BitmapImageRep::sharpenLight() { applyMatrixFilter(SharpenLightKernel, 4, 0); }
-void BitmapImageRep::sharpenMedium() { applyMatrixFilter(SharpenMediumKernel, 2, 0); }
-void BitmapImageRep::sharpenStrong() { applyMatrixFilter(SharpenStrongKernel, 1, 0); }
+void BitmapImageRep::sharpenLight()
+{
+    applyMatrixFilter(SharpenLightKernel, 4, 0);
+}
+void BitmapImageRep::sharpenMedium()
+{
+    applyMatrixFilter(SharpenMediumKernel, 2, 0);
+}
+void BitmapImageRep::sharpenStrong()
+{
+    applyMatrixFilter(SharpenStrongKernel, 1, 0);
+}
 
-void BitmapImageRep::applyMatrixFilter(const int32_t *matrix, int32_t divisor, int32_t offset, MatrixCallback callback)
+void BitmapImageRep::applyMatrixFilter(
+    const int32_t *matrix, int32_t divisor, int32_t offset, MatrixCallback callback)
 {
     Layout layout;
     if (!matrix || divisor == 0 || !layoutOf(*this, layout))
         return;
-    convolve(layout, matrix, 1, 3, divisor, offset, callback);
+    try {
+        convolve(layout, matrix, 1, 3, divisor, offset, callback);
+    } catch (const std::bad_alloc &) {
+        // No room for the row buffers: the bitmap is left as far as it got.
+    }
 }
 
-void BitmapImageRep::applyMatrixesFilter(const int32_t *matrixes, int count, int size, int32_t divisor,
-                                         int32_t offset, MatrixCallback callback)
+void BitmapImageRep::applyMatrixesFilter(
+    const int32_t *matrixes, int count, int size, int32_t divisor, int32_t offset, MatrixCallback callback)
 {
     Layout layout;
-    if (!matrixes || count < 1 || size < 3 || size % 2 == 0 || divisor == 0 || !layoutOf(*this, layout))
+    // Kernels wider than MaxKernelSize are refused: their cost grows with the square of the size.
+    if (!matrixes || count < 1 || size < 3 || size % 2 == 0 || size > MaxKernelSize || divisor == 0
+        || !layoutOf(*this, layout))
         return;
-    convolve(layout, matrixes, count, size, divisor, offset, callback);
+    try {
+        convolve(layout, matrixes, count, size, divisor, offset, callback);
+    } catch (const std::bad_alloc &) {
+        // No room for the row buffers: the bitmap is left as far as it got.
+    }
 }
 
 void BitmapImageRep::applyTransformationTable(const unsigned char *table)
@@ -466,7 +498,8 @@ void BitmapImageRep::applyNormalizeFilter(NormalizeCallback callback, bool mono)
     unsigned char table[256];
     // Stored as a byte without clamping: entries outside min…max are never looked up.
     for (int i = 255; i >= 0; --i)
-        table[i] = static_cast<unsigned char>(callback ? callback(i, min, max) : (255 * i - 255 * min) / (max - min));
+        table[i] = static_cast<unsigned char>(
+            callback ? callback(i, min, max) : (255 * i - 255 * min) / (max - min));
     applyTransformationTable(table);
 }
 
@@ -531,7 +564,8 @@ void BitmapImageRep::grayScale(bool thresholdMode, unsigned threshhold)
                     sum += px[c];
                 value = sum / unsigned(channels);
             }
-            const unsigned char out = thresholdMode ? (value > threshhold ? 255 : 0) : static_cast<unsigned char>(value);
+            const unsigned char out
+                = thresholdMode ? (value > threshhold ? 255 : 0) : static_cast<unsigned char>(value);
             memset(px, out, size_t(channels));
         }
     }
@@ -566,67 +600,75 @@ void BitmapImageRep::edgeDetect(bool addToImage)
 void BitmapImageRep::medianFilter(unsigned size)
 {
     Layout layout;
-    if (size < 3 || size % 2 == 0 || !layoutOf(*this, layout))
+    if (size < 3 || size % 2 == 0 || size > unsigned(MaxKernelSize) || !layoutOf(*this, layout))
         return;
     if (size > unsigned(layout.width) || size > unsigned(layout.height))
         return;
     const auto copy = copyOf(layout);
     if (!copy)
         return;
-    const int n = int(size), half = n / 2, cells = n * n;
-    const int p = layout.pixelBytes;
-    const qsizetype r = layout.rowBytes;
-    std::vector<qsizetype> offsets(static_cast<size_t>(cells));
-    for (int row = 0; row < n; ++row)
-        for (int col = 0; col < n; ++col)
-            offsets[size_t(row * n + col)] = -(r + p) * half + qsizetype(row) * r + qsizetype(col) * p;
-    const int m = cells / 2;
-    if (n <= 5) {
-        // Small neighbourhoods: a whole row at a time through a sorting network of byte-wise min and
-        // max, which vectorises. Any correct sort gives the same sorted values as the Shell sort below.
-        const auto pairs = sortingNetwork(cells);
-        const qsizetype span = qsizetype(layout.width - 2 * half) * p;
-        std::vector<unsigned char> lanes(static_cast<size_t>(span * cells));
-        for (int y = half; y < layout.height - half; ++y) {
-            const qsizetype start = qsizetype(y) * r + qsizetype(half) * p;
-            for (int k = 0; k < cells; ++k)
-                memcpy(lanes.data() + k * span, copy.get() + start + offsets[size_t(k)], size_t(span));
-            for (const auto &[first, second] : pairs) {
-                unsigned char *__restrict a = lanes.data() + first * span;
-                unsigned char *__restrict b = lanes.data() + second * span;
-                for (qsizetype i = 0; i < span; ++i) {
-                    const unsigned char lo = std::min(a[i], b[i]);
-                    const unsigned char hi = std::max(a[i], b[i]);
-                    a[i] = lo;
-                    b[i] = hi;
+    try {
+        const int n = int(size), half = n / 2, cells = n * n;
+        const int p = layout.pixelBytes;
+        const qsizetype r = layout.rowBytes;
+        std::vector<qsizetype> offsets(static_cast<size_t>(cells));
+        for (int row = 0; row < n; ++row)
+            for (int col = 0; col < n; ++col)
+                offsets[size_t(row * n + col)] = -(r + p) * half + qsizetype(row) * r + qsizetype(col) * p;
+        const int m = cells / 2;
+        if (n <= 5) {
+            // Small neighbourhoods: a whole row at a time through a sorting network of byte-wise min and
+            // max, which vectorises. Any correct sort gives the same sorted values as the Shell sort below.
+            const auto pairs = sortingNetwork(cells);
+            const qsizetype span = qsizetype(layout.width - 2 * half) * p;
+            std::vector<unsigned char> lanes(static_cast<size_t>(span * cells));
+            for (int y = half; y < layout.height - half; ++y) {
+                const qsizetype start = qsizetype(y) * r + qsizetype(half) * p;
+                for (int k = 0; k < cells; ++k)
+                    memcpy(lanes.data() + k * span, copy.get() + start + offsets[size_t(k)], size_t(span));
+                for (const auto &[first, second] : pairs) {
+                    unsigned char *__restrict a = lanes.data() + first * span;
+                    unsigned char *__restrict b = lanes.data() + second * span;
+                    for (qsizetype i = 0; i < span; ++i) {
+                        const unsigned char lo = std::min(a[i], b[i]);
+                        const unsigned char hi = std::max(a[i], b[i]);
+                        a[i] = lo;
+                        b[i] = hi;
+                    }
+                }
+                unsigned char *out = layout.data + start;
+                const unsigned char *lower = lanes.data() + (m - 1) * span;
+                const unsigned char *middle = lanes.data() + m * span;
+                for (qsizetype i = 0; i < span; ++i)
+                    out[i] = (m % 2 == 1) ? middle[i]
+                                          : static_cast<unsigned char>((unsigned(lower[i]) + middle[i]) / 2);
+                restoreAlpha(layout, copy.get() + qsizetype(y) * r, layout.row(y), half, layout.width - half);
+            }
+            return;
+        }
+        std::vector<int> values(static_cast<size_t>(cells));
+        for (int c = layout.colourSamples - 1; c >= 0; --c) {
+            for (int y = half; y < layout.height - half; ++y) {
+                for (int x = half; x < layout.width - half; ++x) {
+                    const qsizetype at = qsizetype(y) * r + qsizetype(x) * p + c;
+                    for (int i = 0; i < cells; ++i)
+                        values[size_t(i)] = copy[size_t(at + offsets[size_t(i)])];
+                    // Shell sort, gaps cells/2 halved each pass, insertion by swapping.
+                    for (int gap = cells / 2; gap > 0; gap /= 2)
+                        for (int i = gap; i < cells; ++i)
+                            for (int j = i - gap; j >= 0 && values[size_t(j)] > values[size_t(j + gap)];
+                                 j -= gap)
+                                std::swap(values[size_t(j)], values[size_t(j + gap)]);
+                    // For odd sizes m is even, so this is the mean of the two middle-lower values, on
+                    // purpose.
+                    const int result
+                        = (m % 2 == 1) ? values[size_t(m)] : (values[size_t(m - 1)] + values[size_t(m)]) / 2;
+                    layout.data[at] = static_cast<unsigned char>(result);
                 }
             }
-            unsigned char *out = layout.data + start;
-            const unsigned char *lower = lanes.data() + (m - 1) * span;
-            const unsigned char *middle = lanes.data() + m * span;
-            for (qsizetype i = 0; i < span; ++i)
-                out[i] = (m % 2 == 1) ? middle[i] : static_cast<unsigned char>((unsigned(lower[i]) + middle[i]) / 2);
-            restoreAlpha(layout, copy.get() + qsizetype(y) * r, layout.row(y), half, layout.width - half);
         }
-        return;
-    }
-    std::vector<int> values(static_cast<size_t>(cells));
-    for (int c = layout.colourSamples - 1; c >= 0; --c) {
-        for (int y = half; y < layout.height - half; ++y) {
-            for (int x = half; x < layout.width - half; ++x) {
-                const qsizetype at = qsizetype(y) * r + qsizetype(x) * p + c;
-                for (int i = 0; i < cells; ++i)
-                    values[size_t(i)] = copy[size_t(at + offsets[size_t(i)])];
-                // Shell sort, gaps cells/2 halved each pass, insertion by swapping.
-                for (int gap = cells / 2; gap > 0; gap /= 2)
-                    for (int i = gap; i < cells; ++i)
-                        for (int j = i - gap; j >= 0 && values[size_t(j)] > values[size_t(j + gap)]; j -= gap)
-                            std::swap(values[size_t(j)], values[size_t(j + gap)]);
-                // For odd sizes m is even, so this is the mean of the two middle-lower values, on purpose.
-                const int result = (m % 2 == 1) ? values[size_t(m)] : (values[size_t(m - 1)] + values[size_t(m)]) / 2;
-                layout.data[at] = static_cast<unsigned char>(result);
-            }
-        }
+    } catch (const std::bad_alloc &) {
+        // No room for the row buffers: the bitmap is left as far as it got.
     }
 }
 
@@ -640,7 +682,8 @@ void BitmapImageRep::makeTransparentRed(float red, float green, float blue, floa
     makeTransparentSample1(red, green, blue, 0.0f, threshhold);
 }
 
-void BitmapImageRep::makeTransparentSample1(float sample1, float sample2, float sample3, float sample4, float threshhold)
+void BitmapImageRep::makeTransparentSample1(
+    float sample1, float sample2, float sample3, float sample4, float threshhold)
 {
     Layout layout;
     if (!layoutOf(*this, layout) || !layout.alpha)
@@ -648,8 +691,9 @@ void BitmapImageRep::makeTransparentSample1(float sample1, float sample2, float 
     const int p = layout.pixelBytes;
     if (p != 2 && p != 4 && p != 5)
         return;
-    const int target[4] = { truncateToInt(double(sample1) * 255 + 0.5), truncateToInt(double(sample2) * 255 + 0.5),
-                            truncateToInt(double(sample3) * 255 + 0.5), truncateToInt(double(sample4) * 255 + 0.5) };
+    const int target[4]
+        = { truncateToInt(double(sample1) * 255 + 0.5), truncateToInt(double(sample2) * 255 + 0.5),
+              truncateToInt(double(sample3) * 255 + 0.5), truncateToInt(double(sample4) * 255 + 0.5) };
     int threshold = truncateToInt(double(threshhold) * 255 + 0.5);
     if (threshold <= 0)
         threshold = 1;
@@ -674,9 +718,15 @@ void BitmapImageRep::makeTransparentSample1(float sample1, float sample2, float 
     }
 }
 
-void BitmapImageRep::tintGray(float grey) { tintRed(grey, grey, grey); }
+void BitmapImageRep::tintGray(float grey)
+{
+    tintRed(grey, grey, grey);
+}
 
-void BitmapImageRep::tintRed(float red, float green, float blue) { tintSample1(red, green, blue, 0.0f); }
+void BitmapImageRep::tintRed(float red, float green, float blue)
+{
+    tintSample1(red, green, blue, 0.0f);
+}
 
 void BitmapImageRep::tintSample1(float sample1, float sample2, float sample3, float sample4)
 {
@@ -703,7 +753,8 @@ bool BitmapImageRep::entropy(float *entropyOut, float *entropySquareOut, float *
         return false;
     const auto toInt = [](double v) { return truncateToInt(v); };
     const int rx = toInt(rect.x()), ry = toInt(rect.y()), rw = toInt(rect.width()), rh = toInt(rect.height());
-    if (rx < 0 || ry < 0 || rw <= 0 || rh <= 0 || int64_t(rx) + rw > layout.width || int64_t(ry) + rh > layout.height)
+    if (rx < 0 || ry < 0 || rw <= 0 || rh <= 0 || int64_t(rx) + rw > layout.width
+        || int64_t(ry) + rh > layout.height)
         return false;
     const int p = layout.pixelBytes;
     const int channels = layout.colourSamples;

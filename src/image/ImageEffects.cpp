@@ -45,8 +45,9 @@ QImage paintableImage(BitmapImageRep &bitmap)
     if (image.isNull() || image.constBits() != bits)
         return {};
     const QImage::Format format = image.format();
-    if (format == QImage::Format_RGBA8888_Premultiplied ? !bitmap.hasAlpha()
-                                                         : format != QImage::Format_RGB888 && format != QImage::Format_RGBX8888)
+    if (format == QImage::Format_RGBA8888_Premultiplied
+            ? !bitmap.hasAlpha()
+            : format != QImage::Format_RGB888 && format != QImage::Format_RGBX8888)
         return {};
     return image;
 }
@@ -70,8 +71,8 @@ std::shared_ptr<BitmapImageRep> BitmapImageRep::copy()
     const unsigned char *bits = bitmapData();
     if (!bits)
         return nullptr;
-    auto result = create(m_width, m_height, m_bitsPerSample, m_samplesPerPixel, m_hasAlpha, m_planar, m_bitmapFormat,
-                         m_bytesPerRow, m_bitsPerPixel);
+    auto result = create(m_width, m_height, m_bitsPerSample, m_samplesPerPixel, m_hasAlpha, m_planar,
+        m_bitmapFormat, m_bytesPerRow, m_bitsPerPixel);
     if (!result)
         return nullptr;
     memcpy(result->m_pixels.get(), bits, size_t(bytesPerPlane() * numberOfPlanes()));
@@ -111,10 +112,18 @@ std::shared_ptr<BitmapImageRep> BitmapImageRep::negativeImageRep()
     if (!result)
         return nullptr;
     switch (m_samplesPerPixel) {
-    case 1: result->invertGrey(); break;
-    case 2: result->invertGreyAlpha(); break;
-    case 3: result->invertRGB(); break;
-    default: result->invertRGBA(); break;
+    case 1:
+        result->invertGrey();
+        break;
+    case 2:
+        result->invertGreyAlpha();
+        break;
+    case 3:
+        result->invertRGB();
+        break;
+    default:
+        result->invertRGBA();
+        break;
     }
     return result;
 }
@@ -198,7 +207,8 @@ ImagePtr Image::imageByAddingReflection(float fraction) const
     const double strip = total - h;
     if (!(w >= 1) || !(h > 0) || !(strip >= 0) || !(total < 1e9) || !(w < 1e9))
         return nullptr;
-    BitmapImageRepPtr bitmap = BitmapImageRep::create(int(w), int(total), 8, 4, true, false, 0, qsizetype(4.0 * w));
+    BitmapImageRepPtr bitmap
+        = BitmapImageRep::create(int(w), int(total), 8, 4, true, false, 0, qsizetype(4.0 * w));
     if (!bitmap)
         return nullptr;
     QImage target = bitmap->toQImage(); // shares the bitmap's buffer
@@ -226,7 +236,7 @@ ImagePtr Image::imageByAddingReflection(float fraction) const
         drawInRect(QRectF(0, 0, w, h), QRectF(), CompositingOperation::SourceOver, 1.0);
     } catch (const std::exception &e) {
         logException(QStringLiteral("imageByAddingReflection:"), QStringLiteral("NSImage"),
-                     QStringLiteral("std::exception"), QString::fromUtf8(e.what()));
+            QStringLiteral("std::exception"), QString::fromUtf8(e.what()));
         return nullptr;
     }
     auto result = std::make_shared<Image>(QSizeF(w, total));

@@ -40,17 +40,17 @@ void Image::scaleWithDivisor(float divisor, float offset)
     forEachBitmap(*this, [&](BitmapImageRep &b) { b.scaleWithDivisor(divisor, offset); });
 }
 
-void Image::applyMatrixFilter(const int32_t *matrix, int32_t divisor, int32_t offset,
-                              BitmapImageRep::MatrixCallback callback)
+void Image::applyMatrixFilter(
+    const int32_t *matrix, int32_t divisor, int32_t offset, BitmapImageRep::MatrixCallback callback)
 {
     forEachBitmap(*this, [&](BitmapImageRep &b) { b.applyMatrixFilter(matrix, divisor, offset, callback); });
 }
 
 void Image::applyMatrixesFilter(const int32_t *matrixes, int count, int size, int32_t divisor, int32_t offset,
-                                BitmapImageRep::MatrixCallback callback)
+    BitmapImageRep::MatrixCallback callback)
 {
     forEachBitmap(*this,
-                  [&](BitmapImageRep &b) { b.applyMatrixesFilter(matrixes, count, size, divisor, offset, callback); });
+        [&](BitmapImageRep &b) { b.applyMatrixesFilter(matrixes, count, size, divisor, offset, callback); });
 }
 
 void Image::applyStatisticalFilter(BitmapImageRep::StatisticalCallback callback, bool mono)
@@ -93,14 +93,18 @@ void Image::medianFilter(unsigned size)
     forEachBitmap(*this, [&](BitmapImageRep &b) { b.medianFilter(size); });
 }
 
-void Image::makeTransparentGray(float grey, float threshhold) { makeTransparentRed(grey, grey, grey, threshhold); }
+void Image::makeTransparentGray(float grey, float threshhold)
+{
+    makeTransparentRed(grey, grey, grey, threshhold);
+}
 
 void Image::makeTransparentRed(float red, float green, float blue, float threshhold)
 {
     makeTransparentSample1(red, green, blue, 0.0f, threshhold);
 }
 
-void Image::makeTransparentSample1(float sample1, float sample2, float sample3, float sample4, float threshhold)
+void Image::makeTransparentSample1(
+    float sample1, float sample2, float sample3, float sample4, float threshhold)
 {
     for (BitmapImageRepPtr bitmap : bitmapsOf(*this)) {
         if (!bitmap->hasAlpha()) {
@@ -116,17 +120,32 @@ void Image::makeTransparentSample1(float sample1, float sample2, float sample3, 
     }
 }
 
-void Image::tintGray(float grey) { tintRed(grey, grey, grey); }
+void Image::tintGray(float grey)
+{
+    tintRed(grey, grey, grey);
+}
 
-void Image::tintRed(float red, float green, float blue) { tintSample1(red, green, blue, 0.0f); }
+void Image::tintRed(float red, float green, float blue)
+{
+    tintSample1(red, green, blue, 0.0f);
+}
 
 void Image::tintSample1(float sample1, float sample2, float sample3, float sample4)
 {
     forEachBitmap(*this, [&](BitmapImageRep &b) { b.tintSample1(sample1, sample2, sample3, sample4); });
 }
 
-void Image::sharpenLight() { applyMatrixFilter(SharpenLightKernel, 4, 0); }
-void Image::sharpenMedium() { applyMatrixFilter(SharpenMediumKernel, 2, 0); }
-void Image::sharpenStrong() { applyMatrixFilter(SharpenStrongKernel, 1, 0); }
+void Image::sharpenLight()
+{
+    applyMatrixFilter(SharpenLightKernel, 4, 0);
+}
+void Image::sharpenMedium()
+{
+    applyMatrixFilter(SharpenMediumKernel, 2, 0);
+}
+void Image::sharpenStrong()
+{
+    applyMatrixFilter(SharpenStrongKernel, 1, 0);
+}
 
 } // namespace orvel

@@ -37,7 +37,8 @@ std::vector<unsigned char> sharpenedByHand(const std::vector<unsigned char> &in,
     for (int y = 1; y < H - 1; ++y)
         for (int x = 1; x < W - 1; ++x)
             for (int k = 0; k < 3; ++k) {
-                const auto s = [&](int dx, int dy) { return int(in[size_t(((y + dy) * W + x + dx) * 3 + k)]); };
+                const auto s
+                    = [&](int dx, int dy) { return int(in[size_t(((y + dy) * W + x + dx) * 3 + k)]); };
                 const int q = (c * s(0, 0) - s(-1, 0) - s(1, 0) - s(0, -1) - s(0, 1)) / d;
                 out[size_t((y * W + x) * 3 + k)] = static_cast<unsigned char>(std::clamp(q, 0, 255));
             }
@@ -51,8 +52,9 @@ std::vector<unsigned char> rgbOf(const QString &path)
     for (int y = 0; y < image.height(); ++y)
         for (int x = 0; x < image.width(); ++x) {
             const QRgb p = image.pixel(x, y);
-            rgb.insert(rgb.end(), { static_cast<unsigned char>(qRed(p)), static_cast<unsigned char>(qGreen(p)),
-                                    static_cast<unsigned char>(qBlue(p)) });
+            rgb.insert(rgb.end(),
+                { static_cast<unsigned char>(qRed(p)), static_cast<unsigned char>(qGreen(p)),
+                    static_cast<unsigned char>(qBlue(p)) });
         }
     return rgb;
 }
@@ -84,13 +86,14 @@ TEST_P(SharpenJob, PngThumbnailEqualsTheKernelAppliedByHand)
     defaults->setObject(GetParam().setting, QStringLiteral("sharpen"));
     QString why;
     ASSERT_TRUE(ThumbnailJob::processFile(source, defaults.get(), &why)) << why.toStdString();
-    const auto expected = GetParam().divisor ? sharpenedByHand(picture, GetParam().centre, GetParam().divisor) : picture;
+    const auto expected
+        = GetParam().divisor ? sharpenedByHand(picture, GetParam().centre, GetParam().divisor) : picture;
     EXPECT_EQ(rgbOf(dir.file(QStringLiteral("picture_thumb.png"))), expected);
 }
 
 INSTANTIATE_TEST_SUITE_P(ThumbnailJob, SharpenJob,
-                         ::testing::Values(Level{ 3, 5, 1 }, Level{ 2, 6, 2 }, Level{ 1, 8, 4 }, Level{ 0, 0, 0 },
-                                           Level{ 4, 0, 0 }, Level{ -1, 0, 0 }));
+    ::testing::Values(Level { 3, 5, 1 }, Level { 2, 6, 2 }, Level { 1, 8, 4 }, Level { 0, 0, 0 },
+        Level { 4, 0, 0 }, Level { -1, 0, 0 }));
 
 TEST(SharpenJobIcon, TheIconIsMadeFromTheSharpenedThumbnail)
 {
@@ -119,11 +122,11 @@ TEST(SharpenCommandLine, SharpenStrongReachesTheJob)
     const QString source = dir.file(QStringLiteral("picture.png"));
     const auto picture = writePicture(source);
     const int code = runProgram(thumbsExecutable(),
-                                { QStringLiteral("--quiet"), QStringLiteral("--format"), QStringLiteral("png"),
-                                  QStringLiteral("--sharpen"), QStringLiteral("strong"), source },
-                                nullptr, nullptr, 60000,
-                                { QStringLiteral("XDG_CONFIG_HOME=") + dir.file(QStringLiteral("config")),
-                                  QStringLiteral("XDG_CACHE_HOME=") + dir.file(QStringLiteral("cache")) });
+        { QStringLiteral("--quiet"), QStringLiteral("--format"), QStringLiteral("png"),
+            QStringLiteral("--sharpen"), QStringLiteral("strong"), source },
+        nullptr, nullptr, 60000,
+        { QStringLiteral("XDG_CONFIG_HOME=") + dir.file(QStringLiteral("config")),
+            QStringLiteral("XDG_CACHE_HOME=") + dir.file(QStringLiteral("cache")) });
     ASSERT_EQ(code, 0);
     EXPECT_EQ(rgbOf(dir.file(QStringLiteral("picture_thumb.png"))), sharpenedByHand(picture, 5, 1));
 }

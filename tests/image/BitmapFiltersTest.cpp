@@ -3,11 +3,11 @@
 #include "image/BitmapImageRep.h"
 
 #include <QByteArray>
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <cstring>
 #include <gtest/gtest.h>
-#include <algorithm>
 #include <random>
 #include <vector>
 
@@ -63,7 +63,8 @@ struct SharpenCase
 };
 
 class SharpenLevels : public ::testing::TestWithParam<SharpenCase>
-{};
+{
+};
 
 } // namespace
 
@@ -81,23 +82,23 @@ TEST_P(SharpenLevels, WorkedExampleChangesOnlyTheCentre)
 }
 
 INSTANTIATE_TEST_SUITE_P(BitmapFilters, SharpenLevels,
-                         ::testing::Values(SharpenCase{ "Strong", &BitmapImageRep::sharpenStrong, { 180, 0, 72 } },
-                                           SharpenCase{ "Medium", &BitmapImageRep::sharpenMedium, { 140, 0, 66 } },
-                                           SharpenCase{ "Light", &BitmapImageRep::sharpenLight, { 120, 0, 63 } }),
-                         [](const auto &info) { return std::string(info.param.name); });
+    ::testing::Values(SharpenCase { "Strong", &BitmapImageRep::sharpenStrong, { 180, 0, 72 } },
+        SharpenCase { "Medium", &BitmapImageRep::sharpenMedium, { 140, 0, 66 } },
+        SharpenCase { "Light", &BitmapImageRep::sharpenLight, { 120, 0, 63 } }),
+    [](const auto &info) { return std::string(info.param.name); });
 
 TEST(BitmapFilters, QuotientTruncatesTowardZeroBeforeTheOffset)
 {
     // Sums −5 and 7 divided by 4 are −1 and 1 (not −2): 9 and 11 with offset 10.
     const int32_t centreOnly[9] = { 0, 0, 0, 0, 1, 0, 0, 0, 0 };
     const int32_t minus[9] = { 0, 0, 0, 0, -1, 0, 0, 0, 0 };
-    auto a = bitmap(3, 3, 1, false, Bytes{ 0, 0, 0, 0, 5, 0, 0, 0, 0 });
+    auto a = bitmap(3, 3, 1, false, Bytes { 0, 0, 0, 0, 5, 0, 0, 0, 0 });
     a->applyMatrixFilter(minus, 4, 10);
     EXPECT_EQ(at(*a, 1, 1, 0), 9);
-    auto b = bitmap(3, 3, 1, false, Bytes{ 0, 0, 0, 0, 7, 0, 0, 0, 0 });
+    auto b = bitmap(3, 3, 1, false, Bytes { 0, 0, 0, 0, 7, 0, 0, 0, 0 });
     b->applyMatrixFilter(centreOnly, 4, 10);
     EXPECT_EQ(at(*b, 1, 1, 0), 11);
-    auto c = bitmap(3, 3, 1, false, Bytes{ 0, 0, 0, 0, 7, 0, 0, 0, 0 });
+    auto c = bitmap(3, 3, 1, false, Bytes { 0, 0, 0, 0, 7, 0, 0, 0, 0 });
     c->applyMatrixFilter(minus, -3, 0); // −7 ÷ −3 = 2
     EXPECT_EQ(at(*c, 1, 1, 0), 2);
 }
@@ -106,17 +107,17 @@ TEST(BitmapFilters, WeightsFollowRowMajorOrderWithTheRowAboveFirst)
 {
     // A kernel picking the top-right neighbour: the centre takes the value at (x+1, y−1).
     const int32_t topRight[9] = { 0, 0, 1, 0, 0, 0, 0, 0, 0 };
-    auto rep = bitmap(3, 3, 1, false, Bytes{ 1, 2, 3, 4, 5, 6, 7, 8, 9 });
+    auto rep = bitmap(3, 3, 1, false, Bytes { 1, 2, 3, 4, 5, 6, 7, 8, 9 });
     rep->applyMatrixFilter(topRight, 1, 0);
-    EXPECT_EQ(bytesOf(*rep), (Bytes{ 1, 2, 3, 4, 3, 6, 7, 8, 9 }));
+    EXPECT_EQ(bytesOf(*rep), (Bytes { 1, 2, 3, 4, 3, 6, 7, 8, 9 }));
 }
 
 TEST(BitmapFilters, CallbackGetsQuotientPlusOffsetAndItsResultIsClamped)
 {
     const int32_t identity[9] = { 0, 0, 0, 0, 1, 0, 0, 0, 0 };
-    auto rep = bitmap(5, 3, 1, false, Bytes{ 0, 0, 0, 0, 0, 0, 10, 100, 200, 0, 0, 0, 0, 0, 0 });
+    auto rep = bitmap(5, 3, 1, false, Bytes { 0, 0, 0, 0, 0, 0, 10, 100, 200, 0, 0, 0, 0, 0, 0 });
     rep->applyMatrixFilter(identity, 1, 5, [](int v) { return v == 15 ? -3 : v == 105 ? 77 : v + 100; });
-    EXPECT_EQ(at(*rep, 1, 1, 0), 0);   // −3 clamps to 0
+    EXPECT_EQ(at(*rep, 1, 1, 0), 0); // −3 clamps to 0
     EXPECT_EQ(at(*rep, 2, 1, 0), 77);
     EXPECT_EQ(at(*rep, 3, 1, 0), 255); // 305 clamps to 255
 }
@@ -143,7 +144,8 @@ TEST(BitmapFilters, SharpenKeepsAlphaBorderAndRowPadding)
                 EXPECT_EQ(after[k], before[k]) << "x " << x << " y " << y << " c " << c;
                 continue;
             }
-            const auto s = [&](int dx, int dy) { return int64_t(before[size_t((y + dy) * row + (x + dx) * 4 + c)]); };
+            const auto s
+                = [&](int dx, int dy) { return int64_t(before[size_t((y + dy) * row + (x + dx) * 4 + c)]); };
             const int64_t q = (6 * s(0, 0) - s(0, -1) - s(-1, 0) - s(1, 0) - s(0, 1)) / 2;
             EXPECT_EQ(after[k], q < 0 ? 0 : q > 255 ? 255 : q) << "x " << x << " y " << y << " c " << c;
         }
@@ -159,7 +161,7 @@ TEST(BitmapFilters, CallbackAndFastPathsAgree)
         b = static_cast<unsigned char>(random() & 0xff);
     // Sums of 16, 32 and 64 bits.
     const int32_t kernels[4][9] = { { 1, 2, 1, 2, 4, 2, 1, 2, 1 }, { 0, -1, 0, -1, 5, -1, 0, -1, 0 },
-                                    { 100, 0, -50, 0, 30, 0, 0, 0, 1 }, { 8000000, -3, 0, 0, 1, 0, 0, 0, -8000000 } };
+        { 100, 0, -50, 0, 30, 0, 0, 0, 1 }, { 8000000, -3, 0, 0, 1, 0, 0, 0, -8000000 } };
     for (const auto &kernel : kernels) {
         for (int32_t divisor : { 1, 4, 7, -2 }) {
             auto fast = bitmap(9, 7, 3, false, pixels);
@@ -186,7 +188,7 @@ TEST(BitmapFilters, CallbackAndFastPathsAgree)
 
 TEST(BitmapFilters, SmallAndUniformBitmapsAreUnchanged)
 {
-    for (auto [w, h] : { std::pair{ 2, 2 }, std::pair{ 1, 5 }, std::pair{ 5, 2 } }) {
+    for (auto [w, h] : { std::pair { 2, 2 }, std::pair { 1, 5 }, std::pair { 5, 2 } }) {
         Bytes pixels(size_t(w * h * 4));
         for (size_t i = 0; i < pixels.size(); ++i)
             pixels[i] = static_cast<unsigned char>(i * 37);
@@ -216,7 +218,8 @@ struct LayoutCase
 };
 
 class RefusedLayouts : public ::testing::TestWithParam<LayoutCase>
-{};
+{
+};
 
 } // namespace
 
@@ -236,7 +239,8 @@ TEST_P(RefusedLayouts, EveryFilterLeavesTheBitmapUnchanged)
     rep->scaleWithDivisor(2, 1);
     rep->applySampleFilter([](int v) { return v + 1; });
     rep->applyPixelFilter([](unsigned char *p, int, int, int) { p[0] = 0; });
-    rep->applyStatisticalFilter([](BitmapImageRep &, int, const uint32_t *, unsigned char *) { return true; }, true);
+    rep->applyStatisticalFilter(
+        [](BitmapImageRep &, int, const uint32_t *, unsigned char *) { return true; }, true);
     rep->applyNormalizeFilter(nullptr, false);
     rep->applyInterlaceFilter(1);
     rep->clear(0);
@@ -252,12 +256,11 @@ TEST_P(RefusedLayouts, EveryFilterLeavesTheBitmapUnchanged)
     EXPECT_EQ(rep->data(), before);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    BitmapFilters, RefusedLayouts,
-    ::testing::Values(LayoutCase{ "SixteenBit", 16, false, 0 }, LayoutCase{ "Planar", 8, true, 0 },
-                      LayoutCase{ "Float", 32, false, BitmapImageRep::FloatingPointSamplesBitmapFormat },
-                      LayoutCase{ "AlphaFirst", 8, false, BitmapImageRep::AlphaFirstBitmapFormat },
-                      LayoutCase{ "NonPremultiplied", 8, false, BitmapImageRep::AlphaNonpremultipliedBitmapFormat }),
+INSTANTIATE_TEST_SUITE_P(BitmapFilters, RefusedLayouts,
+    ::testing::Values(LayoutCase { "SixteenBit", 16, false, 0 }, LayoutCase { "Planar", 8, true, 0 },
+        LayoutCase { "Float", 32, false, BitmapImageRep::FloatingPointSamplesBitmapFormat },
+        LayoutCase { "AlphaFirst", 8, false, BitmapImageRep::AlphaFirstBitmapFormat },
+        LayoutCase { "NonPremultiplied", 8, false, BitmapImageRep::AlphaNonpremultipliedBitmapFormat }),
     [](const auto &info) { return std::string(info.param.name); });
 
 TEST(BitmapFilters, MultiKernelConvolutionUsesTheWholeNeighbourhoodAndKeepsTheLastKernel)
@@ -291,11 +294,11 @@ TEST(BitmapFilters, MultiKernelConvolutionUsesTheWholeNeighbourhoodAndKeepsTheLa
 
 TEST(BitmapFilters, ScaleWithDivisorRoundsThroughTheTableAndSkipsAlpha)
 {
-    auto rep = bitmap(3, 1, 4, true, Bytes{ 3, 5, 200, 77, 0, 1, 255, 255, 9, 10, 11, 12 });
+    auto rep = bitmap(3, 1, 4, true, Bytes { 3, 5, 200, 77, 0, 1, 255, 255, 9, 10, 11, 12 });
     rep->scaleWithDivisor(2.0f, 0.0f); // trunc(v/2 + 0.5)
-    EXPECT_EQ(bytesOf(*rep), (Bytes{ 2, 3, 100, 77, 0, 1, 128, 255, 5, 5, 6, 12 }));
+    EXPECT_EQ(bytesOf(*rep), (Bytes { 2, 3, 100, 77, 0, 1, 128, 255, 5, 5, 6, 12 }));
     rep->scaleWithDivisor(0.5f, -10.0f); // 2v − 9.5 truncated, clamped
-    EXPECT_EQ(bytesOf(*rep), (Bytes{ 0, 0, 190, 77, 0, 0, 246, 255, 0, 0, 2, 12 }));
+    EXPECT_EQ(bytesOf(*rep), (Bytes { 0, 0, 190, 77, 0, 0, 246, 255, 0, 0, 2, 12 }));
     const Bytes before = bytesOf(*rep);
     rep->scaleWithDivisor(1.0f, 0.0f);
     rep->scaleWithDivisor(0.0f, 5.0f);
@@ -304,9 +307,9 @@ TEST(BitmapFilters, ScaleWithDivisorRoundsThroughTheTableAndSkipsAlpha)
 
 TEST(BitmapFilters, SampleFilterKeepsTheLowByteOnColourSamplesOnly)
 {
-    auto rep = bitmap(2, 1, 4, true, Bytes{ 0, 1, 254, 40, 255, 2, 3, 50 });
+    auto rep = bitmap(2, 1, 4, true, Bytes { 0, 1, 254, 40, 255, 2, 3, 50 });
     rep->applySampleFilter([](int v) { return v + 257; });
-    EXPECT_EQ(bytesOf(*rep), (Bytes{ 1, 2, 255, 40, 0, 3, 4, 50 }));
+    EXPECT_EQ(bytesOf(*rep), (Bytes { 1, 2, 255, 40, 0, 3, 4, 50 }));
 }
 
 TEST(BitmapFilters, TableMapsEveryByteOfAnOpaqueRowButNotThePadding)
@@ -342,9 +345,9 @@ TEST(BitmapFilters, PixelFilterCountsCoordinatesDownFromTheFirstPixel)
         p[0] = static_cast<unsigned char>(10 * x + y);
     });
     ASSERT_EQ(pixelCalls.size(), 6u);
-    EXPECT_EQ(pixelCalls.front(), (std::array<int, 4>{ 3, 2, 1, 0 }));
-    EXPECT_EQ(pixelCalls[2], (std::array<int, 4>{ 3, 0, 1, 0 }));
-    EXPECT_EQ(pixelCalls.back(), (std::array<int, 4>{ 3, 0, 0, 0 }));
+    EXPECT_EQ(pixelCalls.front(), (std::array<int, 4> { 3, 2, 1, 0 }));
+    EXPECT_EQ(pixelCalls[2], (std::array<int, 4> { 3, 0, 1, 0 }));
+    EXPECT_EQ(pixelCalls.back(), (std::array<int, 4> { 3, 0, 0, 0 }));
     EXPECT_EQ(at(*rep, 0, 0, 0), 21);
     EXPECT_EQ(at(*rep, 2, 1, 0), 0);
     EXPECT_EQ(at(*rep, 0, 1, 0), 20);
@@ -353,7 +356,7 @@ TEST(BitmapFilters, PixelFilterCountsCoordinatesDownFromTheFirstPixel)
 TEST(BitmapFilters, StatisticalFilterVisitsChannelsFromTheLastAndMapsOnlyThatChannel)
 {
     statisticalChannels.clear();
-    auto rep = bitmap(2, 1, 4, true, Bytes{ 10, 20, 30, 99, 10, 21, 31, 98 });
+    auto rep = bitmap(2, 1, 4, true, Bytes { 10, 20, 30, 99, 10, 21, 31, 98 });
     rep->applyStatisticalFilter(
         [](BitmapImageRep &, int channel, const uint32_t *histogram, unsigned char *table) {
             statisticalChannels.push_back(channel);
@@ -367,8 +370,8 @@ TEST(BitmapFilters, StatisticalFilterVisitsChannelsFromTheLastAndMapsOnlyThatCha
             return true;
         },
         false);
-    EXPECT_EQ(statisticalChannels, (std::vector<int>{ 2, 1, 0 }));
-    EXPECT_EQ(bytesOf(*rep), (Bytes{ 10, 200, 30, 99, 10, 201, 31, 98 }));
+    EXPECT_EQ(statisticalChannels, (std::vector<int> { 2, 1, 0 }));
+    EXPECT_EQ(bytesOf(*rep), (Bytes { 10, 200, 30, 99, 10, 201, 31, 98 }));
 
     firstHistogram.clear();
     rep->applyStatisticalFilter(
@@ -383,66 +386,67 @@ TEST(BitmapFilters, StatisticalFilterVisitsChannelsFromTheLastAndMapsOnlyThatCha
     EXPECT_EQ(statisticalChannels.back(), 4); // samplesPerPixel
     EXPECT_EQ(firstHistogram[10], 2u);
     EXPECT_EQ(firstHistogram[99], 0u); // alpha is not counted
-    EXPECT_EQ(bytesOf(*rep), (Bytes{ 5, 100, 15, 99, 5, 100, 15, 98 }));
+    EXPECT_EQ(bytesOf(*rep), (Bytes { 5, 100, 15, 99, 5, 100, 15, 98 }));
 }
 
 TEST(BitmapFilters, NormalizeStretchesTheRangeToFullScale)
 {
-    auto rep = bitmap(2, 2, 3, false, Bytes{ 50, 50, 50, 100, 100, 100, 50, 100, 75, 100, 50, 60 });
+    auto rep = bitmap(2, 2, 3, false, Bytes { 50, 50, 50, 100, 100, 100, 50, 100, 75, 100, 50, 60 });
     rep->applyNormalizeFilter(nullptr, false);
     // (255·i − 255·50) ÷ 50: 75 → 127, 60 → 51.
-    EXPECT_EQ(bytesOf(*rep), (Bytes{ 0, 0, 0, 255, 255, 255, 0, 255, 127, 255, 0, 51 }));
+    EXPECT_EQ(bytesOf(*rep), (Bytes { 0, 0, 0, 255, 255, 255, 0, 255, 127, 255, 0, 51 }));
 
     // Mono: pixel means 20 and 40 (of 10/30 and 40/40) bound the table; samples map individually.
-    auto mono = bitmap(2, 1, 2, false, Bytes{ 10, 30, 40, 40 });
+    auto mono = bitmap(2, 1, 2, false, Bytes { 10, 30, 40, 40 });
     mono->applyNormalizeFilter(nullptr, true);
-    EXPECT_EQ(bytesOf(*mono), (Bytes{ static_cast<unsigned char>((255 * 10 - 255 * 20) / 20), 127, 255, 255 }));
+    EXPECT_EQ(
+        bytesOf(*mono), (Bytes { static_cast<unsigned char>((255 * 10 - 255 * 20) / 20), 127, 255, 255 }));
 
-    auto flat = bitmap(2, 1, 1, false, Bytes{ 9, 9 });
+    auto flat = bitmap(2, 1, 1, false, Bytes { 9, 9 });
     flat->applyNormalizeFilter([](int, int, int) { return 0; }, false);
-    EXPECT_EQ(bytesOf(*flat), (Bytes{ 9, 9 }));
+    EXPECT_EQ(bytesOf(*flat), (Bytes { 9, 9 }));
 }
 
 TEST(BitmapFilters, InterlaceDarkensOddRowsCountedFromTheBottom)
 {
     // Four rows: from the bottom they are 0..3, so the first and third rows in memory are odd.
-    auto rep = bitmap(1, 4, 2, true, Bytes{ 200, 9, 200, 9, 200, 9, 200, 9 });
+    auto rep = bitmap(1, 4, 2, true, Bytes { 200, 9, 200, 9, 200, 9, 200, 9 });
     rep->applyInterlaceFilter(2);
-    EXPECT_EQ(bytesOf(*rep), (Bytes{ 50, 9, 200, 9, 50, 9, 200, 9 }));
-    auto opaque = bitmap(2, 3, 1, false, Bytes{ 1, 2, 3, 4, 5, 6 });
+    EXPECT_EQ(bytesOf(*rep), (Bytes { 50, 9, 200, 9, 50, 9, 200, 9 }));
+    auto opaque = bitmap(2, 3, 1, false, Bytes { 1, 2, 3, 4, 5, 6 });
     opaque->applyInterlaceFilter(8);
-    EXPECT_EQ(bytesOf(*opaque), (Bytes{ 1, 2, 0, 0, 5, 6 }));
+    EXPECT_EQ(bytesOf(*opaque), (Bytes { 1, 2, 0, 0, 5, 6 }));
 }
 
 TEST(BitmapFilters, ClearSetsColourSamplesOnly)
 {
-    auto rep = bitmap(2, 1, 4, true, Bytes{ 1, 2, 3, 4, 5, 6, 7, 8 }, 1);
+    auto rep = bitmap(2, 1, 4, true, Bytes { 1, 2, 3, 4, 5, 6, 7, 8 }, 1);
     rep->clear(42);
-    EXPECT_EQ(bytesOf(*rep), (Bytes{ 42, 42, 42, 4, 42, 42, 42, 8, 0xEE }));
+    EXPECT_EQ(bytesOf(*rep), (Bytes { 42, 42, 42, 4, 42, 42, 42, 8, 0xEE }));
 }
 
 TEST(BitmapFilters, GrayScaleUsesRoundedLuminanceOrTheMean)
 {
     // 0.299·10 + 0.587·200 + 0.114·30 + 0.5 = 124.31 → 124.
-    auto rgb = bitmap(1, 1, 4, true, Bytes{ 10, 200, 30, 255 });
+    auto rgb = bitmap(1, 1, 4, true, Bytes { 10, 200, 30, 255 });
     rgb->grayScale(false, 0);
-    EXPECT_EQ(bytesOf(*rgb), (Bytes{ 124, 124, 124, 255 }));
-    auto at124 = bitmap(1, 1, 3, false, Bytes{ 10, 200, 30 });
+    EXPECT_EQ(bytesOf(*rgb), (Bytes { 124, 124, 124, 255 }));
+    auto at124 = bitmap(1, 1, 3, false, Bytes { 10, 200, 30 });
     at124->grayScale(true, 124);
-    EXPECT_EQ(bytesOf(*at124), (Bytes{ 0, 0, 0 }));
-    auto above = bitmap(1, 1, 3, false, Bytes{ 10, 200, 30 });
+    EXPECT_EQ(bytesOf(*at124), (Bytes { 0, 0, 0 }));
+    auto above = bitmap(1, 1, 3, false, Bytes { 10, 200, 30 });
     above->grayScale(true, 123);
-    EXPECT_EQ(bytesOf(*above), (Bytes{ 255, 255, 255 }));
+    EXPECT_EQ(bytesOf(*above), (Bytes { 255, 255, 255 }));
     // Four colour samples (no alpha): the integer mean (10+20+30+41)/4 = 25.
-    auto cmyk = bitmap(1, 1, 4, false, Bytes{ 10, 20, 30, 41 });
+    auto cmyk = bitmap(1, 1, 4, false, Bytes { 10, 20, 30, 41 });
     cmyk->grayScale(false, 0);
-    EXPECT_EQ(bytesOf(*cmyk), (Bytes{ 25, 25, 25, 25 }));
+    EXPECT_EQ(bytesOf(*cmyk), (Bytes { 25, 25, 25, 25 }));
 }
 
 TEST(BitmapFilters, EdgeDetectTakesTheLargerGradientOverThree)
 {
     // Gx = (30+60+90) − (10+40+70) = 60, Gy = (70+80+90) − (10+20+30) = 180: e = 60.
-    const Bytes grey{ 10, 20, 30, 40, 50, 60, 70, 80, 90 };
+    const Bytes grey { 10, 20, 30, 40, 50, 60, 70, 80, 90 };
     auto map = bitmap(3, 3, 1, false, grey);
     map->edgeDetect(false);
     Bytes expected = grey;
@@ -452,7 +456,8 @@ TEST(BitmapFilters, EdgeDetectTakesTheLargerGradientOverThree)
     added->edgeDetect(true);
     expected[4] = 110;
     EXPECT_EQ(bytesOf(*added), expected);
-    auto capped = bitmap(3, 3, 2, true, Bytes{ 0, 1, 0, 2, 0, 3, 0, 4, 250, 5, 0, 6, 255, 7, 255, 8, 255, 9 });
+    auto capped
+        = bitmap(3, 3, 2, true, Bytes { 0, 1, 0, 2, 0, 3, 0, 4, 250, 5, 0, 6, 255, 7, 255, 8, 255, 9 });
     capped->edgeDetect(true); // Gy = 765 → e = 255, 250 + 255 capped; alpha kept
     EXPECT_EQ(at(*capped, 1, 1, 0), 255);
     EXPECT_EQ(at(*capped, 1, 1, 1), 5);
@@ -460,7 +465,7 @@ TEST(BitmapFilters, EdgeDetectTakesTheLargerGradientOverThree)
 
 TEST(BitmapFilters, MedianAveragesTheTwoMiddleLowerValues)
 {
-    auto rep = bitmap(3, 3, 1, false, Bytes{ 0, 10, 0, 10, 10, 0, 10, 0, 10 });
+    auto rep = bitmap(3, 3, 1, false, Bytes { 0, 10, 0, 10, 10, 0, 10, 0, 10 });
     rep->medianFilter(3);
     EXPECT_EQ(at(*rep, 1, 1, 0), 5);
     // 5×5 of 0…24 (shuffled): m = 12, the mean of sorted[11] and sorted[12] is (11 + 12) ÷ 2 = 11.
@@ -498,7 +503,8 @@ TEST(BitmapFilters, MedianOfRandomPicturesMatchesSortingEachNeighbourhood)
                         for (int dx = -half; dx <= half; ++dx)
                             v.push_back(before[size_t((y + dy) * row + (x + dx) * 4 + c)]);
                     std::sort(v.begin(), v.end());
-                    expected[size_t(y * row + x * 4 + c)] = static_cast<unsigned char>((v[size_t(m - 1)] + v[size_t(m)]) / 2);
+                    expected[size_t(y * row + x * 4 + c)]
+                        = static_cast<unsigned char>((v[size_t(m - 1)] + v[size_t(m)]) / 2);
                 }
         EXPECT_EQ(bytesOf(*rep), expected) << "size " << n;
     }
@@ -507,35 +513,37 @@ TEST(BitmapFilters, MedianOfRandomPicturesMatchesSortingEachNeighbourhood)
 TEST(BitmapFilters, MakeTransparentFadesPixelsNearTheKeyByTheSquaredDistance)
 {
     // Key grey 100/255 → 100; threshold 0.1 → T = trunc(25.5 + 0.5) = 26.
-    auto rep = bitmap(4, 1, 4, true, Bytes{ 100, 100, 100, 255, 110, 100, 95, 255, 200, 100, 100, 255, 104, 100, 100, 0 });
+    auto rep = bitmap(
+        4, 1, 4, true, Bytes { 100, 100, 100, 255, 110, 100, 95, 255, 200, 100, 100, 255, 104, 100, 100, 0 });
     rep->makeTransparentGray(100.0f / 255.0f, 0.1f);
     // d = 0 → a = 0; d = 10 → a = 100 ÷ 26 = 3, colours ·3 ÷ 255; d = 100 → a ≥ 255: kept;
     // d = 4 → a = 0, not below the alpha 0: kept.
-    EXPECT_EQ(bytesOf(*rep), (Bytes{ 0, 0, 0, 0, 1, 1, 1, 3, 200, 100, 100, 255, 104, 100, 100, 0 }));
-    auto opaque = bitmap(1, 1, 3, false, Bytes{ 100, 100, 100 });
+    EXPECT_EQ(bytesOf(*rep), (Bytes { 0, 0, 0, 0, 1, 1, 1, 3, 200, 100, 100, 255, 104, 100, 100, 0 }));
+    auto opaque = bitmap(1, 1, 3, false, Bytes { 100, 100, 100 });
     opaque->makeTransparentGray(100.0f / 255.0f, 0.1f);
-    EXPECT_EQ(bytesOf(*opaque), (Bytes{ 100, 100, 100 }));
+    EXPECT_EQ(bytesOf(*opaque), (Bytes { 100, 100, 100 }));
     // Threshold 0 becomes 1: d = 2 → a = 4.
-    auto tight = bitmap(1, 1, 2, true, Bytes{ 52, 200 });
+    auto tight = bitmap(1, 1, 2, true, Bytes { 52, 200 });
     tight->makeTransparentRed(50.0f / 255.0f, 0, 0, 0.0f);
-    EXPECT_EQ(bytesOf(*tight), (Bytes{ 52 * 4 / 200, 4 }));
+    EXPECT_EQ(bytesOf(*tight), (Bytes { 52 * 4 / 200, 4 }));
 }
 
 TEST(BitmapFilters, TintAddsRoundedAmountsPerChannelUpTo255)
 {
-    auto rep = bitmap(2, 1, 4, true, Bytes{ 100, 200, 0, 7, 1, 2, 3, 8 });
+    auto rep = bitmap(2, 1, 4, true, Bytes { 100, 200, 0, 7, 1, 2, 3, 8 });
     rep->tintRed(0.5f, 0.5f, 0.0f); // 127.5 + 0.5 → 128
-    EXPECT_EQ(bytesOf(*rep), (Bytes{ 228, 255, 0, 7, 129, 130, 3, 8 }));
-    auto grey = bitmap(1, 1, 1, false, Bytes{ 10 });
+    EXPECT_EQ(bytesOf(*rep), (Bytes { 228, 255, 0, 7, 129, 130, 3, 8 }));
+    auto grey = bitmap(1, 1, 1, false, Bytes { 10 });
     grey->tintGray(0.1f); // 25.5 + 0.5 → 26
-    EXPECT_EQ(bytesOf(*grey), (Bytes{ 36 }));
+    EXPECT_EQ(bytesOf(*grey), (Bytes { 36 }));
 }
 
 TEST(BitmapFilters, EntropyMeasuresTheRegionWithItsByteOffsetQuirk)
 {
     // Grey + alpha: the rectangle's first pixel is read at byte x·C = 1 (the alpha of pixel 0), then
-    // every 2 bytes: values 200 and 255. Row mean 227; |−27| + |28| = 55 ÷ 2 = 27; 729 + 784 = 1513 ÷ 2 = 756.
-    auto rep = bitmap(3, 1, 2, true, Bytes{ 10, 200, 20, 255, 30, 255 });
+    // every 2 bytes: values 200 and 255. Row mean 227; |−27| + |28| = 55 ÷ 2 = 27; 729 + 784 = 1513 ÷ 2 =
+    // 756.
+    auto rep = bitmap(3, 1, 2, true, Bytes { 10, 200, 20, 255, 30, 255 });
     float e = -1, s = -1, b = -1;
     ASSERT_TRUE(rep->entropy(&e, &s, &b, QRectF(1.9, 0, 2.5, 1)));
     EXPECT_FLOAT_EQ(b, 227.0f / 255.0f);
@@ -543,7 +551,7 @@ TEST(BitmapFilters, EntropyMeasuresTheRegionWithItsByteOffsetQuirk)
     EXPECT_FLOAT_EQ(s, std::sqrt(756.0f) / 255.0f);
 
     // RGB over two rows: luminances 76 (red) and 150 (green) in row 0, 29 (blue) and 255 in row 1.
-    auto rgb = bitmap(2, 2, 3, false, Bytes{ 255, 0, 0, 0, 255, 0, 0, 0, 255, 255, 255, 255 });
+    auto rgb = bitmap(2, 2, 3, false, Bytes { 255, 0, 0, 0, 255, 0, 0, 0, 255, 255, 255, 255 });
     ASSERT_TRUE(rgb->entropy(&e, nullptr, &b, QRectF(0, 0, 2, 2)));
     // Row means 113 and 142: total 255, brightness 255 ÷ 2 ÷ 255, mean (255 + 1) ÷ 2 = 128.
     EXPECT_FLOAT_EQ(b, 0.5f);
@@ -556,14 +564,14 @@ TEST(BitmapFilters, EntropyMeasuresTheRegionWithItsByteOffsetQuirk)
 
 TEST(BitmapFilters, BitmapWithAlphaAddsAnOpaqueAlphaByte)
 {
-    auto rgb = bitmap(2, 1, 3, false, Bytes{ 1, 2, 3, 4, 5, 6 }, 2);
+    auto rgb = bitmap(2, 1, 3, false, Bytes { 1, 2, 3, 4, 5, 6 }, 2);
     rgb->setSize(QSizeF(20, 10));
     auto rgba = rgb->bitmapImageRepWithAlpha();
     ASSERT_TRUE(rgba);
     EXPECT_TRUE(rgba->hasAlpha());
     EXPECT_EQ(rgba->samplesPerPixel(), 4);
     EXPECT_EQ(rgba->size(), QSizeF(20, 10));
-    EXPECT_EQ(bytesOf(*rgba), (Bytes{ 1, 2, 3, 255, 4, 5, 6, 255 }));
+    EXPECT_EQ(bytesOf(*rgba), (Bytes { 1, 2, 3, 255, 4, 5, 6, 255 }));
     auto again = rgba->bitmapImageRepWithAlpha();
     ASSERT_TRUE(again);
     EXPECT_NE(again, rgba);

@@ -45,12 +45,12 @@ QColor pixel(const BitmapImageRepPtr &rep, int x, int y)
 
 TEST(ImageEffects, InvertersComplementColourBytesAndKeepAlpha)
 {
-    auto rgba = bitmap(2, 1, 4, true, Bytes{ 0, 10, 255, 128, 1, 2, 3, 4 });
+    auto rgba = bitmap(2, 1, 4, true, Bytes { 0, 10, 255, 128, 1, 2, 3, 4 });
     EXPECT_EQ(&rgba->invertRGBA(), rgba.get());
-    EXPECT_EQ(bytesOf(*rgba), (Bytes{ 255, 245, 0, 128, 254, 253, 252, 4 }));
-    auto greyAlpha = bitmap(2, 1, 2, true, Bytes{ 5, 6, 7, 8 });
+    EXPECT_EQ(bytesOf(*rgba), (Bytes { 255, 245, 0, 128, 254, 253, 252, 4 }));
+    auto greyAlpha = bitmap(2, 1, 2, true, Bytes { 5, 6, 7, 8 });
     greyAlpha->invertGreyAlpha();
-    EXPECT_EQ(bytesOf(*greyAlpha), (Bytes{ 250, 6, 248, 8 }));
+    EXPECT_EQ(bytesOf(*greyAlpha), (Bytes { 250, 6, 248, 8 }));
 }
 
 TEST(ImageEffects, InvertersTakeRowsAsPackedEvenWhenPadded)
@@ -65,11 +65,11 @@ TEST(ImageEffects, InvertersTakeRowsAsPackedEvenWhenPadded)
 
 TEST(ImageEffects, NegativeImageRepCopiesAndRefusesOtherSampleCounts)
 {
-    auto grey = bitmap(2, 1, 1, false, Bytes{ 0, 200 });
+    auto grey = bitmap(2, 1, 1, false, Bytes { 0, 200 });
     auto negative = grey->negativeImageRep();
     ASSERT_TRUE(negative);
-    EXPECT_EQ(bytesOf(*negative), (Bytes{ 255, 55 }));
-    EXPECT_EQ(bytesOf(*grey), (Bytes{ 0, 200 }));
+    EXPECT_EQ(bytesOf(*negative), (Bytes { 255, 55 }));
+    EXPECT_EQ(bytesOf(*grey), (Bytes { 0, 200 }));
     EXPECT_EQ(bitmap(1, 1, 5, true, Bytes(5, 1))->negativeImageRep(), nullptr);
 }
 
@@ -77,13 +77,13 @@ TEST(ImageEffects, NegativeImageTakesTheFirstRepresentationOnly)
 {
     auto image = std::make_shared<Image>(QSizeF(2, 1));
     EXPECT_EQ(image->negativeImage(), nullptr);
-    image->addRepresentation(bitmap(2, 1, 3, false, Bytes{ 1, 2, 3, 4, 5, 6 }));
-    image->addRepresentation(bitmap(2, 1, 1, false, Bytes{ 9, 9 }));
+    image->addRepresentation(bitmap(2, 1, 3, false, Bytes { 1, 2, 3, 4, 5, 6 }));
+    image->addRepresentation(bitmap(2, 1, 1, false, Bytes { 9, 9 }));
     ImagePtr negative = image->negativeImage();
     ASSERT_TRUE(negative);
     ASSERT_EQ(negative->representations().size(), 1u);
     EXPECT_EQ(negative->size(), QSizeF(2, 1));
-    EXPECT_EQ(bytesOf(*negative->bitmapImageRep()), (Bytes{ 254, 253, 252, 251, 250, 249 }));
+    EXPECT_EQ(bytesOf(*negative->bitmapImageRep()), (Bytes { 254, 253, 252, 251, 250, 249 }));
 
     TempDir dir;
     const QString pdf = dir.file(QStringLiteral("page.pdf"));

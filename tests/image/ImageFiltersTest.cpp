@@ -82,7 +82,8 @@ TEST(ImageFilters, MakeTransparentReplacesABitmapWithoutAlphaAtTheEnd)
     const BitmapImageRepPtr withAlpha = plus(4, true);
     image->addRepresentation(opaque);
     image->addRepresentation(withAlpha);
-    image->makeTransparentGray(80.0f / 255.0f, 0.1f); // the 80s become clear, the centre (d = 20, a = 15) fades
+    image->makeTransparentGray(
+        80.0f / 255.0f, 0.1f); // the 80s become clear, the centre (d = 20, a = 15) fades
     const auto &reps = image->representations();
     ASSERT_EQ(reps.size(), 2u);
     EXPECT_EQ(reps[0], withAlpha);
@@ -92,8 +93,8 @@ TEST(ImageFilters, MakeTransparentReplacesABitmapWithoutAlphaAtTheEnd)
     EXPECT_EQ(added->samplesPerPixel(), 4);
     for (const auto &rep : reps) {
         auto b = std::static_pointer_cast<BitmapImageRep>(rep);
-        EXPECT_EQ(b->bitmapData()[3], 0);             // corner: d = 0
-        EXPECT_EQ(centre(rep, 3), 400 / 26);          // 15
-        EXPECT_EQ(centre(rep, 0), 100 * 15 / 255);    // 5
+        EXPECT_EQ(b->bitmapData()[3], 0); // corner: d = 0
+        EXPECT_EQ(centre(rep, 3), 400 / 26); // 15
+        EXPECT_EQ(centre(rep, 0), 100 * 15 / 255); // 5
     }
 }
