@@ -184,8 +184,14 @@ bool ThumbnailJob::processFile(const QString &path, UserDefaults *defaults, QStr
         return fail(reason, why.isEmpty() ? QStringLiteral("the image could not be drawn") : why);
     }
 
-    // Sharpening of the rendered bitmap ("sharpen" 1 light, 2 medium, 3 strong) comes with the bitmap
-    // filters; until then every value leaves the bitmap as it is.
+    // Sharpen the rendered bitmap in place; any other value leaves it as it is. With "create" 1 the
+    // icon below is made from the sharpened thumbnail.
+    switch (int(s.sharpen)) {
+    case 3: thumbnail->sharpenStrong(); break;
+    case 2: thumbnail->sharpenMedium(); break;
+    case 1: thumbnail->sharpenLight(); break;
+    default: break;
+    }
 
     const QString out = outputPath(path, s.extensionFormat, s.extension, extension);
     if (int(s.extensionFormat) != 0 && int(s.extensionFormat) != 1)

@@ -87,6 +87,70 @@ public:
     /// Marks the bitmap as the destination of focused drawing (a cached representation).
     void setCached(bool cached) { m_cached = cached; }
 
+    // --- Filters (BitmapFilters.cpp) -----------------------------------------------------------
+    // In-place filters on the sample buffer. They act only on a filterable bitmap (canFilter) and
+    // leave any other layout unchanged; alpha is never changed except by makeTransparentSample1.
+
+    /// Maps a convolution value (quotient + offset) to the value stored, before clamping to 0…255.
+    using MatrixCallback = int (*)(int value);
+    /// Maps a sample value 0…255 to a new value (the low byte is kept).
+    using SampleCallback = int (*)(int value);
+    /// Called once per pixel with its first byte, the colour-sample count and reversed coordinates.
+    using PixelCallback = void (*)(unsigned char *pixel, int colourSamples, int x, int y);
+    /// Fills table from the histogram of channel (samplesPerPixel for all colour samples together);
+    /// answers whether the table is to be applied.
+    using StatisticalCallback = bool (*)(BitmapImageRep &bitmap, int channel, const uint32_t *histogram,
+                                         unsigned char *table);
+    /// The table entry for value given the minimum and maximum found.
+    using NormalizeCallback = int (*)(int value, int min, int max);
+
+    /// One meshed plane of 8-bit integer samples, whole bytes per pixel, alpha (if any) last and
+    /// premultiplied.
+    bool canFilter() const;
+    void sharpenLight();
+    void sharpenMedium();
+    void sharpenStrong();
+    /// 3×3 convolution of the interior pixels with nine row-major weights; the border is kept.
+    void applyMatrixFilter(const int32_t *matrix, int32_t divisor, int32_t offset, MatrixCallback callback = nullptr);
+    /// count kernels of size × size weights (size odd, at least 3), each applied to the unchanged samples.
+    void applyMatrixesFilter(const int32_t *matrixes, int count, int size, int32_t divisor, int32_t offset,
+                             MatrixCallback callback = nullptr);
+    void scaleWithDivisor(float divisor, float offset);
+    /// Maps every colour sample through a 256-byte table (alpha is kept).
+    void applyTransformationTable(const unsigned char *table);
+    void applySampleFilter(SampleCallback callback);
+    void applyPixelFilter(PixelCallback callback);
+    void applyStatisticalFilter(StatisticalCallback callback, bool mono);
+    void applyNormalizeFilter(NormalizeCallback callback, bool mono);
+    void applyInterlaceFilter(unsigned shift);
+    void clear(unsigned char value);
+    void grayScale(bool thresholdMode, unsigned threshhold);
+    void edgeDetect(bool addToImage);
+    void medianFilter(unsigned size);
+    void makeTransparentGray(float grey, float threshhold);
+    void makeTransparentRed(float red, float green, float blue, float threshhold);
+    void makeTransparentSample1(float sample1, float sample2, float sample3, float sample4, float threshhold);
+    void tintGray(float grey);
+    void tintRed(float red, float green, float blue);
+    void tintSample1(float sample1, float sample2, float sample3, float sample4);
+    /// Statistics of the region rect (rows counted from the first row in memory); any output may be
+    /// null. False when the bitmap cannot be filtered or rect is not inside it.
+    bool entropy(float *entropy, float *entropySquare, float *brightness, QRectF rect);
+    /// A new 8-bit bitmap with alpha holding the receiver's pixels; null unless canFilter.
+    [[nodiscard]] std::shared_ptr<BitmapImageRep> bitmapImageRepWithAlpha();
+
+    // --- Effects (ImageEffects.cpp) ------------------------------------------------------------
+    /// A copy of the bitmap with its own buffer; null when the pixels cannot be read.
+    [[nodiscard]] std::shared_ptr<BitmapImageRep> copy();
+    /// Byte inverters. They take the rows as packed (width × samples bytes) whatever bytesPerRow says,
+    /// and invert the colour bytes of each pixel; each answers the receiver.
+    BitmapImageRep &invertGrey();
+    BitmapImageRep &invertGreyAlpha();
+    BitmapImageRep &invertRGB();
+    BitmapImageRep &invertRGBA();
+    /// An inverted copy for 1 to 4 samples per pixel; null otherwise.
+    [[nodiscard]] std::shared_ptr<BitmapImageRep> negativeImageRep();
+
 private:
     BitmapImageRep() = default;
     bool decode();

@@ -210,6 +210,44 @@ public:
     static ImagePtr cachedImageNamedInBundle(const QString &name, const Bundle &bundle);
     static ImagePtr imageNamedInBundle(const QString &name, const Bundle &bundle);
 
+    // --- Filters (ImageFilters.cpp) ------------------------------------------------------------
+    // Each sends the bitmap filter of the same name to every bitmap representation, in order.
+    /// True as soon as one bitmap representation can be filtered.
+    bool canFilter() const;
+    void scaleWithDivisor(float divisor, float offset);
+    void applyMatrixFilter(const int32_t *matrix, int32_t divisor, int32_t offset,
+                           BitmapImageRep::MatrixCallback callback = nullptr);
+    void applyMatrixesFilter(const int32_t *matrixes, int count, int size, int32_t divisor, int32_t offset,
+                             BitmapImageRep::MatrixCallback callback = nullptr);
+    void applyStatisticalFilter(BitmapImageRep::StatisticalCallback callback, bool mono);
+    void applyNormalizeFilter(BitmapImageRep::NormalizeCallback callback, bool mono);
+    void applySampleFilter(BitmapImageRep::SampleCallback callback);
+    void applyPixelFilter(BitmapImageRep::PixelCallback callback);
+    void applyInterlaceFilter(unsigned shift);
+    void grayScale(bool thresholdMode, unsigned threshhold);
+    void edgeDetect(bool addToImage);
+    void medianFilter(unsigned size);
+    void makeTransparentGray(float grey, float threshhold);
+    void makeTransparentRed(float red, float green, float blue, float threshhold);
+    /// Bitmaps without alpha are first replaced by a copy with alpha, added at the end of the list.
+    void makeTransparentSample1(float sample1, float sample2, float sample3, float sample4, float threshhold);
+    void tintGray(float grey);
+    void tintRed(float red, float green, float blue);
+    void tintSample1(float sample1, float sample2, float sample3, float sample4);
+    void sharpenLight();
+    void sharpenMedium();
+    void sharpenStrong();
+
+    // --- Effects (ImageEffects.cpp) ------------------------------------------------------------
+    /// Fills the image with colour through op, in place; an invalid colour (nil) does nothing.
+    void tintWithColor(const QColor &colour, CompositingOperation op);
+    /// A tinted copy; the image itself for an invalid colour; null when it cannot be copied.
+    [[nodiscard]] ImagePtr tintedImageWithColor(const QColor &colour, CompositingOperation op);
+    /// A new image holding the negative of the first representation; null when there is none.
+    [[nodiscard]] ImagePtr negativeImage() const;
+    /// A new image with a mirrored reflection strip of fraction × height below the picture.
+    [[nodiscard]] ImagePtr imageByAddingReflection(float fraction) const;
+
 private:
     void loadReferencedFile() const;
 

@@ -1,0 +1,150 @@
+// The effects: byte inverters and negatives, tinting through Porter–Duff operations, reflections.
+#include "image/Image.h"
+#include "testlib/TestSupport.h"
+
+#include <QPainter>
+#include <cstring>
+#include <gtest/gtest.h>
+#include <vector>
+
+using namespace orvel;
+using namespace orvel::test;
+
+namespace {
+
+using Bytes = std::vector<unsigned char>;
+
+BitmapImageRepPtr bitmap(int w, int h, int spp, bool alpha, const Bytes &bytes, qsizetype bytesPerRow = 0)
+{
+    auto rep = BitmapImageRep::create(w, h, 8, spp, alpha, false, 0, bytesPerRow);
+    memcpy(rep->bitmapData(), bytes.data(), std::min(bytes.size(), size_t(rep->bytesPerPlane())));
+    return rep;
+}
+
+Bytes bytesOf(BitmapImageRep &rep)
+{
+    return Bytes(rep.bitmapData(), rep.bitmapData() + rep.bytesPerPlane());
+}
+
+// An opaque picture: the top half red, the bottom half blue.
+ImagePtr twoBands(int w, int h)
+{
+    QImage picture(w, h, QImage::Format_RGBA8888_Premultiplied);
+    picture.fill(Qt::red);
+    QPainter(&picture).fillRect(0, h / 2, w, h - h / 2, Qt::blue);
+    return Image::imageWithRepresentation(BitmapImageRep::fromQImage(picture));
+}
+
+QColor pixel(const BitmapImageRepPtr &rep, int x, int y)
+{
+    const unsigned char *p = rep->bitmapData() + y * rep->bytesPerRow() + x * 4;
+    return QColor(p[0], p[1], p[2], p[3]);
+}
+
+} // namespace
+
+TEST(ImageEffects, InvertersComplementColourBytesAndKeepAlpha)
+{
+    auto rgba = bitmap(2, 1, 4, true, Bytes { 0, 10, 255, 128, 1, 2, 3, 4 });
+    EXPECT_EQ(&rgba->invertRGBA(), rgba.get());
+    EXPECT_EQ(bytesOf(*rgba), (Bytes { 255, 245, 0, 128, 254, 253, 252, 4 }));
+    auto greyAlpha = bitmap(2, 1, 2, true, Bytes { 5, 6, 7, 8 });
+    greyAlpha->invertGreyAlpha();
+    EXPECT_EQ(bytesOf(*greyAlpha), (Bytes { 250, 6, 248, 8 }));
+}
+
+TEST(ImageEffects, InvertersTakeRowsAsPackedEvenWhenPadded)
+{
+    // 2×2 RGB with rows of 8 bytes: the first 12 bytes are inverted, padding included, the last 4 not.
+    auto rgb = bitmap(2, 2, 3, false, Bytes(16, 0), 8);
+    rgb->invertRGB();
+    Bytes expected(16, 0);
+    std::fill(expected.begin(), expected.begin() + 12, 255);
+    EXPECT_EQ(bytesOf(*rgb), expected);
+}
+
+TEST(ImageEffects, NegativeImageRepCopiesAndRefusesOtherSampleCounts)
+{
+    auto grey = bitmap(2, 1, 1, false, Bytes { 0, 200 });
+    auto negative = grey->negativeImageRep();
+    ASSERT_TRUE(negative);
+    EXPECT_EQ(bytesOf(*negative), (Bytes { 255, 55 }));
+    EXPECT_EQ(bytesOf(*grey), (Bytes { 0, 200 }));
+    EXPECT_EQ(bitmap(1, 1, 5, true, Bytes(5, 1))->negativeImageRep(), nullptr);
+}
+
+TEST(ImageEffects, NegativeImageTakesTheFirstRepresentationOnly)
+{
+    auto image = std::make_shared<Image>(QSizeF(2, 1));
+    EXPECT_EQ(image->negativeImage(), nullptr);
+    image->addRepresentation(bitmap(2, 1, 3, false, Bytes { 1, 2, 3, 4, 5, 6 }));
+    image->addRepresentation(bitmap(2, 1, 1, false, Bytes { 9, 9 }));
+    ImagePtr negative = image->negativeImage();
+    ASSERT_TRUE(negative);
+    ASSERT_EQ(negative->representations().size(), 1u);
+    EXPECT_EQ(negative->size(), QSizeF(2, 1));
+    EXPECT_EQ(bytesOf(*negative->bitmapImageRep()), (Bytes { 254, 253, 252, 251, 250, 249 }));
+
+    TempDir dir;
+    const QString pdf = dir.file(QStringLiteral("page.pdf"));
+    ASSERT_TRUE(writeTestPdf(pdf, 72, 72, Qt::blue));
+    EXPECT_EQ(Image::initByReferencingFile(pdf)->negativeImage(), nullptr);
+}
+
+TEST(ImageEffects, TintComposesOnPremultipliedPixels)
+{
+    ImagePtr image = twoBands(4, 4);
+    // A nil colour answers the very same image.
+    EXPECT_EQ(image->tintedImageWithColor(QColor(), CompositingOperation::SourceOver), image);
+    ImagePtr tinted = image->tintedImageWithColor(QColor(0, 255, 0, 128), CompositingOperation::SourceOver);
+    ASSERT_TRUE(tinted);
+    ASSERT_NE(tinted, image);
+    // Source-over: green·(128/255) + red·(1 − 128/255).
+    EXPECT_TRUE(colourNear(pixel(tinted->bitmapImageRep(), 0, 0), QColor(127, 128, 0, 255), 1))
+        << pixel(tinted->bitmapImageRep(), 0, 0).name(QColor::HexArgb).toStdString();
+    EXPECT_EQ(pixel(image->bitmapImageRep(), 0, 0), QColor(255, 0, 0, 255)); // the original is untouched
+
+    // Source-atop keeps transparent pixels transparent; source-in leaves them so too.
+    auto clear = Image::imageWithRepresentation(BitmapImageRep::createRGBA(2, 2));
+    clear->tintWithColor(Qt::yellow, CompositingOperation::SourceAtop);
+    EXPECT_EQ(pixel(clear->bitmapImageRep(), 1, 1).alpha(), 0);
+    clear->tintWithColor(Qt::yellow, CompositingOperation::Copy);
+    EXPECT_EQ(pixel(clear->bitmapImageRep(), 1, 1), QColor(255, 255, 0, 255));
+}
+
+TEST(ImageEffects, TintRendersADocumentIntoABitmap)
+{
+    TempDir dir;
+    const QString pdf = dir.file(QStringLiteral("page.pdf"));
+    ASSERT_TRUE(writeTestPdf(pdf, 20, 10, Qt::blue));
+    ImagePtr image = Image::initByReferencingFile(pdf);
+    image->tintWithColor(QColor(255, 0, 0), CompositingOperation::SourceAtop);
+    ASSERT_EQ(image->representations().size(), 1u);
+    ASSERT_TRUE(image->bitmapImageRep());
+    EXPECT_EQ(pixel(image->bitmapImageRep(), 5, 5), QColor(255, 0, 0, 255));
+}
+
+TEST(ImageEffects, ReflectionAddsAMirroredFadingStripBelow)
+{
+    ImagePtr image = twoBands(100, 80);
+    ImagePtr same = image->imageByAddingReflection(0.0f);
+    ASSERT_TRUE(same);
+    EXPECT_EQ(same->size(), QSizeF(100, 80));
+    ImagePtr reflected = image->imageByAddingReflection(0.5f);
+    ASSERT_TRUE(reflected);
+    EXPECT_EQ(reflected->size(), QSizeF(100, 120));
+    const BitmapImageRepPtr rep = reflected->bitmapImageRep();
+    ASSERT_TRUE(rep);
+    EXPECT_EQ(rep->pixelsWide(), 100);
+    EXPECT_EQ(rep->pixelsHigh(), 120);
+    EXPECT_EQ(pixel(rep, 10, 0), QColor(255, 0, 0, 255));
+    EXPECT_EQ(pixel(rep, 10, 79), QColor(0, 0, 255, 255));
+    // Just below the seam: the picture's bottom row (blue) at about 0.2 opacity, premultiplied.
+    const QColor seam = pixel(rep, 10, 80);
+    EXPECT_EQ(seam.red(), 0);
+    EXPECT_NEAR(seam.alpha(), 51, 3);
+    EXPECT_EQ(seam.blue(), seam.alpha());
+    // The bottom of the strip has faded to almost nothing.
+    EXPECT_LE(pixel(rep, 10, 119).alpha(), 2);
+    EXPECT_EQ(image->imageByAddingReflection(-0.5f), nullptr);
+}
