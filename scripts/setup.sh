@@ -11,6 +11,7 @@ packages=(
   qt6-base-dev libvips-dev libpoppler-qt6-dev ghostscript
   libgtest-dev libgmock-dev libbenchmark-dev
   libvips-tools time
+  desktop-file-utils appstream dbus-daemon xvfb xauth imagemagick
 )
 missing=()
 for p in "${packages[@]}"; do
