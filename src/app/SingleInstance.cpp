@@ -13,7 +13,7 @@
 #include <QLocalSocket>
 #include <QFile>
 #include <QStandardPaths>
-#include <QTimer>
+#include <QThread>
 #include <QUrl>
 
 #include <memory>
@@ -27,32 +27,36 @@ constexpr int HandOverTimeout = 5000;
 // A request larger than this is not a list of paths; the connection is dropped.
 constexpr qint64 MaxRequestBytes = 64 << 20;
 
+/// Takes the calls of other launches on a thread of its own, so that they are answered at once
+/// even while the main thread is busy with a file; the requests reach the main thread queued.
+class BusReceiver : public QObject
+{
+    Q_OBJECT
+
+Q_SIGNALS:
+    void activateRequested();
+    void openRequested(const QStringList &uris);
+};
+
 class ApplicationAdaptor : public QDBusAbstractAdaptor
 {
     Q_OBJECT
     Q_CLASSINFO("D-Bus Interface", "org.freedesktop.Application")
 
 public:
-    explicit ApplicationAdaptor(SingleInstance *instance)
-        : QDBusAbstractAdaptor(instance)
-        , m_instance(instance)
+    explicit ApplicationAdaptor(BusReceiver *receiver)
+        : QDBusAbstractAdaptor(receiver)
+        , m_receiver(receiver)
     {
     }
 
 public Q_SLOTS:
-    void Activate(const QVariantMap &)
-    {
-        // Answered at once; the work runs when the event loop comes back.
-        QTimer::singleShot(0, m_instance, [instance = m_instance] { instance->activate(); });
-    }
-    void Open(const QStringList &uris, const QVariantMap &)
-    {
-        QTimer::singleShot(0, m_instance, [instance = m_instance, uris] { instance->open(uris); });
-    }
+    void Activate(const QVariantMap &) { Q_EMIT m_receiver->activateRequested(); }
+    void Open(const QStringList &uris, const QVariantMap &) { Q_EMIT m_receiver->openRequested(uris); }
     void ActivateAction(const QString &, const QVariantList &, const QVariantMap &) { }
 
 private:
-    SingleInstance *m_instance;
+    BusReceiver *m_receiver;
 };
 
 QStringList localPaths(const QStringList &uris)
@@ -90,8 +94,13 @@ SingleInstance::SingleInstance(const QString &applicationId, const QDBusConnecti
 SingleInstance::~SingleInstance()
 {
     if (m_transport == u"dbus") {
-        m_bus.unregisterObject(objectPath());
         m_bus.unregisterService(m_applicationId);
+        m_bus.unregisterObject(objectPath());
+    }
+    if (m_busThread) {
+        m_busThread->quit();
+        m_busThread->wait();
+        delete m_receiver;
     }
 }
 
@@ -120,8 +129,15 @@ bool SingleInstance::listen()
 bool SingleInstance::listenOnBus()
 {
     QDBusConnection &bus = m_bus;
-    new ApplicationAdaptor(this);
-    if (!bus.registerObject(objectPath(), this))
+    m_busThread = new QThread(this);
+    auto *receiver = new BusReceiver;
+    m_receiver = receiver;
+    new ApplicationAdaptor(receiver);
+    receiver->moveToThread(m_busThread);
+    connect(receiver, &BusReceiver::activateRequested, this, &SingleInstance::activate, Qt::QueuedConnection);
+    connect(receiver, &BusReceiver::openRequested, this, &SingleInstance::open, Qt::QueuedConnection);
+    m_busThread->start();
+    if (!bus.registerObject(objectPath(), m_receiver, QDBusConnection::ExportAdaptors))
         return false;
     const auto reply = bus.interface()->registerService(m_applicationId,
         QDBusConnectionInterface::DontQueueService, QDBusConnectionInterface::DontAllowReplacement);

@@ -6,6 +6,7 @@
 #include <QStringList>
 
 class QLocalServer;
+class QThread;
 
 namespace orvel {
 
@@ -59,6 +60,8 @@ private:
     QDBusConnection m_bus;
     QString m_transport;
     QLocalServer *m_server = nullptr;
+    QThread *m_busThread = nullptr;
+    QObject *m_receiver = nullptr;
 };
 
 } // namespace orvel
