@@ -5,6 +5,7 @@
 #include "testlib/TestSupport.h"
 
 #include <QFile>
+#include <QFileInfo>
 #include <QMimeDatabase>
 #include <QSettings>
 #include <QStandardPaths>
@@ -81,6 +82,32 @@ TEST(DesktopFiles, EveryOfferedTypeIsOneTheApplicationReads)
     // And the everyday ones are all there.
     for (const char *everyday : { "image/jpeg", "image/png", "image/gif", "image/tiff", "image/webp", "application/pdf" })
         EXPECT_TRUE(types.contains(QString::fromLatin1(everyday))) << everyday;
+}
+
+TEST(DesktopFiles, InstallingIntoAPrefixPutsEverythingWhereDesktopsLook)
+{
+    TempDir prefix;
+    QByteArray out;
+    QByteArray err;
+    ASSERT_EQ(runProgram(QString::fromUtf8(ORVEL_CMAKE_COMMAND),
+                  { QStringLiteral("--install"), QString::fromUtf8(ORVEL_BUILD_DIR), QStringLiteral("--prefix"), prefix.path() },
+                  &out, &err, 120000),
+        0)
+        << err.toStdString();
+    const QString installed = prefix.file(QStringLiteral("share/applications/org.orvel.Thumbnails.desktop"));
+    const QString entry = QString::fromUtf8(readBytes(installed));
+    // The desktop file runs the program installed beside it, under the prefix given now.
+    const QString program = prefix.file(QStringLiteral("bin/orvel-thumbnails"));
+    EXPECT_TRUE(entry.contains(QStringLiteral("\nExec=") + program + QStringLiteral(" %F\n"))) << entry;
+    EXPECT_TRUE(QFileInfo(program).isExecutable());
+    EXPECT_TRUE(QFileInfo(prefix.file(QStringLiteral("bin/orvel-thumbs"))).isExecutable());
+    for (const char *file : { "share/metainfo/org.orvel.Thumbnails.metainfo.xml",
+             "share/icons/hicolor/scalable/apps/org.orvel.Thumbnails.svg",
+             "share/icons/hicolor/48x48/apps/org.orvel.Thumbnails.png",
+             "share/icons/hicolor/256x256/apps/org.orvel.Thumbnails.png" })
+        EXPECT_TRUE(QFile::exists(prefix.file(QString::fromLatin1(file)))) << file;
+    EXPECT_EQ(loadImage(prefix.file(QStringLiteral("share/icons/hicolor/48x48/apps/org.orvel.Thumbnails.png"))).size(),
+        QSize(48, 48));
 }
 
 } // namespace
