@@ -6,11 +6,13 @@
 #include "support/UserDefaults.h"
 
 #include <QCoreApplication>
+#include <QEventLoop>
 #include <QFile>
 #include <QFileInfo>
 #include <QThread>
 
 #include <algorithm>
+#include <memory>
 #include <sys/stat.h>
 
 namespace orvel {
@@ -58,8 +60,24 @@ bool IsolatedJob::processFile(const QString &path, QString *reason)
     }
     m_lastOk = false;
     m_lastReason = QStringLiteral("no answer from the worker");
-    m_pool->submit(m_nextTag++, path, ThumbnailJob::outputPathForFile(path, &defaults));
-    m_pool->waitForAll();
+    const QString output = ThumbnailJob::outputPathForFile(path, &defaults);
+    const qint64 tag = m_nextTag++;
+    auto work = [this, tag, &path, &output] {
+        m_pool->submit(tag, path, output);
+        m_pool->waitForAll();
+    };
+    if (QThread::currentThread() == QCoreApplication::instance()->thread()) {
+        // Wait on a thread of its own while the event loop runs on, so that windows draw
+        // themselves and the progress window appears during a long file; input waits.
+        QEventLoop loop;
+        std::unique_ptr<QThread> waiter(QThread::create(work));
+        QObject::connect(waiter.get(), &QThread::finished, &loop, &QEventLoop::quit);
+        waiter->start();
+        loop.exec(QEventLoop::ExcludeUserInputEvents);
+        waiter->wait();
+    } else {
+        work();
+    }
     if (reason && !m_lastOk)
         *reason = m_lastReason;
     return m_lastOk;

@@ -20,6 +20,12 @@ ProgressWindow::ProgressWindow(QWidget *parent)
     m_endTimer.setSingleShot(true);
     m_endTimer.setInterval(0);
     connect(&m_endTimer, &QTimer::timeout, this, &ProgressWindow::endRun);
+    // The event loop runs while a job works, so the window can come in the middle of a file.
+    m_showTimer.setSingleShot(true);
+    connect(&m_showTimer, &QTimer::timeout, this, [this] {
+        show();
+        update(false);
+    });
     auto *layout = new QVBoxLayout(this);
     m_countLabel = new QLabel(this);
     m_bar = new QProgressBar(this);
@@ -65,6 +71,7 @@ void ProgressWindow::runFinished()
 void ProgressWindow::endRun()
 {
     hide();
+    m_showTimer.stop();
     m_clock.invalidate();
     m_expected = m_started = m_done = 0;
     m_current.clear();
@@ -73,8 +80,10 @@ void ProgressWindow::endRun()
 void ProgressWindow::startRunIfIdle()
 {
     m_endTimer.stop();
-    if (!m_clock.isValid())
+    if (!m_clock.isValid()) {
         m_clock.start();
+        m_showTimer.start(ShowDelay);
+    }
 }
 
 void ProgressWindow::update(bool repaint)

@@ -51,6 +51,7 @@ private:
     QProgressBar *m_bar = nullptr;
     QElapsedTimer m_clock;
     QTimer m_endTimer;
+    QTimer m_showTimer;
     qint64 m_expected = 0;
     qint64 m_started = 0;
     qint64 m_done = 0;
