@@ -1,0 +1,45 @@
+// IsolatedJob: the thumbnail job of the desktop application, run in a worker process.
+#pragma once
+
+#include <QString>
+
+#include <memory>
+
+namespace orvel {
+
+class UserDefaults;
+class WorkerPool;
+
+/// Runs the thumbnail job of one file at a time in a worker process of orvel-thumbs, so that a
+/// decoder that crashes or hangs on a hostile file fails that file only. The worker reads the
+/// settings from the store's file, so a change stored by this process reaches it once stored.
+class IsolatedJob
+{
+public:
+    /// executable is orvel-thumbs; when it is missing the job runs in this process instead.
+    explicit IsolatedJob(const QString &executable, int timeoutSeconds = 120, UserDefaults *defaults = nullptr);
+    ~IsolatedJob();
+    IsolatedJob(const IsolatedJob &) = delete;
+    IsolatedJob &operator=(const IsolatedJob &) = delete;
+
+    /// orvel-thumbs beside the running program (the build folder or the installed bin folder).
+    static QString defaultExecutable();
+
+    /// Whether the jobs run in worker processes.
+    bool isIsolated() const { return !m_executable.isEmpty(); }
+
+    /// The thumbnail job for the file at path (resolved). Answers YES or NO; on NO, reason (when
+    /// given) says why.
+    bool processFile(const QString &path, QString *reason = nullptr);
+
+private:
+    QString m_executable;
+    int m_timeoutSeconds = 120;
+    UserDefaults *m_defaults = nullptr;
+    std::unique_ptr<WorkerPool> m_pool;
+    qint64 m_nextTag = 0;
+    bool m_lastOk = false;
+    QString m_lastReason;
+};
+
+} // namespace orvel

@@ -1,0 +1,239 @@
+// PreferencesPanel: the window that shows the thumbnail settings and stores them.
+#include "app/PreferencesPanel.h"
+
+#include "support/UserDefaults.h"
+#include "ui_PreferencesPanel.h"
+
+#include <QButtonGroup>
+#include <QCheckBox>
+#include <QCloseEvent>
+#include <QComboBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMimeData>
+#include <QRegularExpression>
+#include <QUrl>
+
+#include <algorithm>
+#include <cmath>
+#include <climits>
+#include <limits>
+
+namespace orvel {
+
+namespace {
+
+/// Gives each button of group the id written in its "tag" property.
+void takeTags(QButtonGroup *group)
+{
+    const QList<QAbstractButton *> buttons = group->buttons();
+    for (QAbstractButton *button : buttons)
+        group->setId(button, button->property("tag").toInt());
+}
+
+/// Gives each item of menu the tag listed for it in the menu's "tags" property ("0,1,2").
+void takeTags(QComboBox *menu)
+{
+    const QStringList tags = menu->property("tags").toString().split(u',', Qt::SkipEmptyParts);
+    for (int i = 0; i < menu->count() && i < tags.size(); ++i)
+        menu->setItemData(i, tags.at(i).trimmed().toInt());
+}
+
+void selectCellWithTag(QButtonGroup *group, qint64 tag)
+{
+    QAbstractButton *button = tag >= INT_MIN && tag <= INT_MAX ? group->button(int(tag)) : nullptr;
+    if (button) {
+        button->setChecked(true);
+        return;
+    }
+    // No cell has that tag: none is selected.
+    group->setExclusive(false);
+    const QList<QAbstractButton *> buttons = group->buttons();
+    for (QAbstractButton *other : buttons)
+        other->setChecked(false);
+    group->setExclusive(true);
+}
+
+void selectItemWithTag(QComboBox *menu, qint64 tag)
+{
+    menu->setCurrentIndex(tag >= INT_MIN && tag <= INT_MAX ? menu->findData(int(tag)) : -1);
+}
+
+qint64 selectedTag(const QButtonGroup *group)
+{
+    return std::max(0, group->checkedId());
+}
+
+qint64 selectedTag(const QComboBox *menu)
+{
+    return menu->currentIndex() < 0 ? 0 : menu->currentData().toInt();
+}
+
+QString numberText(double value)
+{
+    return QString::number(value, 'g', 6);
+}
+
+} // namespace
+
+PreferencesPanel::PreferencesPanel(UserDefaults *defaults, QWidget *parent)
+    : QMainWindow(parent)
+    , ui(new Ui::PreferencesPanel)
+    , m_defaults(defaults)
+{
+    ui->setupUi(this);
+    createIcons = ui->createIcons;
+    extension = ui->extension;
+    extensionFormat = ui->extensionFormat;
+    extensionName = ui->extensionName;
+    filetype = ui->filetype;
+    quality = ui->quality;
+    antialiasing = ui->antialiasing;
+    sharpen = ui->sharpen;
+    sizing = ui->sizing;
+    scale = ui->scale;
+    width = ui->width;
+    height = ui->height;
+    quitWhenDone = ui->quitWhenDone;
+
+    for (QButtonGroup *group : { createIcons, extensionFormat, sizing }) {
+        takeTags(group);
+        connect(group, &QButtonGroup::idClicked, this, [this, group] { apply(group); });
+    }
+    for (QComboBox *menu : { filetype, antialiasing, sharpen }) {
+        takeTags(menu);
+        connect(menu, &QComboBox::activated, this, [this, menu] { apply(menu); });
+    }
+    for (QLineEdit *field : { extension, quality, scale, width, height })
+        connect(field, &QLineEdit::editingFinished, this, [this, field] { apply(field); });
+    connect(quitWhenDone, &QCheckBox::clicked, this, [this] { apply(quitWhenDone); });
+    connect(extensionFormat, &QButtonGroup::idToggled, this,
+        [this](int, bool checked) {
+            if (checked)
+                didChangeDestination(extensionFormat);
+        });
+
+    setAcceptDrops(true);
+    awakeFromNib();
+}
+
+PreferencesPanel::~PreferencesPanel() = default;
+
+UserDefaults &PreferencesPanel::defaults() const
+{
+    return m_defaults ? *m_defaults : UserDefaults::standard();
+}
+
+QAction *PreferencesPanel::openAction() const { return ui->actionOpen; }
+QAction *PreferencesPanel::closeAction() const { return ui->actionClose; }
+QAction *PreferencesPanel::quitAction() const { return ui->actionQuit; }
+QAction *PreferencesPanel::aboutAction() const { return ui->actionAbout; }
+
+void PreferencesPanel::awakeFromNib()
+{
+    const UserDefaults &store = defaults();
+    selectCellWithTag(createIcons, store.integerForKey(QStringLiteral("create"), 0));
+    quitWhenDone->setChecked(store.boolForKey(QStringLiteral("QuitWhenDone"), true));
+    extension->setText(store.stringForKey(QStringLiteral("extension"), QStringLiteral("_thumb")));
+    width->setText(QString::number(qint32(store.integerForKey(QStringLiteral("width"), 128))));
+    height->setText(QString::number(qint32(store.integerForKey(QStringLiteral("height"), 128))));
+    quality->setText(numberText(store.floatForKey(QStringLiteral("quality"), 0.8f) * 100.0f));
+    selectItemWithTag(filetype, store.integerForKey(QStringLiteral("filetype"), 3));
+    selectItemWithTag(antialiasing, store.integerForKey(QStringLiteral("Antialiasing"), 3));
+    selectItemWithTag(sharpen, store.integerForKey(QStringLiteral("sharpen"), 0));
+    selectCellWithTag(sizing, store.integerForKey(QStringLiteral("sizing"), 0));
+    scale->setText(numberText(store.floatForKey(QStringLiteral("scale"), 1.0f) * 100.0f));
+    selectCellWithTag(extensionFormat, store.integerForKey(QStringLiteral("extensionFormat"), 1));
+    didChangeDestination(nullptr);
+}
+
+void PreferencesPanel::apply(QObject *sender)
+{
+    const QString extensionText = extension->text();
+    const qint64 widthValue = integerValue(width->text());
+    const qint64 heightValue = integerValue(height->text());
+    const float scaleValue = float(floatValue(scale->text()));
+
+    UserDefaults &store = defaults();
+    store.setObject(selectedTag(createIcons), QStringLiteral("create"));
+    store.setObject(quitWhenDone->isChecked(), QStringLiteral("QuitWhenDone"));
+    store.setObject(extensionText.isEmpty() ? QStringLiteral("_") : extensionText, QStringLiteral("extension"));
+    store.setObject(std::max<qint64>(widthValue, 16), QStringLiteral("width"));
+    store.setObject(std::max<qint64>(heightValue, 16), QStringLiteral("height"));
+    store.setObject(float(floatValue(quality->text())) / 100.0f, QStringLiteral("quality"));
+    store.setObject(selectedTag(antialiasing), QStringLiteral("Antialiasing"));
+    store.setObject(selectedTag(filetype), QStringLiteral("filetype"));
+    store.setObject(selectedTag(sharpen), QStringLiteral("sharpen"));
+    store.setObject(selectedTag(sizing), QStringLiteral("sizing"));
+    store.setObject(selectedTag(extensionFormat), QStringLiteral("extensionFormat"));
+    store.setObject(std::clamp(scaleValue, 1.0f, 100.0f) / 100.0f, QStringLiteral("scale"));
+    // The thumbnails are made in worker processes, which read the store's file.
+    store.synchronize();
+
+    if (sender)
+        awakeFromNib();
+}
+
+void PreferencesPanel::didChangeDestination(QObject *)
+{
+    extensionName->setText(extensionFormat->checkedId() == 2 ? tr("Name:") : tr("Extension:"));
+}
+
+void PreferencesPanel::makeKeyAndOrderFront(QObject *)
+{
+    show();
+    raise();
+    activateWindow();
+}
+
+qint64 PreferencesPanel::integerValue(const QString &text)
+{
+    const double value = floatValue(text);
+    if (!(value > -9.2e18 && value < 9.2e18))
+        return value > 0 ? std::numeric_limits<qint64>::max() : value < 0 ? std::numeric_limits<qint64>::min() : 0;
+    return qint64(value);
+}
+
+double PreferencesPanel::floatValue(const QString &text)
+{
+    // Read in the C locale whatever the user's locale is, as the stored values are.
+    static const QRegularExpression number(
+        QStringLiteral("^\\s*[+-]?(\\d+\\.?\\d*|\\.\\d+)([eE][+-]?\\d+)?"));
+    const QRegularExpressionMatch match = number.match(text);
+    if (!match.hasMatch())
+        return 0;
+    // Out of range, toDouble() gives an infinity or 0, which the corrections then clamp.
+    const double value = match.captured(0).trimmed().toDouble();
+    return std::isnan(value) ? 0 : value;
+}
+
+void PreferencesPanel::closeEvent(QCloseEvent *event)
+{
+    apply(nullptr);
+    QMainWindow::closeEvent(event);
+    if (event->isAccepted())
+        Q_EMIT closed();
+}
+
+void PreferencesPanel::dragEnterEvent(QDragEnterEvent *event)
+{
+    const QList<QUrl> urls = event->mimeData()->urls();
+    if (std::any_of(urls.cbegin(), urls.cend(), [](const QUrl &url) { return url.isLocalFile(); }))
+        event->acceptProposedAction();
+}
+
+void PreferencesPanel::dropEvent(QDropEvent *event)
+{
+    QStringList paths;
+    const QList<QUrl> urls = event->mimeData()->urls();
+    for (const QUrl &url : urls) {
+        if (url.isLocalFile())
+            paths << url.toLocalFile();
+    }
+    if (paths.isEmpty())
+        return;
+    event->acceptProposedAction();
+    Q_EMIT filesDropped(paths);
+}
+
+} // namespace orvel
