@@ -13,6 +13,7 @@ packages=(
   libvips-tools time
   libavformat-dev libavcodec-dev libswscale-dev libavutil-dev ffmpeg ffmpegthumbnailer
   qt6-tools-dev qt6-l10n-tools
+  qt6-translations-l10n
   desktop-file-utils appstream dbus-daemon xvfb xauth imagemagick
 )
 missing=()

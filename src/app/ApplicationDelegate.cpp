@@ -5,9 +5,11 @@
 #include "app/FolderWalk.h"
 #include "app/PreferencesPanel.h"
 #include "app/ThumbnailJob.h"
+#include "support/Localization.h"
 #include "support/UserDefaults.h"
 
 #include <QCoreApplication>
+#include <QMenuBar>
 
 namespace orvel {
 
@@ -53,7 +55,9 @@ void ApplicationDelegate::setQuitHandler(std::function<void()> handler)
 
 void ApplicationDelegate::applicationWillFinishLaunching()
 {
-    // The place where the main menu gets its localised titles, before anything is shown.
+    // The main menu (the panel's menu bar) gets its localised titles before anything is shown.
+    if (m_preferencesPanel)
+        localize(m_preferencesPanel->menuBar());
 }
 
 void ApplicationDelegate::applicationDidFinishLaunching()

@@ -3,6 +3,7 @@
 
 #include "app/ApplicationDelegate.h"
 #include "app/IsolatedJob.h"
+#include "app/LocalizedText.h"
 #include "app/PreferencesPanel.h"
 #include "app/ProgressWindow.h"
 #include "app/SingleInstance.h"
@@ -101,17 +102,18 @@ void DesktopApplication::open(const QStringList &paths)
 void DesktopApplication::chooseFiles()
 {
     const QStringList paths = QFileDialog::getOpenFileNames(
-        m_panel.get(), tr("Make Thumbnails of Files"), QDir::homePath());
+        m_panel.get(), localizedText(QStringLiteral("Make Thumbnails of Files")), QDir::homePath());
     open(paths);
 }
 
 void DesktopApplication::showAbout()
 {
-    QMessageBox::about(m_panel.get(), tr("About Orvel Thumbnails"),
-        tr("<p><b>Orvel Thumbnails</b> %1</p>"
-           "<p>Makes thumbnails of pictures, PDF and PostScript documents dropped on it or opened "
-           "with it, with the settings of this window.</p>")
-            .arg(QApplication::applicationVersion()));
+    QMessageBox::about(m_panel.get(), localizedText(QStringLiteral("About Orvel Thumbnails")),
+        QStringLiteral("<p><b>Orvel Thumbnails</b> %1</p><p>%2</p>")
+            .arg(QApplication::applicationVersion().toHtmlEscaped(),
+                localizedText(QStringLiteral("Makes thumbnails of pictures, documents and movies dropped on it or "
+                                             "opened with it, with the settings of its preferences window."))
+                    .toHtmlEscaped()));
 }
 
 QStringList launchPaths(const QStringList &arguments)

@@ -1,6 +1,8 @@
 // PreferencesPanel: the window that shows the thumbnail settings and stores them.
 #include "app/PreferencesPanel.h"
 
+#include "app/LocalizedText.h"
+#include "support/Localization.h"
 #include "support/UserDefaults.h"
 #include "ui_PreferencesPanel.h"
 
@@ -131,6 +133,9 @@ QAction *PreferencesPanel::aboutAction() const { return ui->actionAbout; }
 
 void PreferencesPanel::awakeFromNib()
 {
+    // The window and its menus in the user's language; the values below then replace whatever the
+    // walk did to the fields.
+    localize(this);
     const UserDefaults &store = defaults();
     selectCellWithTag(createIcons, store.integerForKey(QStringLiteral("create"), 0));
     quitWhenDone->setChecked(store.boolForKey(QStringLiteral("QuitWhenDone"), true));
@@ -176,7 +181,8 @@ void PreferencesPanel::apply(QObject *sender)
 
 void PreferencesPanel::didChangeDestination(QObject *)
 {
-    extensionName->setText(extensionFormat->checkedId() == 2 ? tr("Name:") : tr("Extension:"));
+    extensionName->setText(extensionFormat->checkedId() == 2 ? localizedText(QStringLiteral("Name:"))
+                                                             : localizedText(QStringLiteral("Extension:")));
 }
 
 void PreferencesPanel::makeKeyAndOrderFront(QObject *)

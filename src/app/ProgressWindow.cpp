@@ -1,6 +1,8 @@
 // ProgressWindow: the small window that shows how far a long run of thumbnails has come.
 #include "app/ProgressWindow.h"
 
+#include "app/LocalizedText.h"
+
 #include <QCoreApplication>
 #include <QDirIterator>
 #include <QFileInfo>
@@ -15,7 +17,7 @@ namespace orvel {
 ProgressWindow::ProgressWindow(QWidget *parent)
     : QWidget(parent, Qt::Window)
 {
-    setWindowTitle(tr("Making Thumbnails"));
+    setWindowTitle(localizedText(QStringLiteral("Making Thumbnails")));
     setObjectName(QStringLiteral("progressWindow"));
     m_endTimer.setSingleShot(true);
     m_endTimer.setInterval(0);
@@ -46,7 +48,7 @@ void ProgressWindow::addExpectedFiles(qint64 count)
 
 QString ProgressWindow::countText() const
 {
-    return tr("%1 of %2 files").arg(m_done).arg(filesTotal());
+    return localizedText(QStringLiteral("%1 of %2 files")).arg(m_done).arg(filesTotal());
 }
 
 void ProgressWindow::fileStarted(const QString &path)

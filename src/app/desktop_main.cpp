@@ -6,6 +6,9 @@
 #include <QApplication>
 #include <QByteArray>
 #include <QIcon>
+#include <QLibraryInfo>
+#include <QLocale>
+#include <QTranslator>
 
 #include <cstdio>
 
@@ -35,6 +38,13 @@ int main(int argc, char **argv)
     QApplication::setApplicationVersion(QStringLiteral(ORVEL_VERSION));
     QApplication::setDesktopFileName(QStringLiteral("org.orvel.Thumbnails"));
     QApplication::setWindowIcon(QIcon::fromTheme(QStringLiteral("org.orvel.Thumbnails")));
+    // Qt's own texts (the buttons of message boxes, the file dialog, the fields' context menus) in
+    // the user's language, when Qt's translations are installed; the application's own come from
+    // its strings tables.
+    QTranslator qtTexts;
+    if (qtTexts.load(QLocale(), QStringLiteral("qtbase"), QStringLiteral("_"),
+            QLibraryInfo::path(QLibraryInfo::TranslationsPath)))
+        QApplication::installTranslator(&qtTexts);
 
     orvel::DesktopApplication::Options options;
     options.workerExecutable = orvel::IsolatedJob::defaultExecutable();
