@@ -2,6 +2,7 @@
 #include "files/FileManager.h"
 
 #include "files/NativePath_p.h"
+#include "strings/FastCompare.h"
 
 #include <QFile>
 
@@ -112,7 +113,7 @@ QStringList FileManager::directoryContentsAtPathMatchingExtension(const QString 
     const QStringList names = directoryContentsAtPath(path, false);
     QStringList matching;
     for (const QString &name : names) {
-        if (extensionOfName(name).compare(extension, Qt::CaseInsensitive) == 0)
+        if (isEqualToStringNoCase(extensionOfName(name), extension))
             matching.append(fullPath ? appendComponent(path, name) : name);
     }
     return matching;

@@ -6,6 +6,7 @@
 
 #include "files/FileManager.h"
 #include "files/FinderInfo.h"
+#include "strings/FastCompare.h"
 
 #include <QFileInfo>
 #include <QMimeDatabase>
@@ -19,10 +20,11 @@ namespace orvel {
 
 namespace {
 
-// Extension and type comparisons: extensions ignore case, HFS type codes are exact.
+// Extension and type comparisons: extensions ignore case (through the upper-case table, as every
+// case-insensitive comparison of the toolkit does), HFS type codes are exact.
 bool sameExtension(const QString &a, QStringView b)
 {
-    return a.size() == b.size() && a.compare(b, Qt::CaseInsensitive) == 0;
+    return isEqualToStringNoCase(b, a);
 }
 
 // Loaders whose files are not pictures a user would drop, or that another library reads for us:

@@ -3,6 +3,7 @@
 #include "movie/FFmpeg_p.h"
 
 #include "files/FinderInfo.h"
+#include "strings/FastCompare.h"
 
 #include <QSet>
 
@@ -126,7 +127,8 @@ bool Movie::isQuickTimeExtension(const QString &extension, const QString &type)
     const QStringList &types = QuickTimeFileTypes();
     if (types.isEmpty())
         return false;
-    if (!extension.isEmpty() && types.contains(extension, Qt::CaseInsensitive))
+    if (!extension.isEmpty()
+        && std::any_of(types.cbegin(), types.cend(), [&](const QString &t) { return isEqualToStringNoCase(t, extension); }))
         return true;
     return !type.isEmpty() && types.contains(type, Qt::CaseSensitive);
 }

@@ -9,6 +9,26 @@
 
 namespace orvel::detail {
 
+/// The units that end a line for the line-based string operations (configuration lines, ellipsizing
+/// by lines): the newlines, form feed, end of text, the object replacement character, the byte-order
+/// mark and the Unicode line and paragraph separators.
+inline bool isLineBreakUnit(char16_t c)
+{
+    switch (c) {
+    case 0x000A:
+    case 0x000D:
+    case 0x000C:
+    case 0x0003:
+    case 0xFFFC:
+    case 0xFEFF:
+    case 0x2028:
+    case 0x2029:
+        return true;
+    default:
+        return false;
+    }
+}
+
 /// A rep under construction: the 8,192 bytes of a character-set rep.
 struct RepBits
 {

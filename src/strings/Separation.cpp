@@ -379,27 +379,12 @@ QString stringByEllipsizingNLines(const QString &s, qsizetype lines, qsizetype k
 {
     if (s.isEmpty() || lines <= 0)
         return s;
-    auto isLineBreak = [](char16_t c) {
-        switch (c) {
-        case 0x000A:
-        case 0x000D:
-        case 0x000C:
-        case 0x0003:
-        case 0xFFFC:
-        case 0xFEFF:
-        case 0x2028:
-        case 0x2029:
-            return true;
-        default:
-            return false;
-        }
-    };
     // Every break ends a line; empty lines are skipped, which also makes CR LF one break.
     QStringList kept;
     const QStringView v(s);
     qsizetype start = 0;
     for (qsizetype i = 0; i <= v.size() && kept.size() < lines; ++i) {
-        if (i < v.size() && !isLineBreak(v[i].unicode()))
+        if (i < v.size() && !detail::isLineBreakUnit(v[i].unicode()))
             continue;
         if (i > start)
             kept.append(stringByEllipsizingAfterNCharacters(s.mid(start, i - start), k));

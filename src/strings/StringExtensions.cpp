@@ -2,28 +2,14 @@
 #include "strings/StringExtensions.h"
 
 #include "strings/FastCompare.h"
+#include "strings/CharacterClasses_p.h"
 #include "strings/Separation.h"
 
 namespace orvel {
 
 namespace {
 
-bool isConfigLineBreak(char16_t c)
-{
-    switch (c) {
-    case 0x000A:
-    case 0x000D:
-    case 0x000C:
-    case 0x0003:
-    case 0xFFFC:
-    case 0xFEFF:
-    case 0x2028:
-    case 0x2029:
-        return true;
-    default:
-        return false;
-    }
-}
+using detail::isLineBreakUnit;
 
 QString trimmedBy(const QString &s, CharacterSetRep rep)
 {
@@ -68,7 +54,7 @@ QStringList configLines(QStringView s)
     const CharacterSetRep white = whiteCharacterSetRep();
     qsizetype start = 0;
     for (qsizetype i = 0; i <= s.size(); ++i) {
-        if (i < s.size() && !isConfigLineBreak(s[i].unicode()))
+        if (i < s.size() && !isLineBreakUnit(s[i].unicode()))
             continue;
         qsizetype a = start, b = i;
         start = i + 1;
