@@ -37,6 +37,8 @@ ApplicationDelegate::ApplicationDelegate(PreferencesPanel *panel, QObject *paren
     , m_quitHandler([] { QCoreApplication::exit(0); })
 {
     m_terminateTimer.setSingleShot(true);
+    // A coarse timer may fire up to 5 % early; the quit must never come before its delay.
+    m_terminateTimer.setTimerType(Qt::PreciseTimer);
     m_terminateTimer.setInterval(int(QuitDelay * 1000));
     connect(&m_terminateTimer, &QTimer::timeout, this, &ApplicationDelegate::delayedTerminate);
 }
