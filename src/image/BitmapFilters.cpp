@@ -195,25 +195,16 @@ void rowWith(Division division, bool three, const unsigned char *centre, unsigne
     qsizetype r, int p, const int32_t *w, const qsizetype *offsets, int cells, int32_t divisor,
     int32_t offset, Sum *acc)
 {
+    auto run = [&]<Division D>() {
+        if (three)
+            convolveRow3<Sum, D>(centre, out, n, r, p, w, divisor, offset);
+        else
+            convolveRow<Sum, D>(centre, out, n, w, offsets, cells, divisor, offset, acc);
+    };
     switch (division) {
-    case Division::One:
-        if (three)
-            convolveRow3<Sum, Division::One>(centre, out, n, r, p, w, divisor, offset);
-        else
-            convolveRow<Sum, Division::One>(centre, out, n, w, offsets, cells, divisor, offset, acc);
-        break;
-    case Division::PowerOfTwo:
-        if (three)
-            convolveRow3<Sum, Division::PowerOfTwo>(centre, out, n, r, p, w, divisor, offset);
-        else
-            convolveRow<Sum, Division::PowerOfTwo>(centre, out, n, w, offsets, cells, divisor, offset, acc);
-        break;
-    case Division::General:
-        if (three)
-            convolveRow3<Sum, Division::General>(centre, out, n, r, p, w, divisor, offset);
-        else
-            convolveRow<Sum, Division::General>(centre, out, n, w, offsets, cells, divisor, offset, acc);
-        break;
+    case Division::One: run.template operator()<Division::One>(); break;
+    case Division::PowerOfTwo: run.template operator()<Division::PowerOfTwo>(); break;
+    case Division::General: run.template operator()<Division::General>(); break;
     }
 }
 
