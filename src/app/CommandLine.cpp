@@ -4,9 +4,9 @@
 #include "app/DefaultsCommand.h"
 #include "app/FolderWalk.h"
 #include "app/Progress.h"
-#include "app/ThumbnailJob.h"
+#include "app/ThumbnailSettings.h"
+#include "app/WorkerEngine.h"
 #include "app/WorkerPool.h"
-#include "movie/Movie.h"
 #include "support/Log.h"
 #include "support/UserDefaults.h"
 
@@ -310,7 +310,7 @@ bool Batch::processFile(const QString &path)
         failed(path, QStringLiteral("not a regular file"));
         return false;
     }
-    const QString output = ThumbnailJob::outputPathForFile(path, &m_defaults);
+    const QString output = ThumbnailSettings::read(m_defaults).thumbnailPathFor(path);
     const qint64 tag = add(path, output, true);
     m_progress.fileStarted(path);
     m_pool.submit(tag, path, output);
@@ -592,13 +592,19 @@ int runCommandLine(const QStringList &arguments, const QString &executable, cons
         return status;
     }
     case CommandLineOptions::Mode::Worker:
-        return WorkerPool::runWorker(options.settings, options.workerThreads, options.verbose);
+        return WorkerEngine::runWorker(arguments);
     case CommandLineOptions::Mode::Run:
         break;
     }
 
+    // Without the engine no worker can make a thumbnail: one line says so, not one per file.
+    if (WorkerEngine::locate(QFileInfo(executable).absolutePath()).isEmpty()) {
+        writeText(stderr,
+            QStringLiteral("orvel-thumbs: the thumbnail engine %1 is missing beside %2\n")
+                .arg(QLatin1StringView(WorkerEngine::FileName), QFileInfo(executable).absolutePath()));
+        return 1;
+    }
     setLogToStandardError(options.verbose);
-    Movie::setLibraryLogging(options.verbose);
     UserDefaults &defaults = UserDefaults::standard();
     defaults.setArgumentDomain(options.settings);
     Batch batch(options, executable, defaults);

@@ -2,6 +2,7 @@
 #include "app/ThumbnailJob.h"
 
 #include "app/IconService.h"
+#include "app/ThumbnailSettings.h"
 #include "files/AtomicFile.h"
 #include "files/FileManager.h"
 #include "image/Image.h"
@@ -15,71 +16,6 @@
 namespace orvel {
 
 namespace {
-
-// Settings keys and the defaults that stand at each reading.
-struct Settings
-{
-    qint64 filetype;
-    qint64 width;
-    qint64 height;
-    qint64 interpolation;
-    qint64 create;
-    qint64 sharpen;
-    QString extension;
-    qint64 extensionFormat;
-};
-
-Settings readSettings(const UserDefaults &d)
-{
-    Settings s;
-    s.filetype = d.integerForKey(QStringLiteral("filetype"), 3);
-    s.width = d.integerForKey(QStringLiteral("width"), 128);
-    s.height = d.integerForKey(QStringLiteral("height"), 128);
-    s.interpolation = d.integerForKey(QStringLiteral("Antialiasing"), 3);
-    s.create = d.integerForKey(QStringLiteral("create"), 0);
-    s.sharpen = d.integerForKey(QStringLiteral("sharpen"), 0);
-    s.extension = d.stringForKey(QStringLiteral("extension"), QStringLiteral("_thumb"));
-    s.extensionFormat = d.integerForKey(QStringLiteral("extensionFormat"), 1);
-    return s;
-}
-
-// The last path component less its extension. A name whose only dot leads it (".hidden") has none.
-QString deletingPathExtension(const QString &path)
-{
-    const qsizetype slash = path.lastIndexOf(u'/');
-    const qsizetype dot = path.lastIndexOf(u'.');
-    if (dot > slash + 1)
-        return path.left(dot);
-    return path;
-}
-
-QString folderOf(const QString &path)
-{
-    const qsizetype slash = path.lastIndexOf(u'/');
-    if (slash < 0)
-        return QString();
-    return slash == 0 ? QStringLiteral("/") : path.left(slash);
-}
-
-QString lastComponent(const QString &path) { return path.mid(path.lastIndexOf(u'/') + 1); }
-
-QString appendingComponent(const QString &folder, const QString &name)
-{
-    if (folder.isEmpty())
-        return name;
-    return folder.endsWith(u'/') ? folder + name : folder + u'/' + name;
-}
-
-// The output path by the naming rule: 1 suffix, 0 prefix, anything else a sub-folder.
-QString outputPath(const QString &path, qint64 rule, const QString &name, const QString &extension)
-{
-    if (int(rule) == 1)
-        return deletingPathExtension(path) + name + u'.' + extension;
-    if (int(rule) == 0)
-        return folderOf(path) + u'/' + name + deletingPathExtension(lastComponent(path)) + u'.' + extension;
-    return appendingComponent(appendingComponent(folderOf(path), name),
-                              deletingPathExtension(lastComponent(path)) + u'.' + extension);
-}
 
 bool isSameFile(const QString &a, const QString &b)
 {
@@ -111,12 +47,7 @@ bool fail(QString *reason, const QString &why)
 
 QString ThumbnailJob::outputPathForFile(const QString &path, UserDefaults *defaults)
 {
-    const UserDefaults &d = defaults ? *defaults : UserDefaults::standard();
-    const Settings s = readSettings(d);
-    const QString extension = BitmapImageRep::pathExtensionForBitmapImageFileType(int(s.filetype));
-    if (extension.isNull() || (int(s.create) != 0 && int(s.create) != 1))
-        return QString();
-    return outputPath(path, s.extensionFormat, s.extension, extension);
+    return ThumbnailSettings::read(defaults ? *defaults : UserDefaults::standard()).thumbnailPathFor(path);
 }
 
 bool ThumbnailJob::processFile(const QString &path, UserDefaults *defaults, QString *reason)
@@ -144,8 +75,8 @@ bool ThumbnailJob::processFile(const QString &path, UserDefaults *defaults, QStr
         return fail(reason, why.isEmpty() ? QStringLiteral("the image is empty") : why);
     }
 
-    const Settings s = readSettings(d);
-    const QString extension = BitmapImageRep::pathExtensionForBitmapImageFileType(int(s.filetype));
+    const ThumbnailSettings s = ThumbnailSettings::read(d);
+    const QString extension = s.fileExtension();
     if (s.filetype == JPEGFileType)
         image->setBackgroundColor(Qt::white); // JPEG has no alpha: transparent parts become white
 
@@ -193,7 +124,7 @@ bool ThumbnailJob::processFile(const QString &path, UserDefaults *defaults, QStr
     default: break;
     }
 
-    const QString out = outputPath(path, s.extensionFormat, s.extension, extension);
+    const QString out = s.outputPathFor(path);
     if (int(s.extensionFormat) != 0 && int(s.extensionFormat) != 1)
         FileManager::createPathToFile(out); // its answer is not checked: the write says what matters
     if (isSameFile(out, path))

@@ -1,21 +1,13 @@
 // WorkerPool: runs the thumbnail job in worker processes, in parallel and with a time limit per file.
-//
-// The protocol on the socket that is a worker's standard input and output is a sequence of frames,
-// each a native 32-bit byte count and that many bytes. A request is the file's path in UTF-16; an
-// answer is one byte (1 YES, 0 NO) followed by the reason in UTF-16. Paths travel as QString's own
-// code units, so any name that reached the walk reaches the job unchanged.
+// The frames exchanged with the workers are in WorkerProtocol_p.h.
 #include "app/WorkerPool.h"
 
-#include "app/ThumbnailJob.h"
+#include "app/WorkerProtocol_p.h"
 #include "files/LinkResolution.h"
-#include "movie/Movie.h"
 #include "support/Log.h"
-#include "support/UserDefaults.h"
 
 #include <QDir>
 #include <QFile>
-
-#include <vips/vips8>
 
 #include <algorithm>
 #include <atomic>
@@ -42,71 +34,7 @@ namespace orvel {
 namespace {
 
 using Clock = std::chrono::steady_clock;
-
-// A frame larger than this is not a path or a reason; the peer is confused and is dropped.
-constexpr quint32 MaxFrameBytes = 1u << 20;
-
-bool writeAll(int fd, const char *data, size_t size)
-{
-    while (size > 0) {
-        // MSG_NOSIGNAL: a worker that died must not take the batch down with SIGPIPE.
-        ssize_t n = ::send(fd, data, size, MSG_NOSIGNAL);
-        if (n < 0) {
-            if (errno == EINTR)
-                continue;
-            return false;
-        }
-        data += n;
-        size -= size_t(n);
-    }
-    return true;
-}
-
-bool readAll(int fd, char *data, size_t size)
-{
-    while (size > 0) {
-        ssize_t n = ::read(fd, data, size);
-        if (n < 0 && errno == EINTR)
-            continue;
-        if (n <= 0)
-            return false;
-        data += n;
-        size -= size_t(n);
-    }
-    return true;
-}
-
-bool writeFrame(int fd, const QByteArray &payload)
-{
-    QByteArray frame(sizeof(quint32), Qt::Uninitialized);
-    const quint32 size = quint32(payload.size());
-    std::memcpy(frame.data(), &size, sizeof size);
-    frame += payload;
-    return writeAll(fd, frame.constData(), size_t(frame.size()));
-}
-
-/// Blocking read of one frame (the worker side).
-bool readFrame(int fd, QByteArray *payload)
-{
-    quint32 size = 0;
-    if (!readAll(fd, reinterpret_cast<char *>(&size), sizeof size) || size > MaxFrameBytes)
-        return false;
-    payload->resize(qsizetype(size));
-    return readAll(fd, payload->data(), size);
-}
-
-QByteArray utf16Bytes(const QString &text)
-{
-    return QByteArray(
-        reinterpret_cast<const char *>(text.utf16()), text.size() * qsizetype(sizeof(char16_t)));
-}
-
-QString stringFromUtf16Bytes(const char *data, qsizetype bytes)
-{
-    QString text(bytes / qsizetype(sizeof(char16_t)), Qt::Uninitialized);
-    std::memcpy(text.data(), data, size_t(text.size()) * sizeof(char16_t));
-    return text;
-}
+using namespace detail;
 
 /// The path with the links in its folder resolved, its last component kept as it is (a job
 /// replaces a link at its output path rather than writing through it). Two spellings of one
@@ -622,71 +550,6 @@ QList<qint64> WorkerPool::workerProcessIds() const
             (worker.busy ? busy : idle).append(worker.pid);
     }
     return busy + idle;
-}
-
-namespace {
-
-void dropLibraryMessage(const gchar *, GLogLevelFlags, const gchar *, gpointer) { }
-
-} // namespace
-
-int WorkerPool::runWorker(const QVariantMap &settings, int threads, bool verbose)
-{
-    // Keep the channel on a private descriptor; standard input becomes /dev/null and standard
-    // output goes to standard error, so nothing that the job or a task it starts prints can get
-    // into the answers.
-    const int channel = ::fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 3);
-    if (channel < 0)
-        return 3;
-    const int devNull = ::open("/dev/null", O_RDONLY | O_CLOEXEC);
-    if (devNull >= 0) {
-        ::dup2(devNull, STDIN_FILENO);
-        ::close(devNull);
-    }
-    ::dup2(STDERR_FILENO, STDOUT_FILENO);
-
-    // A decoder that crashes on a hostile file must not leave a core dump beside it.
-    const rlimit noCore = { 0, 0 };
-    ::setrlimit(RLIMIT_CORE, &noCore);
-
-    if (VIPS_INIT("orvel-thumbs") != 0)
-        return 3;
-    // The pool already runs one worker per core; more threads per worker would only compete.
-    vips_concurrency_set(std::max(1, threads));
-    vips_cache_set_max(0);
-    setLogToStandardError(verbose);
-    Movie::setLibraryLogging(verbose);
-    Movie::setDecodingThreads(std::max(1, threads));
-    if (!verbose) {
-        g_log_set_handler("VIPS",
-            GLogLevelFlags(G_LOG_LEVEL_WARNING | G_LOG_LEVEL_MESSAGE | G_LOG_LEVEL_INFO), dropLibraryMessage,
-            nullptr);
-    }
-
-    UserDefaults &defaults = UserDefaults::standard();
-    defaults.setArgumentDomain(settings);
-
-    QByteArray request;
-    while (readFrame(channel, &request)) {
-        const QString path = stringFromUtf16Bytes(request.constData(), request.size());
-        QString reason;
-        bool ok = false;
-        try {
-            ok = ThumbnailJob::processFile(path, &defaults, &reason);
-        } catch (const std::exception &e) {
-            ok = false;
-            reason = QStringLiteral("internal error: %1").arg(QString::fromLocal8Bit(e.what()));
-        } catch (...) {
-            ok = false;
-            reason = QStringLiteral("internal error");
-        }
-        QByteArray answer(1, ok ? '\1' : '\0');
-        answer += utf16Bytes(ok ? QString() : reason);
-        if (!writeFrame(channel, answer))
-            break;
-    }
-    ::close(channel);
-    return 0;
 }
 
 } // namespace orvel

@@ -11,8 +11,8 @@
 
 namespace orvel {
 
-/// A pool of worker processes, each the program itself started with "--worker", that make the
-/// thumbnails of the files handed to it. A worker that crashes or overruns its time limit answers
+/// A pool of worker processes, each the program itself started with "--worker" (see
+/// ThumbnailWorker), that make the thumbnails of the files handed to it. A worker that crashes or overruns its time limit answers
 /// NO for its file, is killed with everything it started, and is replaced; the batch goes on.
 ///
 /// Files of one batch may depend on each other: two sources with the same output, a source that
@@ -83,11 +83,6 @@ public:
     int runningCount() const;
     /// The process ids of the live workers, busy ones first.
     QList<qint64> workerProcessIds() const;
-
-    /// The worker side: reads files from standard input, makes their thumbnails with settings
-    /// over the stored ones, answers on standard output until the input ends. Answers the exit
-    /// status of the worker process.
-    static int runWorker(const QVariantMap &settings, int threads, bool verbose);
 
 private:
     struct Private;

@@ -284,15 +284,7 @@ QByteArray BitmapImageRep::TIFFRepresentation(bool lzw)
 
 QString BitmapImageRep::pathExtensionForBitmapImageFileType(int fileType)
 {
-    switch (fileType) {
-    case TIFFFileType: return QStringLiteral("tiff");
-    case BMPFileType: return QStringLiteral("bmp");
-    case GIFFileType: return QStringLiteral("gif");
-    case JPEGFileType: return QStringLiteral("jpg");
-    case PNGFileType: return QStringLiteral("png");
-    case JPEG2000FileType: return QStringLiteral("jp2");
-    default: return {};
-    }
+    return bitmapFileTypeExtension(fileType);
 }
 
 } // namespace orvel

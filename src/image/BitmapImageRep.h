@@ -1,6 +1,7 @@
 // BitmapImageRep: a pixel buffer of any sample layout, decoded lazily from an image file when it has one.
 #pragma once
 
+#include "image/BitmapFileType.h"
 #include "image/ImageRep.h"
 
 #include <QByteArray>
@@ -11,9 +12,6 @@
 namespace orvel {
 
 class ImageSource;
-
-/// Bitmap file types: the output formats and their codes.
-enum BitmapImageFileType { TIFFFileType = 0, BMPFileType = 1, GIFFileType = 2, JPEGFileType = 3, PNGFileType = 4, JPEG2000FileType = 5 };
 
 /// A bitmap. Its layout is described as the platform describes bitmaps: bits per sample, samples per
 /// pixel, planar or meshed, format flags, bytes per row (rows may be padded). The rendering bitmap is

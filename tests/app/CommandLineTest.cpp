@@ -445,3 +445,29 @@ TEST(CommandLineRun, SettingsOnTheCommandLineApplyToThisRunOnly)
     EXPECT_EQ(runThumbs(dir, { QStringLiteral("--quiet"), dir.file(QStringLiteral("pic.png")) }), 0);
     EXPECT_EQ(orvel::test::loadImage(dir.file(QStringLiteral("pic_thumb.jpg"))).size(), QSize(30, 20));
 }
+
+TEST(CommandLineRun, TheBatchRunnerLoadsNoDecodersAndNeedsItsEngine)
+{
+    const QString executable = orvel::test::thumbsExecutable();
+    ASSERT_FALSE(executable.isEmpty());
+    // The libraries the executable itself needs: none of the decoders' (only its workers load them).
+    QByteArray dynamic;
+    ASSERT_EQ(orvel::test::runProgram(QStringLiteral("readelf"), { QStringLiteral("-d"), executable }, &dynamic), 0);
+    for (const char *library : { "libvips", "libpoppler", "libavcodec", "libavformat", "libQt6Gui" })
+        EXPECT_FALSE(dynamic.contains(library)) << library << " is loaded by the batch runner";
+
+    // A copy without its engine beside it says so once and makes nothing.
+    TempDir dir;
+    const QString lonely = dir.file(QStringLiteral("bin/orvel-thumbs"));
+    ASSERT_TRUE(QDir().mkpath(dir.file(QStringLiteral("bin"))));
+    ASSERT_TRUE(QFile::copy(executable, lonely));
+    ASSERT_TRUE(orvel::test::writeTestImage(dir.file(QStringLiteral("pic.png")), 40, 30));
+    QByteArray err;
+    EXPECT_EQ(orvel::test::runProgram(lonely, { dir.file(QStringLiteral("pic.png")) }, nullptr, &err, 60000,
+                  { QStringLiteral("XDG_CONFIG_HOME=") + dir.file(QStringLiteral("config")) }),
+        1);
+    EXPECT_TRUE(err.startsWith("orvel-thumbs: the thumbnail engine orvel-thumbs-engine.so is missing beside "))
+        << err.toStdString();
+    EXPECT_EQ(err.count('\n'), 1) << err.toStdString();
+    EXPECT_FALSE(QFile::exists(dir.file(QStringLiteral("pic_thumb.jpg"))));
+}

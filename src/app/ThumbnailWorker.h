@@ -1,0 +1,18 @@
+// ThumbnailWorker: the worker process of a batch, which makes the thumbnails that WorkerPool hands it.
+#pragma once
+
+#include <QVariantMap>
+
+namespace orvel {
+
+namespace ThumbnailWorker {
+
+/// Reads files from standard input, makes their thumbnails with settings over the stored ones,
+/// answers on standard output until the input ends (the frames of WorkerProtocol_p.h). threads
+/// is the number of image-processing threads; verbose lets the libraries' messages through.
+/// Answers the exit status of the worker process.
+int run(const QVariantMap &settings, int threads, bool verbose);
+
+} // namespace ThumbnailWorker
+
+} // namespace orvel

@@ -1,0 +1,25 @@
+// The frames that the batch runner and its worker processes exchange.
+//
+// The protocol on the socket that is a worker's standard input and output is a sequence of frames,
+// each a native 32-bit byte count and that many bytes. A request is the file's path in UTF-16; an
+// answer is one byte (1 YES, 0 NO) followed by the reason in UTF-16. Paths travel as QString's own
+// code units, so any name that reached the walk reaches the job unchanged.
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+
+namespace orvel::detail {
+
+/// A frame larger than this is not a path or a reason; the peer is confused and is dropped.
+constexpr quint32 MaxFrameBytes = 1u << 20;
+
+/// Writes the frame of payload; false when the peer is gone.
+bool writeFrame(int fd, const QByteArray &payload);
+/// Blocking read of one frame (the worker side); false at the end of the input or on a bad frame.
+bool readFrame(int fd, QByteArray *payload);
+
+QByteArray utf16Bytes(const QString &text);
+QString stringFromUtf16Bytes(const char *data, qsizetype bytes);
+
+} // namespace orvel::detail
