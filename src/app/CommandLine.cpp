@@ -605,6 +605,7 @@ int runCommandLine(const QStringList &arguments, const QString &executable, cons
         return 1;
     }
     setLogToStandardError(options.verbose);
+    routeToolkitQtMessages();
     UserDefaults &defaults = UserDefaults::standard();
     defaults.setArgumentDomain(options.settings);
     Batch batch(options, executable, defaults);

@@ -48,6 +48,7 @@ int ThumbnailWorker::run(const QVariantMap &settings, int threads, bool verbose)
     vips_concurrency_set(std::max(1, threads));
     vips_cache_set_max(0);
     setLogToStandardError(verbose);
+    routeToolkitQtMessages();
     Movie::setLibraryLogging(verbose);
     Movie::setDecodingThreads(std::max(1, threads));
     if (!verbose) {

@@ -2,6 +2,7 @@
 // shows its preferences panel.
 #include "app/DesktopApplication.h"
 #include "app/IsolatedJob.h"
+#include "support/Log.h"
 
 #include <QApplication>
 #include <QByteArray>
@@ -34,6 +35,7 @@ int main(int argc, char **argv)
     }
 
     QApplication app(argc, argv);
+    orvel::routeToolkitQtMessages();
     QApplication::setApplicationName(QStringLiteral("Orvel Thumbnails"));
     QApplication::setApplicationVersion(QStringLiteral(ORVEL_VERSION));
     QApplication::setDesktopFileName(QStringLiteral("org.orvel.Thumbnails"));

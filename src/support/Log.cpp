@@ -1,8 +1,11 @@
 // Logging to syslog and standard error.
 #include "support/Log.h"
 
+#include <QtGlobal>
+
 #include <atomic>
 #include <cerrno>
+#include <cstring>
 #include <mutex>
 #include <syslog.h>
 #include <unistd.h>
@@ -64,6 +67,29 @@ void logException(const QString &operation, const QString &className, const QStr
 {
     logMessage(QStringLiteral("%1 (%2):\n%3\n%4\n%5")
                    .arg(operation, className, name, reason, callStack.join(u'\n')));
+}
+
+namespace {
+
+QtMessageHandler previousHandler = nullptr;
+
+void toolkitMessageHandler(QtMsgType type, const QMessageLogContext &context, const QString &message)
+{
+    const bool ours = context.category && std::strncmp(context.category, "orvel.", 6) == 0;
+    if (ours && type != QtDebugMsg) {
+        logMessage(message);
+        return;
+    }
+    if (previousHandler)
+        previousHandler(type, context, message);
+}
+
+} // namespace
+
+void routeToolkitQtMessages()
+{
+    static std::once_flag installed;
+    std::call_once(installed, [] { previousHandler = qInstallMessageHandler(toolkitMessageHandler); });
 }
 
 void setLogToStandardError(bool on)

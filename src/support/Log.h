@@ -17,4 +17,9 @@ void logException(const QString &operation, const QString &className, const QStr
 /// the messages when it is a terminal.
 void setLogToStandardError(bool on);
 
+/// Sends the messages of the toolkit's own Qt logging categories ("orvel." and below; modules that
+/// may not depend on this one log through those) to logMessage(), debug messages excepted. Every
+/// other category keeps the handler that was installed before. Call once, early in main().
+void routeToolkitQtMessages();
+
 } // namespace orvel

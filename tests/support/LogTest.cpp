@@ -4,6 +4,7 @@
 #include "testlib/TestSupport.h"
 
 #include <QFile>
+#include <QLoggingCategory>
 #include <gtest/gtest.h>
 
 #include <fcntl.h>
@@ -46,6 +47,8 @@ private:
     int m_saved = -1;
 };
 
+Q_LOGGING_CATEGORY(testCategory, "orvel.test")
+
 } // namespace
 
 TEST(Log, ExceptionIsOneMessageInTheFixedLayout)
@@ -65,4 +68,17 @@ TEST(Log, StandardErrorCanBeSwitchedOff)
     logMessage("quiet");
     EXPECT_EQ(captured.text(), QByteArray());
     setLogToStandardError(true);
+}
+
+TEST(Log, ToolkitQtCategoriesGoThroughTheLog)
+{
+    setLogToStandardError(true);
+    routeToolkitQtMessages();
+    routeToolkitQtMessages(); // a second call changes nothing
+    CapturedStandardError captured;
+    qCWarning(testCategory).noquote() << "Unknown date: someday";
+    qCDebug(testCategory) << "a debug message";
+    const QByteArray text = captured.text();
+    EXPECT_TRUE(text.startsWith("orvel-thumbs: Unknown date: someday\n")) << text.toStdString();
+    EXPECT_FALSE(text.contains("orvel-thumbs: a debug message")) << text.toStdString();
 }
