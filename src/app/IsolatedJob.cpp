@@ -2,6 +2,7 @@
 #include "app/IsolatedJob.h"
 
 #include "app/ThumbnailJob.h"
+#include "app/WorkerEngine.h"
 #include "app/WorkerPool.h"
 #include "support/UserDefaults.h"
 
@@ -17,8 +18,21 @@
 
 namespace orvel {
 
+namespace {
+
+// The executable when it can run workers: it is there and so is the engine its workers load.
+QString usableWorkerExecutable(const QString &executable)
+{
+    const QFileInfo info(executable);
+    if (!info.isExecutable() || WorkerEngine::locate(info.absolutePath()).isEmpty())
+        return {};
+    return executable;
+}
+
+} // namespace
+
 IsolatedJob::IsolatedJob(const QString &executable, int timeoutSeconds, UserDefaults *defaults)
-    : m_executable(QFileInfo(executable).isExecutable() ? executable : QString())
+    : m_executable(usableWorkerExecutable(executable))
     , m_timeoutSeconds(timeoutSeconds)
     , m_defaults(defaults)
 {

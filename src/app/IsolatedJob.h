@@ -16,7 +16,8 @@ class WorkerPool;
 class IsolatedJob
 {
 public:
-    /// executable is orvel-thumbs; when it is missing the job runs in this process instead.
+    /// executable is orvel-thumbs; when it (or the engine beside it) is missing the job runs in
+    /// this process instead.
     explicit IsolatedJob(const QString &executable, int timeoutSeconds = 120, UserDefaults *defaults = nullptr);
     ~IsolatedJob();
     IsolatedJob(const IsolatedJob &) = delete;
