@@ -145,10 +145,7 @@ void ApplicationDelegate::terminate()
         m_quitHandler();
 }
 
-void ApplicationDelegate::scheduleTerminate()
-{
-    m_terminateTimer.start(int(QuitDelay * 1000));
-}
+void ApplicationDelegate::scheduleTerminate() { m_terminateTimer.start(int(QuitDelay * 1000)); }
 
 void ApplicationDelegate::cancelTerminate()
 {

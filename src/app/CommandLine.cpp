@@ -520,10 +520,7 @@ CommandLineOptions parseCommandLine(const QStringList &arguments)
     return o;
 }
 
-int defaultJobCount()
-{
-    return std::clamp(QThread::idealThreadCount(), 1, MaxJobs);
-}
+int defaultJobCount() { return std::clamp(QThread::idealThreadCount(), 1, MaxJobs); }
 
 QString usageText()
 {

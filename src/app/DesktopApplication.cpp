@@ -26,7 +26,8 @@ DesktopApplication::DesktopApplication(const Options &options, QObject *parent)
     , m_job(std::make_unique<IsolatedJob>(options.workerExecutable, options.timeoutSeconds))
     , m_delegate(new ApplicationDelegate(m_panel.get(), this))
     , m_instance(new SingleInstance(
-          options.applicationId.isEmpty() ? SingleInstance::defaultApplicationId() : options.applicationId, this))
+          options.applicationId.isEmpty() ? SingleInstance::defaultApplicationId() : options.applicationId,
+          this))
 {
     m_delegate->setFileProcessor([this](const QString &path) {
         QString reason;
@@ -37,14 +38,17 @@ DesktopApplication::DesktopApplication(const Options &options, QObject *parent)
     });
     connect(m_delegate, &ApplicationDelegate::fileStarted, m_progress.get(), &ProgressWindow::fileStarted);
     connect(m_delegate, &ApplicationDelegate::fileFinished, m_progress.get(), &ProgressWindow::fileFinished);
-    connect(m_delegate, &ApplicationDelegate::processingFinished, m_progress.get(), &ProgressWindow::runFinished);
+    connect(
+        m_delegate, &ApplicationDelegate::processingFinished, m_progress.get(), &ProgressWindow::runFinished);
 
     // Requests from other launches arrive from the event loop, never inside a delivery.
-    connect(m_instance, &SingleInstance::openRequested, this, &DesktopApplication::open, Qt::QueuedConnection);
+    connect(
+        m_instance, &SingleInstance::openRequested, this, &DesktopApplication::open, Qt::QueuedConnection);
     connect(m_instance, &SingleInstance::activateRequested, m_delegate,
         &ApplicationDelegate::applicationOpenUntitledFile, Qt::QueuedConnection);
 
-    connect(m_panel.get(), &PreferencesPanel::filesDropped, this, &DesktopApplication::open, Qt::QueuedConnection);
+    connect(m_panel.get(), &PreferencesPanel::filesDropped, this, &DesktopApplication::open,
+        Qt::QueuedConnection);
     connect(m_panel->openAction(), &QAction::triggered, this, &DesktopApplication::chooseFiles);
     connect(m_panel->closeAction(), &QAction::triggered, m_panel.get(), &QWidget::close);
     connect(m_panel->quitAction(), &QAction::triggered, m_delegate, &ApplicationDelegate::terminate);
@@ -56,10 +60,7 @@ DesktopApplication::DesktopApplication(const Options &options, QObject *parent)
 
 DesktopApplication::~DesktopApplication() = default;
 
-bool DesktopApplication::listen()
-{
-    return m_instance->listen();
-}
+bool DesktopApplication::listen() { return m_instance->listen(); }
 
 void DesktopApplication::launch(const QStringList &paths)
 {
@@ -108,12 +109,12 @@ void DesktopApplication::chooseFiles()
 
 void DesktopApplication::showAbout()
 {
+    const QString summary = localizedText(QStringLiteral("Makes thumbnails of pictures, documents and movies "
+                                                         "dropped on it or opened with it, with the settings "
+                                                         "of its preferences window."));
     QMessageBox::about(m_panel.get(), localizedText(QStringLiteral("About Orvel Thumbnails")),
         QStringLiteral("<p><b>Orvel Thumbnails</b> %1</p><p>%2</p>")
-            .arg(QApplication::applicationVersion().toHtmlEscaped(),
-                localizedText(QStringLiteral("Makes thumbnails of pictures, documents and movies dropped on it or "
-                                             "opened with it, with the settings of its preferences window."))
-                    .toHtmlEscaped()));
+            .arg(QApplication::applicationVersion().toHtmlEscaped(), summary.toHtmlEscaped()));
 }
 
 QStringList launchPaths(const QStringList &arguments)

@@ -20,10 +20,7 @@ FolderWalk::Visitor::~Visitor() = default;
 
 void FolderWalk::Visitor::failed(const QString &, const QString &) { }
 
-bool FolderWalk::Visitor::unreadableFolder(const QString &, const QString &)
-{
-    return true;
-}
+bool FolderWalk::Visitor::unreadableFolder(const QString &, const QString &) { return true; }
 
 void FolderWalk::Visitor::willExamine(const QString &) { }
 

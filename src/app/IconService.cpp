@@ -18,10 +18,8 @@ namespace orvel {
 
 namespace {
 
-constexpr std::array<IconService::CacheSize, 4> AllSizes = {
-    IconService::CacheSize::XXLarge, IconService::CacheSize::XLarge, IconService::CacheSize::Large,
-    IconService::CacheSize::Normal
-};
+constexpr std::array<IconService::CacheSize, 4> AllSizes = { IconService::CacheSize::XXLarge,
+    IconService::CacheSize::XLarge, IconService::CacheSize::Large, IconService::CacheSize::Normal };
 
 QString folderName(IconService::CacheSize size)
 {
@@ -60,7 +58,7 @@ QString absolutePath(const QString &path)
 bool makePrivateFolders(const QString &dir)
 {
     const QByteArray native = QFile::encodeName(dir);
-    struct stat st {};
+    struct stat st = {};
     if (::stat(native.constData(), &st) == 0)
         return S_ISDIR(st.st_mode);
     const qsizetype slash = dir.lastIndexOf(u'/');
@@ -116,7 +114,8 @@ QSize fittedSize(QSize source, int box)
     if (longest <= box)
         return source;
     const double factor = double(box) / longest;
-    return { std::max(1, int(source.width() * factor + 0.5)), std::max(1, int(source.height() * factor + 0.5)) };
+    return { std::max(1, int(source.width() * factor + 0.5)),
+        std::max(1, int(source.height() * factor + 0.5)) };
 }
 
 } // namespace
@@ -138,7 +137,8 @@ QString IconService::cachePathForFile(const QString &path, CacheSize size)
     if (uri.isEmpty())
         return {};
     const QByteArray md5 = QCryptographicHash::hash(uri.toLatin1(), QCryptographicHash::Md5).toHex();
-    return thumbnailRoot() + u'/' + folderName(size) + u'/' + QString::fromLatin1(md5) + QStringLiteral(".png");
+    return thumbnailRoot() + u'/' + folderName(size) + u'/' + QString::fromLatin1(md5)
+        + QStringLiteral(".png");
 }
 
 bool IconService::setIconForFile(const QImage &image, const QString &path, int options)
@@ -149,13 +149,14 @@ bool IconService::setIconForFile(const QImage &image, const QString &path, int o
     const QString abs = absolutePath(path);
     if (abs.isEmpty())
         return false;
-    struct stat st {};
+    struct stat st = {};
     if (::stat(QFile::encodeName(abs).constData(), &st) != 0)
         return false;
 
     // Thumb::Image::Width and Height are left out: they describe the source document, and the image
     // given here is a derived square icon, not the source.
-    const EntryTexts texts { uriForFile(abs), QString::number(qint64(st.st_mtime)), QString::number(qint64(st.st_size)) };
+    const EntryTexts texts { uriForFile(abs), QString::number(qint64(st.st_mtime)),
+        QString::number(qint64(st.st_size)) };
 
     // Largest size first, each smaller entry scaled from the one before it: far cheaper than scaling
     // the full picture four times. Alpha formats are scaled premultiplied, so edges keep no fringe.
@@ -165,8 +166,8 @@ bool IconService::setIconForFile(const QImage &image, const QString &path, int o
         const QSize target = fittedSize(image.size(), int(size));
         if (current.size() != target)
             current = current.scaled(target, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
-        const QImage out = current.convertToFormat(current.hasAlphaChannel() ? QImage::Format_ARGB32
-                                                                             : QImage::Format_RGB32);
+        const QImage out = current.convertToFormat(
+            current.hasAlphaChannel() ? QImage::Format_ARGB32 : QImage::Format_RGB32);
         const QString entry = cachePathForFile(abs, size);
         const bool written = !out.isNull() && makePrivateFolders(QFileInfo(entry).absolutePath())
             && writeEntry(out, entry, texts);
@@ -188,7 +189,7 @@ bool IconService::removeIconOfFile(const QString &path)
     for (CacheSize size : AllSizes) {
         const QString entry = cachePathForFile(path, size);
         const QByteArray native = QFile::encodeName(entry);
-        struct stat st {};
+        struct stat st = {};
         if (::lstat(native.constData(), &st) != 0) {
             if (errno != ENOENT && errno != ENOTDIR)
                 noneLeft = false; // cannot tell, so do not claim it is gone

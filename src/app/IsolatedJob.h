@@ -18,7 +18,8 @@ class IsolatedJob
 public:
     /// executable is orvel-thumbs; when it (or the engine beside it) is missing the job runs in
     /// this process instead.
-    explicit IsolatedJob(const QString &executable, int timeoutSeconds = 120, UserDefaults *defaults = nullptr);
+    explicit IsolatedJob(
+        const QString &executable, int timeoutSeconds = 120, UserDefaults *defaults = nullptr);
     ~IsolatedJob();
     IsolatedJob(const IsolatedJob &) = delete;
     IsolatedJob &operator=(const IsolatedJob &) = delete;

@@ -17,8 +17,8 @@
 #include <QUrl>
 
 #include <algorithm>
-#include <cmath>
 #include <climits>
+#include <cmath>
 #include <limits>
 
 namespace orvel {
@@ -61,20 +61,14 @@ void selectItemWithTag(QComboBox *menu, qint64 tag)
     menu->setCurrentIndex(tag >= INT_MIN && tag <= INT_MAX ? menu->findData(int(tag)) : -1);
 }
 
-qint64 selectedTag(const QButtonGroup *group)
-{
-    return std::max(0, group->checkedId());
-}
+qint64 selectedTag(const QButtonGroup *group) { return std::max(0, group->checkedId()); }
 
 qint64 selectedTag(const QComboBox *menu)
 {
     return menu->currentIndex() < 0 ? 0 : menu->currentData().toInt();
 }
 
-QString numberText(double value)
-{
-    return QString::number(value, 'g', 6);
-}
+QString numberText(double value) { return QString::number(value, 'g', 6); }
 
 } // namespace
 
@@ -109,11 +103,10 @@ PreferencesPanel::PreferencesPanel(UserDefaults *defaults, QWidget *parent)
     for (QLineEdit *field : { extension, quality, scale, width, height })
         connect(field, &QLineEdit::editingFinished, this, [this, field] { apply(field); });
     connect(quitWhenDone, &QCheckBox::clicked, this, [this] { apply(quitWhenDone); });
-    connect(extensionFormat, &QButtonGroup::idToggled, this,
-        [this](int, bool checked) {
-            if (checked)
-                didChangeDestination(extensionFormat);
-        });
+    connect(extensionFormat, &QButtonGroup::idToggled, this, [this](int, bool checked) {
+        if (checked)
+            didChangeDestination(extensionFormat);
+    });
 
     setAcceptDrops(true);
     awakeFromNib();
@@ -162,7 +155,8 @@ void PreferencesPanel::apply(QObject *sender)
     UserDefaults &store = defaults();
     store.setObject(selectedTag(createIcons), QStringLiteral("create"));
     store.setObject(quitWhenDone->isChecked(), QStringLiteral("QuitWhenDone"));
-    store.setObject(extensionText.isEmpty() ? QStringLiteral("_") : extensionText, QStringLiteral("extension"));
+    store.setObject(
+        extensionText.isEmpty() ? QStringLiteral("_") : extensionText, QStringLiteral("extension"));
     store.setObject(std::max<qint64>(widthValue, 16), QStringLiteral("width"));
     store.setObject(std::max<qint64>(heightValue, 16), QStringLiteral("height"));
     store.setObject(float(floatValue(quality->text())) / 100.0f, QStringLiteral("quality"));
@@ -196,7 +190,9 @@ qint64 PreferencesPanel::integerValue(const QString &text)
 {
     const double value = floatValue(text);
     if (!(value > -9.2e18 && value < 9.2e18))
-        return value > 0 ? std::numeric_limits<qint64>::max() : value < 0 ? std::numeric_limits<qint64>::min() : 0;
+        return value > 0 ? std::numeric_limits<qint64>::max()
+            : value < 0  ? std::numeric_limits<qint64>::min()
+                         : 0;
     return qint64(value);
 }
 

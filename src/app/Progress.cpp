@@ -98,10 +98,7 @@ Progress::Progress(bool enabled)
     m_clock.start();
 }
 
-Progress::~Progress()
-{
-    finish();
-}
+Progress::~Progress() { finish(); }
 
 void Progress::fileStarted(const QString &path)
 {
@@ -130,10 +127,7 @@ void Progress::finish()
     m_shown = false;
 }
 
-double Progress::elapsedSeconds() const
-{
-    return double(m_clock.nsecsElapsed()) / 1e9;
-}
+double Progress::elapsedSeconds() const { return double(m_clock.nsecsElapsed()) / 1e9; }
 
 void Progress::redraw(bool force)
 {

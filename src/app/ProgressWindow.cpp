@@ -65,10 +65,7 @@ void ProgressWindow::fileFinished(const QString &, bool)
     update(false);
 }
 
-void ProgressWindow::runFinished()
-{
-    m_endTimer.start();
-}
+void ProgressWindow::runFinished() { m_endTimer.start(); }
 
 void ProgressWindow::endRun()
 {

@@ -9,9 +9,9 @@
 #include <QDBusConnectionInterface>
 #include <QDBusMessage>
 #include <QDir>
+#include <QFile>
 #include <QLocalServer>
 #include <QLocalSocket>
-#include <QFile>
 #include <QStandardPaths>
 #include <QThread>
 #include <QUrl>
@@ -74,10 +74,7 @@ QStringList localPaths(const QStringList &uris)
 
 } // namespace
 
-QString SingleInstance::defaultApplicationId()
-{
-    return QStringLiteral("org.orvel.Thumbnails");
-}
+QString SingleInstance::defaultApplicationId() { return QStringLiteral("org.orvel.Thumbnails"); }
 
 SingleInstance::SingleInstance(const QString &applicationId, QObject *parent)
     : SingleInstance(applicationId, QDBusConnection::sessionBus(), parent)
@@ -205,10 +202,7 @@ void SingleInstance::readConnection()
     }
 }
 
-void SingleInstance::activate()
-{
-    Q_EMIT activateRequested();
-}
+void SingleInstance::activate() { Q_EMIT activateRequested(); }
 
 void SingleInstance::open(const QStringList &uris)
 {

@@ -19,8 +19,9 @@ namespace {
 
 bool isSameFile(const QString &a, const QString &b)
 {
-    struct stat sa {}, sb {};
-    if (::stat(QFile::encodeName(a).constData(), &sa) != 0 || ::stat(QFile::encodeName(b).constData(), &sb) != 0)
+    struct stat sa = {}, sb = {};
+    if (::stat(QFile::encodeName(a).constData(), &sa) != 0
+        || ::stat(QFile::encodeName(b).constData(), &sb) != 0)
         return false;
     return sa.st_dev == sb.st_dev && sa.st_ino == sb.st_ino;
 }
@@ -107,10 +108,12 @@ bool ThumbnailJob::processFile(const QString &path, UserDefaults *defaults, QStr
     else
         size = image->thumbSize(QSizeF(double(s.width), double(s.height)));
 
-    const ImagePtr thumbnail = image->bitmapImageWithPixelSize(size, s.interpolation != 1, int(s.interpolation));
+    const ImagePtr thumbnail
+        = image->bitmapImageWithPixelSize(size, s.interpolation != 1, int(s.interpolation));
     if (!thumbnail) {
         if (!(size.width() >= 1) || !(size.height() >= 1))
-            return fail(reason, QStringLiteral("the thumbnail would be %1 × %2 pixels").arg(size.width()).arg(size.height()));
+            return fail(reason,
+                QStringLiteral("the thumbnail would be %1 × %2 pixels").arg(size.width()).arg(size.height()));
         const QString why = image->drawError();
         return fail(reason, why.isEmpty() ? QStringLiteral("the image could not be drawn") : why);
     }
@@ -118,10 +121,17 @@ bool ThumbnailJob::processFile(const QString &path, UserDefaults *defaults, QStr
     // Sharpen the rendered bitmap in place; any other value leaves it as it is. With "create" 1 the
     // icon below is made from the sharpened thumbnail.
     switch (int(s.sharpen)) {
-    case 3: thumbnail->sharpenStrong(); break;
-    case 2: thumbnail->sharpenMedium(); break;
-    case 1: thumbnail->sharpenLight(); break;
-    default: break;
+    case 3:
+        thumbnail->sharpenStrong();
+        break;
+    case 2:
+        thumbnail->sharpenMedium();
+        break;
+    case 1:
+        thumbnail->sharpenLight();
+        break;
+    default:
+        break;
     }
 
     const QString out = s.outputPathFor(path);
@@ -133,8 +143,9 @@ bool ThumbnailJob::processFile(const QString &path, UserDefaults *defaults, QStr
     const float quality = d.floatForKey(QStringLiteral("quality"), 0.8f);
     const QByteArray data = thumbnail->representationUsingType(int(s.filetype), quality);
     if (data.isEmpty())
-        return fail(reason, extension.isNull() ? QStringLiteral("unknown output format %1").arg(s.filetype)
-                                               : QStringLiteral("the %1 encoder failed").arg(extension));
+        return fail(reason,
+            extension.isNull() ? QStringLiteral("unknown output format %1").arg(s.filetype)
+                               : QStringLiteral("the %1 encoder failed").arg(extension));
     if (!writeFileAtomically(out, data, &error))
         return fail(reason, QStringLiteral("cannot write %1: %2").arg(out, error));
 

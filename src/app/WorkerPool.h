@@ -12,8 +12,9 @@
 namespace orvel {
 
 /// A pool of worker processes, each the program itself started with "--worker" (see
-/// ThumbnailWorker), that make the thumbnails of the files handed to it. A worker that crashes or overruns its time limit answers
-/// NO for its file, is killed with everything it started, and is replaced; the batch goes on.
+/// ThumbnailWorker), that make the thumbnails of the files handed to it. A worker that crashes or overruns
+/// its time limit answers NO for its file, is killed with everything it started, and is replaced; the batch
+/// goes on.
 ///
 /// Files of one batch may depend on each other: two sources with the same output, a source that
 /// is the output of an earlier file, a folder that an earlier file writes into. The pool keeps the

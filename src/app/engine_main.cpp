@@ -8,7 +8,8 @@
 
 /// Runs a worker with the worker arguments (what follows the program name, "--worker" first), in
 /// a process that has its QCoreApplication. The one symbol the module exports.
-extern "C" __attribute__((visibility("default"))) int orvel_thumbs_worker_main(int argc, const char *const *argv)
+extern "C" __attribute__((visibility("default"))) int orvel_thumbs_worker_main(
+    int argc, const char *const *argv)
 {
     QStringList arguments;
     for (int i = 0; i < argc; ++i)

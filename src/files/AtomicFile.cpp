@@ -17,10 +17,7 @@ namespace {
 
 constexpr int MaxLinkDepth = 40;
 
-QString reasonForErrno(int code)
-{
-    return qt_error_string(code);
-}
+QString reasonForErrno(int code) { return qt_error_string(code); }
 
 /// Follows symbolic links at native until it names something that is not a link (or nothing).
 /// Answers 0 or an errno value.

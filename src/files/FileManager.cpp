@@ -107,8 +107,8 @@ QStringList FileManager::directoryContentsAtPath(const QString &path, bool fullP
     return entries;
 }
 
-QStringList FileManager::directoryContentsAtPathMatchingExtension(const QString &path, const QString &extension,
-                                                                  bool fullPath)
+QStringList FileManager::directoryContentsAtPathMatchingExtension(
+    const QString &path, const QString &extension, bool fullPath)
 {
     const QStringList names = directoryContentsAtPath(path, false);
     QStringList matching;
@@ -119,7 +119,8 @@ QStringList FileManager::directoryContentsAtPathMatchingExtension(const QString 
     return matching;
 }
 
-bool FileManager::createPathToFile(const QString &filePath, std::optional<QFileDevice::Permissions> attributes)
+bool FileManager::createPathToFile(
+    const QString &filePath, std::optional<QFileDevice::Permissions> attributes)
 {
     if (filePath.isEmpty())
         return false;

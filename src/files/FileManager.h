@@ -26,12 +26,12 @@ public:
     /// The entries of directoryContentsAtPath() whose extension equals extension, case ignored.
     /// The extension is the text after the last "." of the name; a name starting with its only "."
     /// (".profile") has none, and matches an empty extension.
-    static QStringList directoryContentsAtPathMatchingExtension(const QString &path, const QString &extension,
-                                                               bool fullPath = false);
+    static QStringList directoryContentsAtPathMatchingExtension(
+        const QString &path, const QString &extension, bool fullPath = false);
 
     /// createPath() of the folder that holds filePath.
-    static bool createPathToFile(const QString &filePath,
-                                 std::optional<QFileDevice::Permissions> attributes = {});
+    static bool createPathToFile(
+        const QString &filePath, std::optional<QFileDevice::Permissions> attributes = {});
 
     /// Answers whether a folder exists at path afterwards. When something exists there already,
     /// answers whether it is a folder (a plain file gives false) and changes nothing; otherwise creates

@@ -25,7 +25,8 @@ std::optional<QByteArray> readFinderInfo(const QString &path)
         return std::nullopt;
     QByteArray info(FinderInfoSize, '\0');
     for (int attempt = 0; attempt < 4; ++attempt) {
-        const ssize_t n = getxattr(native.constData(), FinderInfoAttributeName, info.data(), size_t(info.size()));
+        const ssize_t n
+            = getxattr(native.constData(), FinderInfoAttributeName, info.data(), size_t(info.size()));
         if (n >= 0) {
             info.truncate(n);
             if (info.size() < FinderInfoSize)
@@ -48,7 +49,8 @@ std::optional<QByteArray> readFinderInfo(const QString &path)
 FileTypeCode codeAt(const QByteArray &info, qsizetype offset)
 {
     const auto *b = reinterpret_cast<const uchar *>(info.constData() + offset);
-    return (FileTypeCode(b[0]) << 24) | (FileTypeCode(b[1]) << 16) | (FileTypeCode(b[2]) << 8) | FileTypeCode(b[3]);
+    return (FileTypeCode(b[0]) << 24) | (FileTypeCode(b[1]) << 16) | (FileTypeCode(b[2]) << 8)
+        | FileTypeCode(b[3]);
 }
 
 bool setCodeAt(const QString &path, qsizetype offset, FileTypeCode code)
@@ -59,7 +61,8 @@ bool setCodeAt(const QString &path, qsizetype offset, FileTypeCode code)
     for (int i = 0; i < 4; ++i)
         (*info)[offset + i] = char((code >> (24 - 8 * i)) & 0xff);
     const QByteArray native = QFile::encodeName(path);
-    return setxattr(native.constData(), FinderInfoAttributeName, info->constData(), size_t(info->size()), 0) == 0;
+    return setxattr(native.constData(), FinderInfoAttributeName, info->constData(), size_t(info->size()), 0)
+        == 0;
 }
 
 } // namespace
@@ -89,10 +92,7 @@ FileTypeCode fileTypeCodeFromString(QStringView s)
     return code;
 }
 
-QString HFSTypeOfFile(const QString &path)
-{
-    return fileTypeCodeToString(HFSTypeCodeOfFile(path));
-}
+QString HFSTypeOfFile(const QString &path) { return fileTypeCodeToString(HFSTypeCodeOfFile(path)); }
 
 FileTypeCode HFSTypeCodeOfFile(const QString &path)
 {

@@ -78,7 +78,7 @@ bool getAliasFSRef(const QString &path, bool *isFolder)
     if (!detail::nativePath(path, &native)) {
         logMessage(QStringLiteral("getFileSystemRepresentation '%1':\n%2\n%3")
                        .arg(path, QStringLiteral("InvalidArgument"),
-                            QStringLiteral("the path holds a NUL character")));
+                           QStringLiteral("the path holds a NUL character")));
         return false;
     }
     struct stat st;

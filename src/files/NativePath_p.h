@@ -19,15 +19,14 @@ inline bool nativePath(const QString &path, QByteArray *out)
     return true;
 }
 
-template<typename TimePoint>
-TimePoint timePointFromTimespec(const timespec &ts)
+template <typename TimePoint> TimePoint timePointFromTimespec(const timespec &ts)
 {
     using namespace std::chrono;
-    return TimePoint(duration_cast<typename TimePoint::duration>(seconds(ts.tv_sec) + nanoseconds(ts.tv_nsec)));
+    return TimePoint(
+        duration_cast<typename TimePoint::duration>(seconds(ts.tv_sec) + nanoseconds(ts.tv_nsec)));
 }
 
-template<typename TimePoint>
-timespec timespecFromTimePoint(TimePoint t)
+template <typename TimePoint> timespec timespecFromTimePoint(TimePoint t)
 {
     using namespace std::chrono;
     const nanoseconds ns = duration_cast<nanoseconds>(t.time_since_epoch());

@@ -202,9 +202,15 @@ void rowWith(Division division, bool three, const unsigned char *centre, unsigne
             convolveRow<Sum, D>(centre, out, n, w, offsets, cells, divisor, offset, acc);
     };
     switch (division) {
-    case Division::One: run.template operator()<Division::One>(); break;
-    case Division::PowerOfTwo: run.template operator()<Division::PowerOfTwo>(); break;
-    case Division::General: run.template operator()<Division::General>(); break;
+    case Division::One:
+        run.template operator()<Division::One>();
+        break;
+    case Division::PowerOfTwo:
+        run.template operator()<Division::PowerOfTwo>();
+        break;
+    case Division::General:
+        run.template operator()<Division::General>();
+        break;
     }
 }
 
@@ -302,18 +308,9 @@ bool BitmapImageRep::canFilter() const
     return numberOfPlanes() == 1 && m_bitsPerSample == 8 && m_bitsPerPixel % 8 == 0 && m_bitmapFormat == 0;
 }
 
-void BitmapImageRep::sharpenLight()
-{
-    applyMatrixFilter(SharpenLightKernel, 4, 0);
-}
-void BitmapImageRep::sharpenMedium()
-{
-    applyMatrixFilter(SharpenMediumKernel, 2, 0);
-}
-void BitmapImageRep::sharpenStrong()
-{
-    applyMatrixFilter(SharpenStrongKernel, 1, 0);
-}
+void BitmapImageRep::sharpenLight() { applyMatrixFilter(SharpenLightKernel, 4, 0); }
+void BitmapImageRep::sharpenMedium() { applyMatrixFilter(SharpenMediumKernel, 2, 0); }
+void BitmapImageRep::sharpenStrong() { applyMatrixFilter(SharpenStrongKernel, 1, 0); }
 
 void BitmapImageRep::applyMatrixFilter(
     const int32_t *matrix, int32_t divisor, int32_t offset, MatrixCallback callback)
@@ -709,15 +706,9 @@ void BitmapImageRep::makeTransparentSample1(
     }
 }
 
-void BitmapImageRep::tintGray(float grey)
-{
-    tintRed(grey, grey, grey);
-}
+void BitmapImageRep::tintGray(float grey) { tintRed(grey, grey, grey); }
 
-void BitmapImageRep::tintRed(float red, float green, float blue)
-{
-    tintSample1(red, green, blue, 0.0f);
-}
+void BitmapImageRep::tintRed(float red, float green, float blue) { tintSample1(red, green, blue, 0.0f); }
 
 void BitmapImageRep::tintSample1(float sample1, float sample2, float sample3, float sample4)
 {

@@ -25,8 +25,8 @@ QString BitmapImageRep::className() const
 }
 
 std::shared_ptr<BitmapImageRep> BitmapImageRep::create(int pixelsWide, int pixelsHigh, int bitsPerSample,
-                                                       int samplesPerPixel, bool hasAlpha, bool isPlanar,
-                                                       unsigned bitmapFormat, qsizetype bytesPerRow, int bitsPerPixel)
+    int samplesPerPixel, bool hasAlpha, bool isPlanar, unsigned bitmapFormat, qsizetype bytesPerRow,
+    int bitsPerPixel)
 {
     if (pixelsWide <= 0 || pixelsHigh <= 0 || samplesPerPixel < 1 || samplesPerPixel > 5)
         return nullptr;
@@ -79,7 +79,8 @@ std::shared_ptr<BitmapImageRep> BitmapImageRep::fromQImage(const QImage &source)
     if (source.isNull())
         return nullptr;
     const bool alpha = source.hasAlphaChannel();
-    const QImage image = source.convertToFormat(alpha ? QImage::Format_RGBA8888_Premultiplied : QImage::Format_RGB888);
+    const QImage image
+        = source.convertToFormat(alpha ? QImage::Format_RGBA8888_Premultiplied : QImage::Format_RGB888);
     auto rep = create(image.width(), image.height(), 8, alpha ? 4 : 3, alpha, false);
     if (!rep)
         return nullptr;
@@ -128,10 +129,7 @@ bool BitmapImageRep::decode()
     return true;
 }
 
-unsigned char *BitmapImageRep::bitmapData()
-{
-    return decode() ? m_pixels.get() : nullptr;
-}
+unsigned char *BitmapImageRep::bitmapData() { return decode() ? m_pixels.get() : nullptr; }
 
 unsigned char *BitmapImageRep::planeData(int plane)
 {
@@ -158,7 +156,7 @@ QImage BitmapImageRep::toQImage()
         // Layouts QImage describes directly share the buffer: drawing into the QImage draws into the bitmap.
         if (m_samplesPerPixel == 4 && m_bitsPerPixel == 32)
             return QImage(bits, m_width, m_height, m_bytesPerRow,
-                          premultiplied ? QImage::Format_RGBA8888_Premultiplied : QImage::Format_RGBA8888);
+                premultiplied ? QImage::Format_RGBA8888_Premultiplied : QImage::Format_RGBA8888);
         if (m_samplesPerPixel == 3 && !m_hasAlpha && m_bitsPerPixel == 24)
             return QImage(bits, m_width, m_height, m_bytesPerRow, QImage::Format_RGB888);
         if (m_samplesPerPixel == 3 && !m_hasAlpha && m_bitsPerPixel == 32)
@@ -168,11 +166,12 @@ QImage BitmapImageRep::toQImage()
     }
     if (m_bitsPerSample == 16 && !alphaFirst && m_samplesPerPixel == 4 && m_bitsPerPixel == 64)
         return QImage(bits, m_width, m_height, m_bytesPerRow,
-                      premultiplied ? QImage::Format_RGBA64_Premultiplied : QImage::Format_RGBA64);
+            premultiplied ? QImage::Format_RGBA64_Premultiplied : QImage::Format_RGBA64);
     if (m_bitsPerSample != 8 || (m_samplesPerPixel != 2 && m_samplesPerPixel != 4))
         return {};
     // Grey with alpha, or alpha first: convert sample by sample into a new RGBA image.
-    QImage out(m_width, m_height, premultiplied ? QImage::Format_RGBA8888_Premultiplied : QImage::Format_RGBA8888);
+    QImage out(
+        m_width, m_height, premultiplied ? QImage::Format_RGBA8888_Premultiplied : QImage::Format_RGBA8888);
     if (out.isNull())
         return {};
     const int step = m_bitsPerPixel / 8;
@@ -204,7 +203,8 @@ bool BitmapImageRep::drawInRect(const QRectF &rect)
     const int interpolation = context->imageInterpolation();
     const bool high = interpolation == InterpolationDefault || interpolation == InterpolationHigh;
     const QTransform transform = painter->transform();
-    const bool plainScale = transform.type() <= QTransform::TxScale && transform.m11() > 0 && transform.m22() > 0;
+    const bool plainScale
+        = transform.type() <= QTransform::TxScale && transform.m11() > 0 && transform.m22() > 0;
     const QRectF device = transform.mapRect(rect);
     const int dw = qRound(device.width());
     const int dh = qRound(device.height());
@@ -256,8 +256,8 @@ QByteArray BitmapImageRep::representationUsingType(int fileType, float compressi
     }
     image = image.convertToFormat(alpha ? QImage::Format_RGBA8888 : QImage::Format_RGB888);
     try {
-        vips::VImage vimage = vipsImageFromBuffer(image.constBits(), image.width(), image.height(), alpha ? 4 : 3,
-                                                  image.bytesPerLine());
+        vips::VImage vimage = vipsImageFromBuffer(
+            image.constBits(), image.width(), image.height(), alpha ? 4 : 3, image.bytesPerLine());
         return encodeWithVips(vimage, fileType, compression);
     } catch (const vips::VError &e) {
         vipsErrorText(e);
@@ -273,8 +273,8 @@ QByteArray BitmapImageRep::TIFFRepresentation(bool lzw)
     const bool alpha = m_hasAlpha && image.hasAlphaChannel();
     image = image.convertToFormat(alpha ? QImage::Format_RGBA8888 : QImage::Format_RGB888);
     try {
-        vips::VImage vimage = vipsImageFromBuffer(image.constBits(), image.width(), image.height(), alpha ? 4 : 3,
-                                                  image.bytesPerLine());
+        vips::VImage vimage = vipsImageFromBuffer(
+            image.constBits(), image.width(), image.height(), alpha ? 4 : 3, image.bytesPerLine());
         return encodeWithVips(vimage, TIFFFileType, 1.0f, lzw);
     } catch (const vips::VError &e) {
         vipsErrorText(e);

@@ -28,9 +28,8 @@ public:
     /// A zero-filled bitmap of the given layout; null when the layout is impossible or too large.
     /// bytesPerRow 0 means unpadded rows; bitsPerPixel 0 means bitsPerSample × samplesPerPixel.
     static std::shared_ptr<BitmapImageRep> create(int pixelsWide, int pixelsHigh, int bitsPerSample,
-                                                  int samplesPerPixel, bool hasAlpha, bool isPlanar,
-                                                  unsigned bitmapFormat = 0, qsizetype bytesPerRow = 0,
-                                                  int bitsPerPixel = 0);
+        int samplesPerPixel, bool hasAlpha, bool isPlanar, unsigned bitmapFormat = 0,
+        qsizetype bytesPerRow = 0, int bitsPerPixel = 0);
     /// The rendering bitmap: 8-bit RGBA premultiplied, rows of 4 × width bytes, all transparent.
     static std::shared_ptr<BitmapImageRep> createRGBA(int pixelsWide, int pixelsHigh);
     /// A bitmap holding a copy of image: RGBA premultiplied when it has alpha, else 8-bit RGB.
@@ -97,8 +96,8 @@ public:
     using PixelCallback = void (*)(unsigned char *pixel, int colourSamples, int x, int y);
     /// Fills table from the histogram of channel (samplesPerPixel for all colour samples together);
     /// answers whether the table is to be applied.
-    using StatisticalCallback = bool (*)(BitmapImageRep &bitmap, int channel, const uint32_t *histogram,
-                                         unsigned char *table);
+    using StatisticalCallback
+        = bool (*)(BitmapImageRep &bitmap, int channel, const uint32_t *histogram, unsigned char *table);
     /// The table entry for value given the minimum and maximum found.
     using NormalizeCallback = int (*)(int value, int min, int max);
 
@@ -109,10 +108,11 @@ public:
     void sharpenMedium();
     void sharpenStrong();
     /// 3×3 convolution of the interior pixels with nine row-major weights; the border is kept.
-    void applyMatrixFilter(const int32_t *matrix, int32_t divisor, int32_t offset, MatrixCallback callback = nullptr);
+    void applyMatrixFilter(
+        const int32_t *matrix, int32_t divisor, int32_t offset, MatrixCallback callback = nullptr);
     /// count kernels of size × size weights (size odd, at least 3), each applied to the unchanged samples.
     void applyMatrixesFilter(const int32_t *matrixes, int count, int size, int32_t divisor, int32_t offset,
-                             MatrixCallback callback = nullptr);
+        MatrixCallback callback = nullptr);
     void scaleWithDivisor(float divisor, float offset);
     /// Maps every colour sample through a 256-byte table (alpha is kept).
     void applyTransformationTable(const unsigned char *table);
@@ -153,7 +153,10 @@ private:
     BitmapImageRep() = default;
     bool decode();
 
-    struct Free { void operator()(unsigned char *p) const noexcept; };
+    struct Free
+    {
+        void operator()(unsigned char *p) const noexcept;
+    };
     std::unique_ptr<unsigned char[], Free> m_pixels;
     std::shared_ptr<ImageSource> m_source;
     bool m_decodeFailed = false;

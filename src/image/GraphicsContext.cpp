@@ -13,25 +13,41 @@ thread_local std::vector<GraphicsContext *> savedContexts;
 QPainter::CompositionMode compositionModeFor(CompositingOperation op)
 {
     switch (op) {
-    case CompositingOperation::Clear: return QPainter::CompositionMode_Clear;
-    case CompositingOperation::Copy: return QPainter::CompositionMode_Source;
-    case CompositingOperation::SourceOver: return QPainter::CompositionMode_SourceOver;
-    case CompositingOperation::SourceIn: return QPainter::CompositionMode_SourceIn;
-    case CompositingOperation::SourceOut: return QPainter::CompositionMode_SourceOut;
-    case CompositingOperation::SourceAtop: return QPainter::CompositionMode_SourceAtop;
-    case CompositingOperation::DestinationOver: return QPainter::CompositionMode_DestinationOver;
-    case CompositingOperation::DestinationIn: return QPainter::CompositionMode_DestinationIn;
-    case CompositingOperation::DestinationOut: return QPainter::CompositionMode_DestinationOut;
-    case CompositingOperation::DestinationAtop: return QPainter::CompositionMode_DestinationAtop;
-    case CompositingOperation::XOR: return QPainter::CompositionMode_Xor;
-    case CompositingOperation::PlusDarker: return QPainter::CompositionMode_Darken;
-    case CompositingOperation::Highlight: return QPainter::CompositionMode_SourceOver;
-    case CompositingOperation::PlusLighter: return QPainter::CompositionMode_Plus;
+    case CompositingOperation::Clear:
+        return QPainter::CompositionMode_Clear;
+    case CompositingOperation::Copy:
+        return QPainter::CompositionMode_Source;
+    case CompositingOperation::SourceOver:
+        return QPainter::CompositionMode_SourceOver;
+    case CompositingOperation::SourceIn:
+        return QPainter::CompositionMode_SourceIn;
+    case CompositingOperation::SourceOut:
+        return QPainter::CompositionMode_SourceOut;
+    case CompositingOperation::SourceAtop:
+        return QPainter::CompositionMode_SourceAtop;
+    case CompositingOperation::DestinationOver:
+        return QPainter::CompositionMode_DestinationOver;
+    case CompositingOperation::DestinationIn:
+        return QPainter::CompositionMode_DestinationIn;
+    case CompositingOperation::DestinationOut:
+        return QPainter::CompositionMode_DestinationOut;
+    case CompositingOperation::DestinationAtop:
+        return QPainter::CompositionMode_DestinationAtop;
+    case CompositingOperation::XOR:
+        return QPainter::CompositionMode_Xor;
+    case CompositingOperation::PlusDarker:
+        return QPainter::CompositionMode_Darken;
+    case CompositingOperation::Highlight:
+        return QPainter::CompositionMode_SourceOver;
+    case CompositingOperation::PlusLighter:
+        return QPainter::CompositionMode_Plus;
     }
     return QPainter::CompositionMode_SourceOver;
 }
 
-GraphicsContext::GraphicsContext(QPainter *painter, bool drawsToScreen) : m_painter(painter), m_screen(drawsToScreen)
+GraphicsContext::GraphicsContext(QPainter *painter, bool drawsToScreen)
+    : m_painter(painter)
+    , m_screen(drawsToScreen)
 {
     if (m_painter)
         m_painter->setRenderHint(QPainter::Antialiasing, m_antialias);

@@ -27,7 +27,12 @@ enum class CompositingOperation {
 QPainter::CompositionMode compositionModeFor(CompositingOperation op);
 
 /// Image interpolation codes: 0 default, 1 none, 2 low, 3 high. The default is high.
-enum ImageInterpolation { InterpolationDefault = 0, InterpolationNone = 1, InterpolationLow = 2, InterpolationHigh = 3 };
+enum ImageInterpolation {
+    InterpolationDefault = 0,
+    InterpolationNone = 1,
+    InterpolationLow = 2,
+    InterpolationHigh = 3
+};
 
 /// A drawing destination. Drawing operations draw into the current context of their thread;
 /// contexts are made current with makeCurrent() or a Scope, and restored like a stack.

@@ -13,12 +13,13 @@ namespace orvel {
 
 Image::Image() = default;
 
-Image::Image(QSizeF size) : m_size(size), m_sizeSet(true) { }
-
-Image::~Image()
+Image::Image(QSizeF size)
+    : m_size(size)
+    , m_sizeSet(true)
 {
-    unlockFocus();
 }
+
+Image::~Image() { unlockFocus(); }
 
 ImagePtr Image::initWithSize(QSizeF size) { return std::make_shared<Image>(size); }
 
@@ -59,7 +60,8 @@ bool looksLikePDF(const QByteArray &head)
 }
 
 // The representation that suits data: PDF, PostScript, or a bitmap libvips decodes (orientation applied).
-ImageRepPtr representationForData(const QByteArray &data, const QString &path, int maxPixelSize, QString *error)
+ImageRepPtr representationForData(
+    const QByteArray &data, const QString &path, int maxPixelSize, QString *error)
 {
     if (looksLikePDF(data))
         return PDFImageRep::imageRepWithData(data, error);
@@ -69,8 +71,9 @@ ImageRepPtr representationForData(const QByteArray &data, const QString &path, i
             *error = QStringLiteral("unreadable PostScript document");
         return rep;
     }
-    std::shared_ptr<ImageSource> source = path.isEmpty() ? ImageSource::openData(data, maxPixelSize, true, error)
-                                                         : ImageSource::open(path, maxPixelSize, true, error);
+    std::shared_ptr<ImageSource> source = path.isEmpty()
+        ? ImageSource::openData(data, maxPixelSize, true, error)
+        : ImageSource::open(path, maxPixelSize, true, error);
     return BitmapImageRep::fromSource(std::move(source));
 }
 
@@ -155,7 +158,8 @@ ImageRepPtr Image::bestRepresentationForRect(QRectF rect) const
     const std::vector<ImageRepPtr> &reps = representations();
     if (reps.empty())
         return nullptr;
-    // Among bitmaps, the smallest one that covers the rectangle, else the largest; other kinds first come first.
+    // Among bitmaps, the smallest one that covers the rectangle, else the largest; other kinds first come
+    // first.
     ImageRepPtr best;
     for (const ImageRepPtr &rep : reps) {
         if (rep->kind() != ImageRep::Kind::Bitmap && rep->kind() != ImageRep::Kind::Cached)

@@ -152,12 +152,12 @@ public:
     void drawBestRepresentationInRect(QRectF rect) const;
     QRectF drawCenteredInRect(QRectF rect, QRectF fromRect, CompositingOperation op, double fraction) const;
     void drawInRect(QRectF rect, QRectF fromRect, CompositingOperation op, double fraction,
-                    bool tileHorizontal, bool tileVertical, bool center) const;
+        bool tileHorizontal, bool tileVertical, bool center) const;
     void drawFlippedAtPoint(QPointF point, CompositingOperation op, double fraction = 1.0) const;
     void drawFlippedInRect(QRectF rect, CompositingOperation op, double fraction = 1.0) const;
     void drawScaledInRect(QRectF rect, bool flip, CompositingOperation op, double fraction = 1.0) const;
-    void drawScaledInRect(QRectF rect, bool flip, CompositingOperation op, double fraction,
-                          const QColor *shadow) const;
+    void drawScaledInRect(
+        QRectF rect, bool flip, CompositingOperation op, double fraction, const QColor *shadow) const;
     void drawScaledInRectWithShadow(QRectF rect, bool flip, CompositingOperation op, bool withShadow) const;
     /// The standard drop shadow for images.
     static QColor imageShadow();
@@ -191,8 +191,7 @@ public:
     /// Decodes image 0 of the file, the long side limited to maxPixelSize, orientation applied when
     /// withTransform is set; properties (when given) receive the file's metadata. Null on failure.
     static ImagePtr thumbnailForFile(const QString &path, int maxPixelSize, bool alwaysFromImage,
-                                     bool withTransform, QVariantMap *properties = nullptr,
-                                     QString *error = nullptr);
+        bool withTransform, QVariantMap *properties = nullptr, QString *error = nullptr);
     static ImagePtr thumbnailForFile(const QString &path, int maxPixelSize);
     static ImagePtr imageAtPath(const QString &path);
     static ImagePtr initWithDownloadedData(const QByteArray &data);
@@ -216,9 +215,9 @@ public:
     bool canFilter() const;
     void scaleWithDivisor(float divisor, float offset);
     void applyMatrixFilter(const int32_t *matrix, int32_t divisor, int32_t offset,
-                           BitmapImageRep::MatrixCallback callback = nullptr);
+        BitmapImageRep::MatrixCallback callback = nullptr);
     void applyMatrixesFilter(const int32_t *matrixes, int count, int size, int32_t divisor, int32_t offset,
-                             BitmapImageRep::MatrixCallback callback = nullptr);
+        BitmapImageRep::MatrixCallback callback = nullptr);
     void applyStatisticalFilter(BitmapImageRep::StatisticalCallback callback, bool mono);
     void applyNormalizeFilter(BitmapImageRep::NormalizeCallback callback, bool mono);
     void applySampleFilter(BitmapImageRep::SampleCallback callback);
@@ -271,6 +270,7 @@ private:
 /// Answers false when nothing could be drawn (a picture that fails to decode, say).
 bool drawImageInRect(const Image &image, QRectF rect);
 /// Draws image flipped vertically about rect.
-void drawFlippedInRect(const Image &image, CompositingOperation op, double fraction, QRectF rect, QRectF fromRect);
+void drawFlippedInRect(
+    const Image &image, CompositingOperation op, double fraction, QRectF rect, QRectF fromRect);
 
 } // namespace orvel

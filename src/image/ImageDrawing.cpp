@@ -54,7 +54,8 @@ bool drawImageInRect(const Image &image, QRectF rect)
     if (!rep)
         return false;
     const QString name = rep->className();
-    if (!isBitmapKind(rep) && name != QLatin1String("NSIconRefImageRep") && name != QLatin1String("NSCoreUIImageRep")) {
+    if (!isBitmapKind(rep) && name != QLatin1String("NSIconRefImageRep")
+        && name != QLatin1String("NSCoreUIImageRep")) {
         // Vector documents are always rendered on white.
         Image &mutableImage = const_cast<Image &>(image);
         const QColor old = image.backgroundColor();
@@ -97,8 +98,8 @@ void Image::drawInRect(QRectF rect, QRectF fromRect, CompositingOperation op, do
     // The part fromRect lands on rect: the whole image is drawn scaled alike, clipped to rect.
     const double sx = rect.width() / fromRect.width();
     const double sy = rect.height() / fromRect.height();
-    const QRectF full(rect.x() - fromRect.x() * sx, rect.y() - fromRect.y() * sy, whole.width() * sx,
-                      whole.height() * sy);
+    const QRectF full(
+        rect.x() - fromRect.x() * sx, rect.y() - fromRect.y() * sy, whole.width() * sx, whole.height() * sy);
     if (full != rect)
         painter->setClipRect(rect, Qt::IntersectClip);
     if (!isBitmapKind(rep) && m_background.alpha() > 0)
@@ -118,7 +119,8 @@ void Image::drawBestRepresentationInRect(QRectF rect) const
     drawRepresentation(bestRepresentationForRect(rect), rect);
 }
 
-void drawFlippedInRect(const Image &image, CompositingOperation op, double fraction, QRectF rect, QRectF fromRect)
+void drawFlippedInRect(
+    const Image &image, CompositingOperation op, double fraction, QRectF rect, QRectF fromRect)
 {
     QPainter *painter = currentPainter();
     if (!painter)
@@ -164,7 +166,7 @@ QRectF Image::drawCenteredInRect(QRectF rect, QRectF fromRect, CompositingOperat
 {
     const QSizeF drawn = fromRect.size().isEmpty() ? size() : fromRect.size();
     const QRectF target(rect.x() + (rect.width() - drawn.width()) * 0.5,
-                        rect.y() + (rect.height() - drawn.height()) * 0.5, drawn.width(), drawn.height());
+        rect.y() + (rect.height() - drawn.height()) * 0.5, drawn.width(), drawn.height());
     if (isFlipped() && !hasAlpha())
         orvel::drawFlippedInRect(*this, op, fraction, target, fromRect);
     else
@@ -172,8 +174,8 @@ QRectF Image::drawCenteredInRect(QRectF rect, QRectF fromRect, CompositingOperat
     return target;
 }
 
-void Image::drawInRect(QRectF rect, QRectF fromRect, CompositingOperation op, double fraction, bool tileHorizontal,
-                       bool tileVertical, bool center) const
+void Image::drawInRect(QRectF rect, QRectF fromRect, CompositingOperation op, double fraction,
+    bool tileHorizontal, bool tileVertical, bool center) const
 {
     QSizeF tile = fromRect.size().isEmpty() ? size() : fromRect.size();
     if (tile.width() <= 0 || tile.height() <= 0)
@@ -217,8 +219,8 @@ void Image::drawScaledInRect(QRectF rect, bool flip, CompositingOperation op, do
         self.setScalesWhenResized(false);
 }
 
-void Image::drawScaledInRect(QRectF rect, bool flip, CompositingOperation op, double fraction,
-                             const QColor *shadow) const
+void Image::drawScaledInRect(
+    QRectF rect, bool flip, CompositingOperation op, double fraction, const QColor *shadow) const
 {
     GraphicsContext *context = GraphicsContext::current();
     QPainter *painter = currentPainter();
@@ -241,8 +243,9 @@ void Image::drawScaledInRect(QRectF rect, bool flip, CompositingOperation op, do
         p.setCompositionMode(QPainter::CompositionMode_SourceIn);
         p.fillRect(shape.rect(), *shadow);
     }
-    const QImage blurred = shape.scaled(std::max(1, shape.width() / 3), std::max(1, shape.height() / 3),
-                                        Qt::IgnoreAspectRatio, Qt::SmoothTransformation)
+    const QImage blurred = shape
+                               .scaled(std::max(1, shape.width() / 3), std::max(1, shape.height() / 3),
+                                   Qt::IgnoreAspectRatio, Qt::SmoothTransformation)
                                .scaled(shape.size(), Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
     painter->save();
     painter->resetTransform();
@@ -339,7 +342,7 @@ ImagePtr Image::bitmapImageWithPixelSize(QSizeF size, bool shouldAntialias, int 
             drawn = drawImageInRect(*this, QRectF(0, 0, size.width(), size.height()));
         } catch (const std::exception &e) {
             logException(QStringLiteral("bitmapImageWithPixelSize:shouldAntialias:interpolation:"),
-                         QStringLiteral("NSImage"), QStringLiteral("std::exception"), QString::fromUtf8(e.what()));
+                QStringLiteral("NSImage"), QStringLiteral("std::exception"), QString::fromUtf8(e.what()));
         }
     }
     if (!drawn)
@@ -360,8 +363,8 @@ ImagePtr Image::bitmapImageWithSize(QSizeF size, bool shouldAntialias, int inter
 {
     if (!(size.width() > 0) || !(size.height() > 0))
         return nullptr;
-    ImagePtr result = bitmapImageWithPixelSize(QSizeF(std::ceil(size.width()), std::ceil(size.height())),
-                                               shouldAntialias, interpolation);
+    ImagePtr result = bitmapImageWithPixelSize(
+        QSizeF(std::ceil(size.width()), std::ceil(size.height())), shouldAntialias, interpolation);
     if (result)
         result->setSize(size);
     return result;
@@ -398,7 +401,7 @@ ImagePtr Image::initWithImage(const Image &image, QSizeF size)
     } catch (const std::exception &e) {
         result->unlockFocus();
         logException(QStringLiteral("initWithImage:size:"), QStringLiteral("NSImage"),
-                     QStringLiteral("std::exception"), QString::fromUtf8(e.what()));
+            QStringLiteral("std::exception"), QString::fromUtf8(e.what()));
         return nullptr;
     }
     result->unlockFocus();
@@ -442,11 +445,12 @@ ImagePtr Image::squareImage() const
     bool drawn = false;
     try {
         // Centred and unscaled; the margins are not rounded and stay transparent.
-        drawn = drawImageInRect(*this, QRectF((side - s.width()) * 0.5, (side - s.height()) * 0.5, s.width(), s.height()));
+        drawn = drawImageInRect(
+            *this, QRectF((side - s.width()) * 0.5, (side - s.height()) * 0.5, s.width(), s.height()));
     } catch (const std::exception &e) {
         result->unlockFocus();
-        logException(QStringLiteral("squareImage"), QStringLiteral("NSImage"), QStringLiteral("std::exception"),
-                     QString::fromUtf8(e.what()));
+        logException(QStringLiteral("squareImage"), QStringLiteral("NSImage"),
+            QStringLiteral("std::exception"), QString::fromUtf8(e.what()));
         return nullptr;
     }
     result->unlockFocus();

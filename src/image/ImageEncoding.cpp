@@ -13,8 +13,8 @@ BitmapImageRepPtr Image::createBitmapImageRepIfNecessary() const
         return rep;
     // No bitmap: render the image at its pixel size (the bitmap its TIFF data would hold).
     const QSizeF pixels = pixelSize();
-    const ImagePtr rendered = bitmapImageWithPixelSize(QSizeF(std::ceil(pixels.width()), std::ceil(pixels.height())),
-                                                       true, InterpolationHigh);
+    const ImagePtr rendered = bitmapImageWithPixelSize(
+        QSizeF(std::ceil(pixels.width()), std::ceil(pixels.height())), true, InterpolationHigh);
     return rendered ? rendered->bitmapImageRep() : nullptr;
 }
 
@@ -23,7 +23,8 @@ QByteArray Image::representationUsingType(int fileType, float compression) const
     ImageRepPtr best = bestRepresentationForRect(QRectF(QPointF(0, 0), size()));
     if (!best)
         return {};
-    BitmapImageRepPtr bitmap = best->kind() == ImageRep::Kind::Bitmap || best->kind() == ImageRep::Kind::Cached
+    BitmapImageRepPtr bitmap
+        = best->kind() == ImageRep::Kind::Bitmap || best->kind() == ImageRep::Kind::Cached
         ? std::static_pointer_cast<BitmapImageRep>(best)
         : createBitmapImageRepIfNecessary();
     if (!bitmap)

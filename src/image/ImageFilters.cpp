@@ -120,32 +120,17 @@ void Image::makeTransparentSample1(
     }
 }
 
-void Image::tintGray(float grey)
-{
-    tintRed(grey, grey, grey);
-}
+void Image::tintGray(float grey) { tintRed(grey, grey, grey); }
 
-void Image::tintRed(float red, float green, float blue)
-{
-    tintSample1(red, green, blue, 0.0f);
-}
+void Image::tintRed(float red, float green, float blue) { tintSample1(red, green, blue, 0.0f); }
 
 void Image::tintSample1(float sample1, float sample2, float sample3, float sample4)
 {
     forEachBitmap(*this, [&](BitmapImageRep &b) { b.tintSample1(sample1, sample2, sample3, sample4); });
 }
 
-void Image::sharpenLight()
-{
-    applyMatrixFilter(SharpenLightKernel, 4, 0);
-}
-void Image::sharpenMedium()
-{
-    applyMatrixFilter(SharpenMediumKernel, 2, 0);
-}
-void Image::sharpenStrong()
-{
-    applyMatrixFilter(SharpenStrongKernel, 1, 0);
-}
+void Image::sharpenLight() { applyMatrixFilter(SharpenLightKernel, 4, 0); }
+void Image::sharpenMedium() { applyMatrixFilter(SharpenMediumKernel, 2, 0); }
+void Image::sharpenStrong() { applyMatrixFilter(SharpenStrongKernel, 1, 0); }
 
 } // namespace orvel

@@ -5,8 +5,8 @@
 
 namespace orvel {
 
-ImagePtr Image::thumbnailForFile(const QString &path, int maxPixelSize, bool alwaysFromImage, bool withTransform,
-                                 QVariantMap *properties, QString *error)
+ImagePtr Image::thumbnailForFile(const QString &path, int maxPixelSize, bool alwaysFromImage,
+    bool withTransform, QVariantMap *properties, QString *error)
 {
     if (properties)
         properties->clear();

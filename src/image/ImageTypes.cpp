@@ -22,10 +22,7 @@ namespace {
 
 // Extension and type comparisons: extensions ignore case (through the upper-case table, as every
 // case-insensitive comparison of the toolkit does), HFS type codes are exact.
-bool sameExtension(const QString &a, QStringView b)
-{
-    return isEqualToStringNoCase(b, a);
-}
+bool sameExtension(const QString &a, QStringView b) { return isEqualToStringNoCase(b, a); }
 
 // Loaders whose files are not pictures a user would drop, or that another library reads for us:
 // - csvload, matrixload, matload: numbers in text or Matlab files, not pictures;
@@ -211,10 +208,7 @@ QStringList Image::PDFFileTypes()
         QStringLiteral("AI") };
 }
 
-QStringList Image::PDFBundleTypes()
-{
-    return { QStringLiteral("pdfd"), QStringLiteral("PDFD") };
-}
+QStringList Image::PDFBundleTypes() { return { QStringLiteral("pdfd"), QStringLiteral("PDFD") }; }
 
 bool Image::isImageExtension(const QString &extension, const QString &type)
 {
@@ -283,10 +277,7 @@ bool Image::isPostScriptExtension(const QString &extension)
         || sameExtension(QStringLiteral("ai"), extension);
 }
 
-bool Image::isPostScriptFile(const QString &path)
-{
-    return isPostScriptExtension(pathExtensionOfPath(path));
-}
+bool Image::isPostScriptFile(const QString &path) { return isPostScriptExtension(pathExtensionOfPath(path)); }
 
 bool Image::isPDFExtension(const QString &extension, const QString &type)
 {
@@ -318,10 +309,7 @@ bool Image::isPDFBundleExtension(const QString &extension)
     return sameExtension(QStringLiteral("pdfd"), extension);
 }
 
-bool Image::isPDFBundle(const QString &path)
-{
-    return isPDFBundleExtension(pathExtensionOfPath(path));
-}
+bool Image::isPDFBundle(const QString &path) { return isPDFBundleExtension(pathExtensionOfPath(path)); }
 
 QString Image::pathToPDF(const QString &path)
 {

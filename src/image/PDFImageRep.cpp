@@ -160,7 +160,8 @@ std::shared_ptr<PDFImageRep> EPSImageRep::initializePDFImageRep()
     if (m_pdf || m_triedConversion)
         return m_pdf;
     m_triedConversion = true;
-    const QByteArray pdf = convertPostScriptToPDF(m_data, !m_boundingBox.isEmpty(), conversionTimeLimit(), &m_error);
+    const QByteArray pdf
+        = convertPostScriptToPDF(m_data, !m_boundingBox.isEmpty(), conversionTimeLimit(), &m_error);
     if (pdf.isEmpty())
         return nullptr;
     m_pdf = orvel::PDFImageRep::imageRepWithData(pdf, &m_error);
@@ -169,7 +170,10 @@ std::shared_ptr<PDFImageRep> EPSImageRep::initializePDFImageRep()
     return m_pdf;
 }
 
-QByteArray EPSImageRep::PDFRepresentation() const { return m_pdf ? m_pdf->PDFRepresentation() : QByteArray(); }
+QByteArray EPSImageRep::PDFRepresentation() const
+{
+    return m_pdf ? m_pdf->PDFRepresentation() : QByteArray();
+}
 
 bool EPSImageRep::drawInRect(const QRectF &rect)
 {
@@ -177,7 +181,8 @@ bool EPSImageRep::drawInRect(const QRectF &rect)
     return pdf && pdf->drawInRect(rect);
 }
 
-QByteArray convertPostScriptToPDF(const QByteArray &postScript, bool encapsulated, int timeLimitSeconds, QString *error)
+QByteArray convertPostScriptToPDF(
+    const QByteArray &postScript, bool encapsulated, int timeLimitSeconds, QString *error)
 {
     auto fail = [error](const QString &why) {
         if (error)
@@ -198,9 +203,9 @@ QByteArray convertPostScriptToPDF(const QByteArray &postScript, bool encapsulate
             return fail(QStringLiteral("cannot write a temporary file"));
     }
     QStringList args = { QStringLiteral("-q"), QStringLiteral("-dSAFER"), QStringLiteral("-dBATCH"),
-                         QStringLiteral("-dNOPAUSE"), QStringLiteral("-dNOINTERPOLATE"),
-                         QStringLiteral("-sDEVICE=pdfwrite"), QStringLiteral("-dFirstPage=1"),
-                         QStringLiteral("-dLastPage=1"), QStringLiteral("-sOutputFile=") + out };
+        QStringLiteral("-dNOPAUSE"), QStringLiteral("-dNOINTERPOLATE"), QStringLiteral("-sDEVICE=pdfwrite"),
+        QStringLiteral("-dFirstPage=1"), QStringLiteral("-dLastPage=1"),
+        QStringLiteral("-sOutputFile=") + out };
     if (encapsulated)
         args << QStringLiteral("-dEPSCrop");
     args << QStringLiteral("-f") << in;

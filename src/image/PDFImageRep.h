@@ -85,7 +85,7 @@ private:
 };
 
 /// Converts PostScript data to PDF with Ghostscript; empty (with a reason) on failure or time-out.
-QByteArray convertPostScriptToPDF(const QByteArray &postScript, bool encapsulated, int timeLimitSeconds,
-                                  QString *error = nullptr);
+QByteArray convertPostScriptToPDF(
+    const QByteArray &postScript, bool encapsulated, int timeLimitSeconds, QString *error = nullptr);
 
 } // namespace orvel

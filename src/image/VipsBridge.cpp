@@ -58,16 +58,16 @@ QString vipsErrorText(const VError &error)
     return text.isEmpty() ? QStringLiteral("the decoder failed") : text;
 }
 
-std::shared_ptr<ImageSource> ImageSource::open(const QString &path, int maxPixelSize, bool withTransform,
-                                               QString *error)
+std::shared_ptr<ImageSource> ImageSource::open(
+    const QString &path, int maxPixelSize, bool withTransform, QString *error)
 {
     std::shared_ptr<ImageSource> source(new ImageSource);
     source->m_path = path;
     return source->start(maxPixelSize, withTransform, error) ? source : nullptr;
 }
 
-std::shared_ptr<ImageSource> ImageSource::openData(const QByteArray &data, int maxPixelSize, bool withTransform,
-                                                   QString *error)
+std::shared_ptr<ImageSource> ImageSource::openData(
+    const QByteArray &data, int maxPixelSize, bool withTransform, QString *error)
 {
     if (data.isEmpty()) {
         if (error)
@@ -84,8 +84,8 @@ bool ImageSource::start(int maxPixelSize, bool withTransform, QString *error)
     if (!ensureVips())
         m_error = QStringLiteral("the image library could not start");
     else if (const char *loader = m_data.isEmpty()
-                 ? vips_foreign_find_load(QFile::encodeName(m_path).constData())
-                 : vips_foreign_find_load_buffer(m_data.constData(), size_t(m_data.size())))
+            ? vips_foreign_find_load(QFile::encodeName(m_path).constData())
+            : vips_foreign_find_load_buffer(m_data.constData(), size_t(m_data.size())))
         m_loader = stripLoaderSuffix(loader);
     else
         m_error = QStringLiteral("not a picture that can be decoded");
@@ -139,12 +139,19 @@ bool ImageSource::readHeader(int maxPixelSize, bool withTransform)
         int depth = 8;
         switch (header.format()) {
         case VIPS_FORMAT_USHORT:
-        case VIPS_FORMAT_SHORT: depth = 16; break;
+        case VIPS_FORMAT_SHORT:
+            depth = 16;
+            break;
         case VIPS_FORMAT_UINT:
         case VIPS_FORMAT_INT:
-        case VIPS_FORMAT_FLOAT: depth = 32; break;
-        case VIPS_FORMAT_DOUBLE: depth = 64; break;
-        default: break;
+        case VIPS_FORMAT_FLOAT:
+            depth = 32;
+            break;
+        case VIPS_FORMAT_DOUBLE:
+            depth = 64;
+            break;
+        default:
+            break;
         }
         m_properties = {
             { QStringLiteral("PixelWidth"), m_rawWidth },
@@ -177,7 +184,8 @@ VImage ImageSource::load(double shrink, bool sequential) const
         while (s < 8 && s * 2 <= shrink)
             s *= 2;
         options->set("shrink", s);
-    } else if (shrink > 1.0 && (m_loader == QLatin1String("webpload") || m_loader == QLatin1String("svgload"))) {
+    } else if (shrink > 1.0
+        && (m_loader == QLatin1String("webpload") || m_loader == QLatin1String("svgload"))) {
         options->set("scale", 1.0 / shrink);
     }
     if (!m_data.isEmpty())
@@ -192,13 +200,12 @@ VImage ImageSource::finish(VImage image) const
     const bool hasProfile = image.get_typeof(VIPS_META_ICC_NAME) != 0;
     if (hasProfile || interpretation == VIPS_INTERPRETATION_CMYK) {
         try {
-            image = image.icc_transform("srgb", VImage::option()
-                                                    ->set("embedded", true)
-                                                    ->set("input_profile", interpretation == VIPS_INTERPRETATION_CMYK
-                                                                               ? "cmyk"
-                                                                               : "srgb")
-                                                    ->set("intent", VIPS_INTENT_PERCEPTUAL)
-                                                    ->set("depth", 8));
+            image = image.icc_transform("srgb",
+                VImage::option()
+                    ->set("embedded", true)
+                    ->set("input_profile", interpretation == VIPS_INTERPRETATION_CMYK ? "cmyk" : "srgb")
+                    ->set("intent", VIPS_INTENT_PERCEPTUAL)
+                    ->set("depth", 8));
         } catch (const VError &) {
             vips_error_clear(); // a broken profile: fall back to the plain conversion below
         }
@@ -265,7 +272,8 @@ VImage orient(VImage image, int orientation)
 bool ImageSource::decodeInto(BitmapImageRep &rep)
 {
     if (double(m_width) * double(m_height) > MaxDecodedPixels) {
-        m_error = QStringLiteral("picture too large to decode whole (%1 × %2 pixels)").arg(m_width).arg(m_height);
+        m_error
+            = QStringLiteral("picture too large to decode whole (%1 × %2 pixels)").arg(m_width).arg(m_height);
         return false;
     }
     try {
@@ -279,10 +287,10 @@ bool ImageSource::decodeInto(BitmapImageRep &rep)
             image = image.premultiply();
         if (image.width() != tw || image.height() != th)
             image = exactSize(image.resize(double(tw) / image.width(),
-                                           VImage::option()
-                                               ->set("vscale", double(th) / image.height())
-                                               ->set("kernel", VIPS_KERNEL_LANCZOS3)),
-                              tw, th);
+                                  VImage::option()
+                                      ->set("vscale", double(th) / image.height())
+                                      ->set("kernel", VIPS_KERNEL_LANCZOS3)),
+                tw, th);
         image = roundToUchar(image);
         if (m_applyOrientation)
             image = orient(image, m_orientation);
@@ -323,9 +331,10 @@ QImage ImageSource::renderScaled(int w, int h)
         const bool alpha = image.bands() == 4;
         if (alpha)
             image = image.premultiply();
-        image = image.resize(double(tw) / image.width(), VImage::option()
-                                                             ->set("vscale", double(th) / image.height())
-                                                             ->set("kernel", VIPS_KERNEL_LANCZOS3));
+        image = image.resize(double(tw) / image.width(),
+            VImage::option()
+                ->set("vscale", double(th) / image.height())
+                ->set("kernel", VIPS_KERNEL_LANCZOS3));
         image = roundToUchar(exactSize(image, tw, th));
         if (m_applyOrientation)
             image = orient(image, m_orientation);
@@ -340,15 +349,16 @@ VImage vipsImageFromBuffer(const unsigned char *data, int width, int height, int
 {
     const qsizetype tight = qsizetype(width) * bands;
     if (bytesPerRow == tight)
-        return VImage::new_from_memory(const_cast<unsigned char *>(data), size_t(tight) * height, width, height,
-                                       bands, VIPS_FORMAT_UCHAR);
+        return VImage::new_from_memory(const_cast<unsigned char *>(data), size_t(tight) * height, width,
+            height, bands, VIPS_FORMAT_UCHAR);
     // Padded rows: libvips wants them tight, so copy into a buffer that the new image owns.
     auto *rows = static_cast<unsigned char *>(malloc(size_t(tight) * height));
     if (!rows)
         throw vips::VError("out of memory");
     for (int y = 0; y < height; ++y)
         memcpy(rows + size_t(y) * tight, data + qsizetype(y) * bytesPerRow, size_t(tight));
-    return VImage::new_from_memory_steal(rows, size_t(tight) * height, width, height, bands, VIPS_FORMAT_UCHAR);
+    return VImage::new_from_memory_steal(
+        rows, size_t(tight) * height, width, height, bands, VIPS_FORMAT_UCHAR);
 }
 
 QImage qimageFromVips(VImage image)
@@ -362,9 +372,10 @@ QImage qimageFromVips(VImage image)
         return {};
     const int w = image.width();
     const int h = image.height();
-    return QImage(static_cast<uchar *>(memory), w, h, qsizetype(w) * bands,
-                  bands == 4 ? QImage::Format_RGBA8888_Premultiplied : QImage::Format_RGB888,
-                  [](void *p) { g_free(p); }, memory);
+    return QImage(
+        static_cast<uchar *>(memory), w, h, qsizetype(w) * bands,
+        bands == 4 ? QImage::Format_RGBA8888_Premultiplied : QImage::Format_RGB888,
+        [](void *p) { g_free(p); }, memory);
 }
 
 QImage lanczosResize(const QImage &source, int w, int h)
@@ -377,11 +388,10 @@ QImage lanczosResize(const QImage &source, int w, int h)
     if (image.format() != format)
         image = image.convertToFormat(format);
     try {
-        VImage in = vipsImageFromBuffer(image.constBits(), image.width(), image.height(), alpha ? 4 : 3,
-                                        image.bytesPerLine());
-        VImage out = in.resize(double(w) / image.width(), VImage::option()
-                                                                ->set("vscale", double(h) / image.height())
-                                                                ->set("kernel", VIPS_KERNEL_LANCZOS3));
+        VImage in = vipsImageFromBuffer(
+            image.constBits(), image.width(), image.height(), alpha ? 4 : 3, image.bytesPerLine());
+        VImage out = in.resize(double(w) / image.width(),
+            VImage::option()->set("vscale", double(h) / image.height())->set("kernel", VIPS_KERNEL_LANCZOS3));
         // The result must not refer to image's buffer once this function returns.
         return qimageFromVips(roundToUchar(exactSize(out, w, h)));
     } catch (const VError &e) {
@@ -402,7 +412,8 @@ QByteArray encodeWithVips(VImage image, int fileType, float compression, bool ti
         case TIFFFileType: {
             vips::VOption *o = VImage::option()->set("strip", true);
             if (tiffLzw)
-                o->set("compression", VIPS_FOREIGN_TIFF_COMPRESSION_LZW)->set("predictor", VIPS_FOREIGN_TIFF_PREDICTOR_HORIZONTAL);
+                o->set("compression", VIPS_FOREIGN_TIFF_COMPRESSION_LZW)
+                    ->set("predictor", VIPS_FOREIGN_TIFF_PREDICTOR_HORIZONTAL);
             else if (factor < 1.0)
                 o->set("compression", VIPS_FOREIGN_TIFF_COMPRESSION_DEFLATE)
                     ->set("level", std::max(1, effort))
@@ -415,21 +426,25 @@ QByteArray encodeWithVips(VImage image, int fileType, float compression, bool ti
             break;
         case GIFFileType:
             blob = image.gifsave_buffer(VImage::option()
-                                                     ->set("effort", clampInt(1 + std::lround(factor * 9.0), 1, 10))
-                                                     ->set("bitdepth", 8)
-                                                     ->set("strip", true));
+                                            ->set("effort", clampInt(1 + std::lround(factor * 9.0), 1, 10))
+                                            ->set("bitdepth", 8)
+                                            ->set("strip", true));
             break;
         case JPEGFileType:
             if (image.bands() == 4) // no alpha in JPEG: compose on white
-                image = image.flatten(VImage::option()->set("background", std::vector<double>{ 255, 255, 255 }))
-                            .cast(VIPS_FORMAT_UCHAR);
-            blob = image.jpegsave_buffer(VImage::option()->set("Q", quality)->set("optimize_coding", true)->set("strip", true));
+                image
+                    = image
+                          .flatten(VImage::option()->set("background", std::vector<double> { 255, 255, 255 }))
+                          .cast(VIPS_FORMAT_UCHAR);
+            blob = image.jpegsave_buffer(
+                VImage::option()->set("Q", quality)->set("optimize_coding", true)->set("strip", true));
             break;
         case PNGFileType:
             blob = image.pngsave_buffer(VImage::option()->set("compression", effort)->set("strip", true));
             break;
         case JPEG2000FileType:
-            blob = image.jp2ksave_buffer(VImage::option()->set("Q", quality)->set("lossless", factor >= 1.0)->set("strip", true));
+            blob = image.jp2ksave_buffer(
+                VImage::option()->set("Q", quality)->set("lossless", factor >= 1.0)->set("strip", true));
             break;
         default:
             return {};

@@ -21,11 +21,11 @@ class ImageSource
 {
 public:
     /// Opens a file; null (with a one-line reason in error) when libvips cannot read it.
-    static std::shared_ptr<ImageSource> open(const QString &path, int maxPixelSize, bool withTransform,
-                                             QString *error = nullptr);
+    static std::shared_ptr<ImageSource> open(
+        const QString &path, int maxPixelSize, bool withTransform, QString *error = nullptr);
     /// The same over encoded data held in memory.
-    static std::shared_ptr<ImageSource> openData(const QByteArray &data, int maxPixelSize, bool withTransform,
-                                                 QString *error = nullptr);
+    static std::shared_ptr<ImageSource> openData(
+        const QByteArray &data, int maxPixelSize, bool withTransform, QString *error = nullptr);
 
     /// The pixel size of the decoded picture: oriented, the long side limited to the maximum.
     int width() const { return m_width; }
@@ -63,7 +63,8 @@ private:
 };
 
 /// Wraps a premultiplied 8-bit RGBA or RGB buffer (rows may be padded) as a libvips image without copying.
-vips::VImage vipsImageFromBuffer(const unsigned char *data, int width, int height, int bands, qsizetype bytesPerRow);
+vips::VImage vipsImageFromBuffer(
+    const unsigned char *data, int width, int height, int bands, qsizetype bytesPerRow);
 /// Resizes a premultiplied 8-bit image to exactly w × h with the Lanczos filter.
 QImage lanczosResize(const QImage &image, int w, int h);
 /// Copies a libvips image of 8-bit RGB or RGBA into a QImage (RGB888 or RGBA8888_Premultiplied).

@@ -13,15 +13,9 @@ namespace orvel {
 
 namespace detail {
 
-static QChar::Category categoryOf(char16_t c)
-{
-    return QChar::category(char32_t(c));
-}
+static QChar::Category categoryOf(char16_t c) { return QChar::category(char32_t(c)); }
 
-bool isWhitespaceClass(char16_t c)
-{
-    return c == 0x0009 || categoryOf(c) == QChar::Separator_Space;
-}
+bool isWhitespaceClass(char16_t c) { return c == 0x0009 || categoryOf(c) == QChar::Separator_Space; }
 
 bool isWhitespaceAndNewlineClass(char16_t c)
 {
@@ -53,10 +47,7 @@ bool isControlClass(char16_t c)
     return k == QChar::Other_Control || k == QChar::Other_Format;
 }
 
-bool isIllegalClass(char16_t c)
-{
-    return categoryOf(c) == QChar::Other_NotAssigned;
-}
+bool isIllegalClass(char16_t c) { return categoryOf(c) == QChar::Other_NotAssigned; }
 
 } // namespace detail
 
@@ -211,10 +202,7 @@ CharacterSetRep whiteCharacterSetRep()
     return rep.data();
 }
 
-CharacterSetRep alphaCharacterSetRep()
-{
-    return letterRep().data();
-}
+CharacterSetRep alphaCharacterSetRep() { return letterRep().data(); }
 
 CharacterSetRep alphaNumCharacterSetRep()
 {
@@ -236,14 +224,8 @@ CharacterSetRep digitCharacterSetRep()
     return rep.data();
 }
 
-CharacterSetRep lowerCharacterSetRep()
-{
-    return lowercaseRep().data();
-}
-CharacterSetRep upperCharacterSetRep()
-{
-    return uppercaseRep().data();
-}
+CharacterSetRep lowerCharacterSetRep() { return lowercaseRep().data(); }
+CharacterSetRep upperCharacterSetRep() { return uppercaseRep().data(); }
 
 char16_t firstAlphaCharacter()
 {
@@ -276,18 +258,9 @@ char16_t lastAlphaCharacter()
     return 0;
 }
 
-ConversionTable lowerCharsTable()
-{
-    return lowerTable().data();
-}
-ConversionTable upperCharsTable()
-{
-    return upperTable().data();
-}
-ConversionTable umlautsCharsTable()
-{
-    return umlautsTable().data();
-}
+ConversionTable lowerCharsTable() { return lowerTable().data(); }
+ConversionTable upperCharsTable() { return upperTable().data(); }
+ConversionTable umlautsCharsTable() { return umlautsTable().data(); }
 
 ConversionTable lowerUmlautsCharsTable()
 {
@@ -301,26 +274,11 @@ ConversionTable upperUmlautsCharsTable()
     return t.data();
 }
 
-char16_t toLower(char16_t c)
-{
-    return lowerCharsTable()[c];
-}
-char16_t toUpper(char16_t c)
-{
-    return upperCharsTable()[c];
-}
-char16_t umlautsToAscii(char16_t c)
-{
-    return umlautsCharsTable()[c];
-}
-char16_t umlautsToLowerAscii(char16_t c)
-{
-    return lowerUmlautsCharsTable()[c];
-}
-char16_t umlautsToUpperAscii(char16_t c)
-{
-    return upperUmlautsCharsTable()[c];
-}
+char16_t toLower(char16_t c) { return lowerCharsTable()[c]; }
+char16_t toUpper(char16_t c) { return upperCharsTable()[c]; }
+char16_t umlautsToAscii(char16_t c) { return umlautsCharsTable()[c]; }
+char16_t umlautsToLowerAscii(char16_t c) { return lowerUmlautsCharsTable()[c]; }
+char16_t umlautsToUpperAscii(char16_t c) { return upperUmlautsCharsTable()[c]; }
 
 char16_t toAscii(char16_t c)
 {

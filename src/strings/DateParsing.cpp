@@ -22,18 +22,9 @@ constexpr std::array<const char16_t *, 12> MonthNames = { u"january", u"february
 constexpr std::array<const char16_t *, 7> WeekdayNames
     = { u"monday", u"tuesday", u"wednesday", u"thursday", u"friday", u"saturday", u"sunday" };
 
-inline bool isDigit(QChar c)
-{
-    return c >= u'0' && c <= u'9';
-}
-inline bool isWhite(QChar c)
-{
-    return c == u' ' || c == u'\t' || c.unicode() == 0x00A0;
-}
-inline char16_t lowerAscii(char16_t c)
-{
-    return (c >= u'A' && c <= u'Z') ? char16_t(c + 32) : c;
-}
+inline bool isDigit(QChar c) { return c >= u'0' && c <= u'9'; }
+inline bool isWhite(QChar c) { return c == u' ' || c == u'\t' || c.unicode() == 0x00A0; }
+inline char16_t lowerAscii(char16_t c) { return (c >= u'A' && c <= u'Z') ? char16_t(c + 32) : c; }
 
 // Matches one of names (full, or its first three letters) at the start of s; answers its index and
 // sets *used to the units read.
@@ -57,10 +48,7 @@ int matchName(QStringView s, const char16_t *const *names, int count, qsizetype 
     return -1;
 }
 
-int twoDigitYear(int y)
-{
-    return y < 69 ? 2000 + y : 1900 + y;
-}
+int twoDigitYear(int y) { return y < 69 ? 2000 + y : 1900 + y; }
 
 // Reads up to maxDigits digits (at least minDigits); -1 when there are too few.
 int readNumber(QStringView s, qsizetype *pos, int minDigits, int maxDigits)

@@ -11,10 +11,7 @@ namespace orvel {
 namespace {
 
 // Bytes are meant as ASCII literals; a byte of 0x80 or above is widened as a signed value.
-inline char16_t widen(char b)
-{
-    return char16_t(std::int16_t(static_cast<signed char>(b)));
-}
+inline char16_t widen(char b) { return char16_t(std::int16_t(static_cast<signed char>(b))); }
 
 // Identity "table" for the templates below.
 struct Raw

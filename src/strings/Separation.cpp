@@ -46,10 +46,7 @@ const RepBits &componentSeparatorBits()
     return rep;
 }
 
-inline bool isAsciiDigit(char16_t c)
-{
-    return c >= u'0' && c <= u'9';
-}
+inline bool isAsciiDigit(char16_t c) { return c >= u'0' && c <= u'9'; }
 
 // The break rule shared by words and components.
 inline bool isBreak(const char16_t *s, qsizetype n, qsizetype i, CharacterSetRep set)
@@ -136,14 +133,8 @@ bool validRange(QStringView s, qsizetype location, qsizetype length)
 
 } // namespace
 
-CharacterSetRep defaultWordSeparators()
-{
-    return wordSeparatorBits().data();
-}
-CharacterSetRep defaultComponentSeparators()
-{
-    return componentSeparatorBits().data();
-}
+CharacterSetRep defaultWordSeparators() { return wordSeparatorBits().data(); }
+CharacterSetRep defaultComponentSeparators() { return componentSeparatorBits().data(); }
 
 CharacterSetRep defaultSentenceSeparators()
 {

@@ -47,10 +47,7 @@ QString stringByApplyingConversionTable(const QString &s, ConversionTable table)
     return mapUnits(s, table);
 }
 
-QString nonUmlautedString(const QString &s)
-{
-    return s.isEmpty() ? s : mapUnits(s, umlautsCharsTable());
-}
+QString nonUmlautedString(const QString &s) { return s.isEmpty() ? s : mapUnits(s, umlautsCharsTable()); }
 QString lowercaseNonUmlautedString(const QString &s)
 {
     return s.isEmpty() ? s : mapUnits(s, lowerUmlautsCharsTable());
@@ -59,18 +56,9 @@ QString uppercaseNonUmlautedString(const QString &s)
 {
     return s.isEmpty() ? s : mapUnits(s, upperUmlautsCharsTable());
 }
-QString asciiString(const QString &s)
-{
-    return asciiMapped(s, toAscii);
-}
-QString lowercaseAsciiString(const QString &s)
-{
-    return asciiMapped(s, toLowerAscii);
-}
-QString uppercaseAsciiString(const QString &s)
-{
-    return asciiMapped(s, toUpperAscii);
-}
+QString asciiString(const QString &s) { return asciiMapped(s, toAscii); }
+QString lowercaseAsciiString(const QString &s) { return asciiMapped(s, toLowerAscii); }
+QString uppercaseAsciiString(const QString &s) { return asciiMapped(s, toUpperAscii); }
 
 QString optimizedString(const QString &s)
 {
@@ -107,10 +95,7 @@ static bool allBelow128(QStringView s)
     return true;
 }
 
-bool isAsciiString(QStringView s)
-{
-    return allBelow128(s);
-}
+bool isAsciiString(QStringView s) { return allBelow128(s); }
 
 namespace {
 
@@ -259,10 +244,7 @@ bool isMashedWordCharacters(const char16_t *units, qsizetype length)
     return isCharacterPartOfSet(upper, units[i]) && isCharacterPartOfSet(lower, units[i + 1]);
 }
 
-bool isMashedWord(QStringView s)
-{
-    return isMashedWordCharacters(s.utf16(), s.size());
-}
+bool isMashedWord(QStringView s) { return isMashedWordCharacters(s.utf16(), s.size()); }
 
 bool containsCharacters(QStringView s, unsigned mask)
 {

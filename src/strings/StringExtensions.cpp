@@ -1,8 +1,8 @@
 // Configuration lines, rotation, bracket counts, trimming, counting, replacing and line access.
 #include "strings/StringExtensions.h"
 
-#include "strings/FastCompare.h"
 #include "strings/CharacterClasses_p.h"
+#include "strings/FastCompare.h"
 #include "strings/Separation.h"
 
 namespace orvel {
@@ -109,10 +109,7 @@ QString stringByRotating(const QString &s, int n)
     return out;
 }
 
-QString stringByRotating13(const QString &s)
-{
-    return stringByRotating(s, 13);
-}
+QString stringByRotating13(const QString &s) { return stringByRotating(s, 13); }
 
 bool countLT(QStringView s, qsizetype *lt, qsizetype *gt)
 {
@@ -144,18 +141,9 @@ QString stringByTrimmingQuotes(const QString &s)
     return s.mid(a, b - a);
 }
 
-QString stringByTrimmingWhiteSpaces(const QString &s)
-{
-    return trimmedBy(s, whiteCharacterSetRep());
-}
-QString stringByTrimmingSpaces(const QString &s)
-{
-    return trimmedBy(s, spaceCharacterSetRep());
-}
-QString stringByTrimmingCharactersInRep(const QString &s, CharacterSetRep rep)
-{
-    return trimmedBy(s, rep);
-}
+QString stringByTrimmingWhiteSpaces(const QString &s) { return trimmedBy(s, whiteCharacterSetRep()); }
+QString stringByTrimmingSpaces(const QString &s) { return trimmedBy(s, spaceCharacterSetRep()); }
+QString stringByTrimmingCharactersInRep(const QString &s, CharacterSetRep rep) { return trimmedBy(s, rep); }
 
 QString stringByRemovingDigits(const QString &s)
 {
@@ -190,10 +178,7 @@ QString stringByReplacingString(const QString &s, QStringView from, QStringView 
     return out;
 }
 
-qsizetype countCharacter(QStringView s, char16_t ch)
-{
-    return s.count(QChar(ch));
-}
+qsizetype countCharacter(QStringView s, char16_t ch) { return s.count(QChar(ch)); }
 
 qsizetype findOneOf(QStringView s, QStringView chars)
 {
@@ -203,14 +188,8 @@ qsizetype findOneOf(QStringView s, QStringView chars)
     return NotFound;
 }
 
-char16_t firstCharacter(QStringView s)
-{
-    return s.isEmpty() ? 0 : s.front().unicode();
-}
-char16_t lastCharacter(QStringView s)
-{
-    return s.isEmpty() ? 0 : s.back().unicode();
-}
+char16_t firstCharacter(QStringView s) { return s.isEmpty() ? 0 : s.front().unicode(); }
+char16_t lastCharacter(QStringView s) { return s.isEmpty() ? 0 : s.back().unicode(); }
 
 QStringList lines(const QString &s)
 {

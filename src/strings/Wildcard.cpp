@@ -133,18 +133,12 @@ std::atomic<double> fuzzyAnalogy { 0.75 };
 
 } // namespace
 
-bool isLikeWildcard(QStringView text, QStringView pattern)
-{
-    return entry(text, pattern, false, false);
-}
+bool isLikeWildcard(QStringView text, QStringView pattern) { return entry(text, pattern, false, false); }
 bool isCaseInsensitiveLikeWildcard(QStringView text, QStringView pattern)
 {
     return entry(text, pattern, false, true);
 }
-bool isLikeUnixWildcard(QStringView text, QStringView pattern)
-{
-    return entry(text, pattern, true, false);
-}
+bool isLikeUnixWildcard(QStringView text, QStringView pattern) { return entry(text, pattern, true, false); }
 bool isCaseInsensitiveLikeUnixWildcard(QStringView text, QStringView pattern)
 {
     return entry(text, pattern, true, true);
@@ -334,14 +328,8 @@ bool isUnicharTablePartOfConversionTable(ConversionTable a, ConversionTable b)
     return a == umlautsCharsTable() && (b == lowerUmlautsCharsTable() || b == upperUmlautsCharsTable());
 }
 
-double minWildcardFuzzyAnalogy()
-{
-    return fuzzyAnalogy.load(std::memory_order_relaxed);
-}
-void setMinWildcardFuzzyAnalogy(double value)
-{
-    fuzzyAnalogy.store(value, std::memory_order_relaxed);
-}
+double minWildcardFuzzyAnalogy() { return fuzzyAnalogy.load(std::memory_order_relaxed); }
+void setMinWildcardFuzzyAnalogy(double value) { fuzzyAnalogy.store(value, std::memory_order_relaxed); }
 
 CharacterSetRep defaultWildcardSeparators()
 {
@@ -365,14 +353,8 @@ qsizetype numberOfWordsUsingWildcardSeparation(QStringView s)
     return numberOfWordsUsingSeparators(s, defaultWildcardSeparators(), 1, true);
 }
 
-void initWildcardSeparators()
-{
-    defaultWildcardSeparators();
-}
-void initWildcardTables()
-{
-    upperUmlautsCharsTable();
-}
+void initWildcardSeparators() { defaultWildcardSeparators(); }
+void initWildcardTables() { upperUmlautsCharsTable(); }
 
 void initSeparatorsAndTables()
 {

@@ -11,12 +11,14 @@
 namespace orvel {
 
 Bundle::Bundle(const QString &identifier, const QString &resourcePath)
-    : m_identifier(identifier), m_resourcePaths { resourcePath }
+    : m_identifier(identifier)
+    , m_resourcePaths { resourcePath }
 {
 }
 
 Bundle::Bundle(const QString &identifier, const QStringList &resourcePaths)
-    : m_identifier(identifier), m_resourcePaths(resourcePaths)
+    : m_identifier(identifier)
+    , m_resourcePaths(resourcePaths)
 {
 }
 
@@ -24,11 +26,11 @@ Bundle::Bundle(const QString &identifier, const QStringList &resourcePaths)
 static QStringList resourceFolders(const QString &compiledIn, const QString &dataName)
 {
     QStringList folders { compiledIn };
-    folders += QStandardPaths::locateAll(QStandardPaths::GenericDataLocation, dataName,
-                                         QStandardPaths::LocateDirectory);
+    folders += QStandardPaths::locateAll(
+        QStandardPaths::GenericDataLocation, dataName, QStandardPaths::LocateDirectory);
     if (QCoreApplication::instance()) {
-        const QString besideExecutable = QDir::cleanPath(QCoreApplication::applicationDirPath()
-                                                         + QStringLiteral("/../share/") + dataName);
+        const QString besideExecutable = QDir::cleanPath(
+            QCoreApplication::applicationDirPath() + QStringLiteral("/../share/") + dataName);
         if (!folders.contains(besideExecutable))
             folders.append(besideExecutable);
     }
@@ -38,21 +40,18 @@ static QStringList resourceFolders(const QString &compiledIn, const QString &dat
 const Bundle &Bundle::mainBundle()
 {
     static const Bundle bundle(QStringLiteral("org.orvel.thumbnails"),
-                               resourceFolders(QStringLiteral(":/orvel"), QStringLiteral("orvel-thumbs")));
+        resourceFolders(QStringLiteral(":/orvel"), QStringLiteral("orvel-thumbs")));
     return bundle;
 }
 
 const Bundle &Bundle::toolkitBundle()
 {
     static const Bundle bundle(QStringLiteral("org.orvel.kit"),
-                               resourceFolders(QStringLiteral(":/orvelkit"), QStringLiteral("orvelkit")));
+        resourceFolders(QStringLiteral(":/orvelkit"), QStringLiteral("orvelkit")));
     return bundle;
 }
 
-QString Bundle::bundleIdentifier() const
-{
-    return m_identifier;
-}
+QString Bundle::bundleIdentifier() const { return m_identifier; }
 
 QString Bundle::resourcePath() const
 {
@@ -66,9 +65,15 @@ QString Bundle::resourcePath() const
 const QStringList &Bundle::imageResourceExtensions()
 {
     static const QStringList extensions {
-        QStringLiteral("png"), QStringLiteral("svg"),  QStringLiteral("jpg"),
-        QStringLiteral("jpeg"), QStringLiteral("gif"), QStringLiteral("tiff"),
-        QStringLiteral("tif"), QStringLiteral("bmp"),  QStringLiteral("webp"),
+        QStringLiteral("png"),
+        QStringLiteral("svg"),
+        QStringLiteral("jpg"),
+        QStringLiteral("jpeg"),
+        QStringLiteral("gif"),
+        QStringLiteral("tiff"),
+        QStringLiteral("tif"),
+        QStringLiteral("bmp"),
+        QStringLiteral("webp"),
     };
     return extensions;
 }
@@ -105,15 +110,9 @@ QString StringsTable::localizedStringForKey(const QString &key, const QString &v
     return value.isEmpty() ? key : value;
 }
 
-QString Bundle::defaultStringsTable()
-{
-    return QStringLiteral("Localizable");
-}
+QString Bundle::defaultStringsTable() { return QStringLiteral("Localizable"); }
 
-StringsTable Bundle::stringsTable(const QString &table) const
-{
-    return stringsTable(table, QLocale());
-}
+StringsTable Bundle::stringsTable(const QString &table) const { return stringsTable(table, QLocale()); }
 
 StringsTable Bundle::stringsTable(const QString &table, const QLocale &locale) const
 {

@@ -52,9 +52,10 @@ public:
     /// The first resource folder that exists (the given one when none does).
     QString resourcePath() const;
 
-    /// The path of the image resource called name (with or without an extension; without one, tries png, svg, jpg, jpeg, gif, tiff, tif, bmp, webp in that order); empty when there is none.
-    /// A name with an extension that is not found as it is is also tried with those extensions
-    /// added ("icon.small" -> "icon.small.png"). Each extension is tried in lower, then upper case.
+    /// The path of the image resource called name (with or without an extension; without one, tries png, svg,
+    /// jpg, jpeg, gif, tiff, tif, bmp, webp in that order); empty when there is none. A name with an
+    /// extension that is not found as it is is also tried with those extensions added ("icon.small" ->
+    /// "icon.small.png"). Each extension is tried in lower, then upper case.
     QString pathForImageResource(const QString &name) const;
 
     /// "Localizable": the table used when none is given.

@@ -41,9 +41,15 @@ namespace {
 class Walk
 {
 public:
-    Walk(const QString &table, const Bundle &bundle) : m_tableName(table), m_table(bundle.stringsTable(table)) { }
+    Walk(const QString &table, const Bundle &bundle)
+        : m_tableName(table)
+        , m_table(bundle.stringsTable(table))
+    {
+    }
     Walk(const QString &oldText, const QString &newText)
-        : m_replacing(true), m_oldText(oldText), m_newText(newText)
+        : m_replacing(true)
+        , m_oldText(oldText)
+        , m_newText(newText)
     {
     }
 
@@ -64,15 +70,10 @@ public:
     // The rule for one text attribute: an empty text is left alone; any other is looked up (or has
     // its substrings replaced) and set when that changes it. Setting an unchanged text would only
     // send change signals (and pin an action's tool tip that follows its text).
-    template<typename Setter>
-    void apply(const QString &text, Setter set)
-    {
-        applyFrom(m_table, text, set);
-    }
+    template <typename Setter> void apply(const QString &text, Setter set) { applyFrom(m_table, text, set); }
     // A menu's own title comes from the main bundle's table of the same name, whatever bundle the
     // walk was given.
-    template<typename Setter>
-    void applyTitle(const QString &text, Setter set)
+    template <typename Setter> void applyTitle(const QString &text, Setter set)
     {
         if (!m_replacing && !m_titleTable)
             m_titleTable = Bundle::mainBundle().stringsTable(m_tableName);
@@ -80,8 +81,7 @@ public:
     }
 
 private:
-    template<typename Setter>
-    void applyFrom(const StringsTable &table, const QString &text, Setter set)
+    template <typename Setter> void applyFrom(const StringsTable &table, const QString &text, Setter set)
     {
         if (text.isEmpty())
             return;
@@ -107,7 +107,9 @@ private:
 class UpdatesPaused
 {
 public:
-    explicit UpdatesPaused(QWidget *widget) : m_widget(widget), m_was(widget->updatesEnabled())
+    explicit UpdatesPaused(QWidget *widget)
+        : m_widget(widget)
+        , m_was(widget->updatesEnabled())
     {
         m_widget->setUpdatesEnabled(false);
     }
@@ -120,10 +122,7 @@ private:
     bool m_was;
 };
 
-bool isSystemText(const QObject *object)
-{
-    return object->property(SystemTextProperty).toBool();
-}
+bool isSystemText(const QObject *object) { return object->property(SystemTextProperty).toBool(); }
 
 void walkWidget(QWidget *widget, Walk &walk);
 void walkMenu(QMenu *menu, Walk &walk);
@@ -271,9 +270,8 @@ void walkColumnTitles(QAbstractItemView *view, Walk &walk)
     if (!model)
         return;
     for (int column = 0; column < model->columnCount(); ++column) {
-        walk.apply(model->headerData(column, Qt::Horizontal).toString(), [model, column](const QString &text) {
-            model->setHeaderData(column, Qt::Horizontal, text);
-        });
+        walk.apply(model->headerData(column, Qt::Horizontal).toString(),
+            [model, column](const QString &text) { model->setHeaderData(column, Qt::Horizontal, text); });
     }
 }
 
@@ -334,11 +332,13 @@ void walkWidget(QWidget *widget, Walk &walk)
         walk.markVisited(tabs->tabBar()); // its labels are the tab widget's
         for (int i = 0; i < tabs->count(); ++i)
             walkWidget(tabs->widget(i), walk);
-    } else if (auto *view = qobject_cast<QAbstractItemView *>(widget); view && !qobject_cast<QHeaderView *>(view)) {
+    } else if (auto *view = qobject_cast<QAbstractItemView *>(widget);
+               view && !qobject_cast<QHeaderView *>(view)) {
         walkColumnTitles(view, walk);
     } else if (auto *field = qobject_cast<QLineEdit *>(widget)) {
         walk.apply(field->text(), [field](const QString &text) { field->setText(text); });
-        walk.apply(field->placeholderText(), [field](const QString &text) { field->setPlaceholderText(text); });
+        walk.apply(
+            field->placeholderText(), [field](const QString &text) { field->setPlaceholderText(text); });
     } else if (auto *label = qobject_cast<QLabel *>(widget)) {
         walk.apply(label->text(), [label](const QString &text) { label->setText(text); });
     } else if (auto *button = qobject_cast<QPushButton *>(widget)) {
@@ -355,7 +355,10 @@ void walkWidget(QWidget *widget, Walk &walk)
 class KeyWalk
 {
 public:
-    explicit KeyWalk(StringsTable table) : m_table(std::move(table)) { }
+    explicit KeyWalk(StringsTable table)
+        : m_table(std::move(table))
+    {
+    }
 
     void item(QAction *action)
     {
@@ -409,10 +412,7 @@ private:
 
 } // namespace
 
-void localize(QWidget *widget)
-{
-    localizeUsingTable(widget, QString());
-}
+void localize(QWidget *widget) { localizeUsingTable(widget, QString()); }
 
 void localizeUsingTable(QWidget *widget, const QString &table)
 {
@@ -435,10 +435,7 @@ void replaceString(QWidget *widget, const QString &oldText, const QString &newTe
     walkWidget(widget, walk);
 }
 
-void localize(QAction *item)
-{
-    localizeUsingTable(item, QString());
-}
+void localize(QAction *item) { localizeUsingTable(item, QString()); }
 
 void localizeUsingTable(QAction *item, const QString &table)
 {
@@ -461,10 +458,7 @@ void replaceString(QAction *item, const QString &oldText, const QString &newText
     walkAction(item, walk);
 }
 
-void localize(QButtonGroup *group)
-{
-    localizeUsingTable(group, QString());
-}
+void localize(QButtonGroup *group) { localizeUsingTable(group, QString()); }
 
 void localizeUsingTable(QButtonGroup *group, const QString &table)
 {
@@ -493,10 +487,7 @@ QList<QAction *> localizableItems(const QToolBar *toolBar)
     return toolBar ? toolBar->actions() : QList<QAction *>();
 }
 
-void localizeKeyEquivalents(QMenu *menu)
-{
-    localizeKeyEquivalentsUsingTable(menu, QString());
-}
+void localizeKeyEquivalents(QMenu *menu) { localizeKeyEquivalentsUsingTable(menu, QString()); }
 
 void localizeKeyEquivalentsUsingTable(QMenu *menu, const QString &table)
 {
@@ -509,10 +500,7 @@ void localizeKeyEquivalentsUsingTable(QMenu *menu, const QString &table, const B
         KeyWalk(bundle.stringsTable(table)).menu(menu);
 }
 
-void localizeKeyEquivalents(QMenuBar *menuBar)
-{
-    localizeKeyEquivalentsUsingTable(menuBar, QString());
-}
+void localizeKeyEquivalents(QMenuBar *menuBar) { localizeKeyEquivalentsUsingTable(menuBar, QString()); }
 
 void localizeKeyEquivalentsUsingTable(QMenuBar *menuBar, const QString &table)
 {
@@ -525,10 +513,7 @@ void localizeKeyEquivalentsUsingTable(QMenuBar *menuBar, const QString &table, c
         KeyWalk(bundle.stringsTable(table)).menu(menuBar);
 }
 
-void localizeKeyEquivalent(QAction *item)
-{
-    localizeKeyEquivalentUsingTable(item, QString());
-}
+void localizeKeyEquivalent(QAction *item) { localizeKeyEquivalentUsingTable(item, QString()); }
 
 void localizeKeyEquivalentUsingTable(QAction *item, const QString &table)
 {

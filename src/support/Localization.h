@@ -72,7 +72,8 @@ void localizeKeyEquivalentUsingTable(QAction *item, const QString &table, const 
 /// The key under which a shortcut is translated: "CMD_", "CTRL_", "OPT_", "SHIFT_" (in this order,
 /// for the modifiers it has), then the key itself (a letter in lower case, any other key by its
 /// portable name: "CMD_SHIFT_s", "CMD_F5", "OPT_Left"). Empty for no key.
-/// The command modifier is Qt::ControlModifier, control is Qt::MetaModifier: see keyEquivalentAndModifierMask().
+/// The command modifier is Qt::ControlModifier, control is Qt::MetaModifier: see
+/// keyEquivalentAndModifierMask().
 QString keyEquivalentKey(QKeyCombination shortcut);
 
 /// Splits a key-equivalent key: the leading "CMD_", "CTRL_", "OPT_" and "SHIFT_" prefixes become the

@@ -62,8 +62,8 @@ void logMessage(const QString &message)
     }
 }
 
-void logException(const QString &operation, const QString &className, const QString &name, const QString &reason,
-                   const QStringList &callStack)
+void logException(const QString &operation, const QString &className, const QString &name,
+    const QString &reason, const QStringList &callStack)
 {
     logMessage(QStringLiteral("%1 (%2):\n%3\n%4\n%5")
                    .arg(operation, className, name, reason, callStack.join(u'\n')));

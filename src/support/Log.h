@@ -6,12 +6,14 @@
 
 namespace orvel {
 
-/// Writes one of the system's own messages to the system log (syslog, ident "orvel-thumbs") and to standard error when that is a terminal.
-/// Thread-safe; each message reaches standard error as one whole line ("orvel-thumbs: message").
+/// Writes one of the system's own messages to the system log (syslog, ident "orvel-thumbs") and to standard
+/// error when that is a terminal. Thread-safe; each message reaches standard error as one whole line
+/// ("orvel-thumbs: message").
 void logMessage(const QString &message);
 
 /// Logs "%@ (%@):\n%@\n%@\n%@" (operation, class, exception name, reason, call-stack lines joined by "\n").
-void logException(const QString &operation, const QString &className, const QString &name, const QString &reason, const QStringList &callStack = {});
+void logException(const QString &operation, const QString &className, const QString &name,
+    const QString &reason, const QStringList &callStack = {});
 
 /// Force standard error on/off (command line --verbose/--quiet); until called, standard error gets
 /// the messages when it is a terminal.

@@ -30,11 +30,21 @@ QString quoted(const QString &s)
     out += u'"';
     for (QChar c : s) {
         switch (c.unicode()) {
-        case u'"': out += QLatin1String("\\\""); break;
-        case u'\\': out += QLatin1String("\\\\"); break;
-        case u'\n': out += QLatin1String("\\n"); break;
-        case u'\r': out += QLatin1String("\\r"); break;
-        case u'\t': out += QLatin1String("\\t"); break;
+        case u'"':
+            out += QLatin1String("\\\"");
+            break;
+        case u'\\':
+            out += QLatin1String("\\\\");
+            break;
+        case u'\n':
+            out += QLatin1String("\\n");
+            break;
+        case u'\r':
+            out += QLatin1String("\\r");
+            break;
+        case u'\t':
+            out += QLatin1String("\\t");
+            break;
         default:
             if (c.unicode() < 0x20 || c.unicode() == 0x7f || c.unicode() == 0x2028 || c.unicode() == 0x2029)
                 out += QStringLiteral("\\u%1").arg(c.unicode(), 4, 16, QLatin1Char('0'));
@@ -63,7 +73,10 @@ QString formatReal(double d)
 class ValueParser
 {
 public:
-    explicit ValueParser(QStringView text) : m_text(text) { }
+    explicit ValueParser(QStringView text)
+        : m_text(text)
+    {
+    }
 
     QVariant parseWhole()
     {
@@ -209,14 +222,30 @@ private:
                 return QString();
             const QChar e = m_text.at(m_pos++);
             switch (e.unicode()) {
-            case u'"': out += u'"'; break;
-            case u'\\': out += u'\\'; break;
-            case u'/': out += u'/'; break;
-            case u'n': out += u'\n'; break;
-            case u'r': out += u'\r'; break;
-            case u't': out += u'\t'; break;
-            case u'b': out += u'\b'; break;
-            case u'f': out += u'\f'; break;
+            case u'"':
+                out += u'"';
+                break;
+            case u'\\':
+                out += u'\\';
+                break;
+            case u'/':
+                out += u'/';
+                break;
+            case u'n':
+                out += u'\n';
+                break;
+            case u'r':
+                out += u'\r';
+                break;
+            case u't':
+                out += u'\t';
+                break;
+            case u'b':
+                out += u'\b';
+                break;
+            case u'f':
+                out += u'\f';
+                break;
             case u'u': {
                 if (m_pos + 4 > m_text.size())
                     return QString();
@@ -409,10 +438,7 @@ QString formatValue(const QVariant &value)
     }
 }
 
-QVariant parseValue(QStringView text)
-{
-    return ValueParser(text).parseWhole();
-}
+QVariant parseValue(QStringView text) { return ValueParser(text).parseWhole(); }
 
 QMap<QString, QVariant> parseSettings(const QByteArray &text)
 {
@@ -437,7 +463,8 @@ QMap<QString, QVariant> parseSettings(const QByteArray &text)
 
 QByteArray formatSettings(const QMap<QString, QVariant> &values)
 {
-    QString out = QStringLiteral("# Orvel Thumbnails settings: key = value (integer, real, true/false, \"string\", [list], {map})\n");
+    QString out = QStringLiteral(
+        "# Orvel Thumbnails settings: key = value (integer, real, true/false, \"string\", [list], {map})\n");
     for (auto it = values.cbegin(); it != values.cend(); ++it) {
         const QString value = formatValue(it.value());
         if (value.isEmpty())

@@ -32,7 +32,8 @@ bool writeSettings(QIODevice &device, const QSettings::SettingsMap &map)
 
 QSettings::Format settingsFormat()
 {
-    static const QSettings::Format format = QSettings::registerFormat(QStringLiteral("conf"), readSettings, writeSettings);
+    static const QSettings::Format format
+        = QSettings::registerFormat(QStringLiteral("conf"), readSettings, writeSettings);
     return format;
 }
 
@@ -41,10 +42,7 @@ bool isBlank(QChar c)
     return c == u' ' || c == u'\t' || c == u'\n' || c == u'\r' || c == u'\f' || c == u'\v';
 }
 
-bool isAsciiDigit(QChar c)
-{
-    return c.unicode() >= u'0' && c.unicode() <= u'9';
-}
+bool isAsciiDigit(QChar c) { return c.unicode() >= u'0' && c.unicode() <= u'9'; }
 
 /// The integer that the text starts with after blanks: an optional sign and decimal digits,
 /// saturating at the limits; 0 when there is none.
@@ -135,10 +133,7 @@ bool isNumber(const QVariant &v)
     }
 }
 
-bool isReal(const QVariant &v)
-{
-    return v.typeId() == QMetaType::Double || v.typeId() == QMetaType::Float;
-}
+bool isReal(const QVariant &v) { return v.typeId() == QMetaType::Double || v.typeId() == QMetaType::Float; }
 
 qint64 toInteger(const QVariant &v)
 {
@@ -194,7 +189,11 @@ QString toString(const QVariant &v)
 
 struct UserDefaults::Private
 {
-    explicit Private(const QString &path) : filePath(path), settings(newSettings()) { }
+    explicit Private(const QString &path)
+        : filePath(path)
+        , settings(newSettings())
+    {
+    }
 
     std::unique_ptr<QSettings> newSettings() const
     {
@@ -236,18 +235,18 @@ struct UserDefaults::Private
 UserDefaults &UserDefaults::standard()
 {
     static UserDefaults store(QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation)
-                              + QStringLiteral("/orvel/thumbnails.conf"));
+        + QStringLiteral("/orvel/thumbnails.conf"));
     return store;
 }
 
-UserDefaults::UserDefaults(const QString &filePath) : d(std::make_unique<Private>(filePath)) { }
+UserDefaults::UserDefaults(const QString &filePath)
+    : d(std::make_unique<Private>(filePath))
+{
+}
 
 UserDefaults::~UserDefaults() = default;
 
-QString UserDefaults::filePath() const
-{
-    return d->filePath;
-}
+QString UserDefaults::filePath() const { return d->filePath; }
 
 QVariant UserDefaults::objectForKey(const QString &key) const
 {
@@ -327,30 +326,15 @@ QVariantMap UserDefaults::argumentDomain() const
     return d->arguments;
 }
 
-bool UserDefaults::boolForKey(const QString &key) const
-{
-    return toBool(objectForKey(key));
-}
+bool UserDefaults::boolForKey(const QString &key) const { return toBool(objectForKey(key)); }
 
-qint64 UserDefaults::integerForKey(const QString &key) const
-{
-    return toInteger(objectForKey(key));
-}
+qint64 UserDefaults::integerForKey(const QString &key) const { return toInteger(objectForKey(key)); }
 
-float UserDefaults::floatForKey(const QString &key) const
-{
-    return float(toDouble(objectForKey(key)));
-}
+float UserDefaults::floatForKey(const QString &key) const { return float(toDouble(objectForKey(key))); }
 
-double UserDefaults::doubleForKey(const QString &key) const
-{
-    return toDouble(objectForKey(key));
-}
+double UserDefaults::doubleForKey(const QString &key) const { return toDouble(objectForKey(key)); }
 
-QString UserDefaults::stringForKey(const QString &key) const
-{
-    return toString(objectForKey(key));
-}
+QString UserDefaults::stringForKey(const QString &key) const { return toString(objectForKey(key)); }
 
 bool UserDefaults::boolForKey(const QString &key, bool defaultValue) const
 {
@@ -391,10 +375,7 @@ QVariant UserDefaults::objectForKey(const QString &key, const QVariant &defaultV
     return v.isValid() ? v : defaultValue;
 }
 
-void UserDefaults::setString(const QString &value, const QString &key)
-{
-    setObject(QVariant(value), key);
-}
+void UserDefaults::setString(const QString &value, const QString &key) { setObject(QVariant(value), key); }
 
 void UserDefaults::setValue(const QVariant &value, const QString &key)
 {

@@ -15,10 +15,10 @@ namespace orvel {
 ///
 ///     # comment
 ///     width = 128                  an integer (64-bit)
-///     quality = 0.8                a real: always written with "." or an exponent (1.0, 1e+20), or inf, -inf, nan
-///     QuitWhenDone = true          a bool (true/false)
-///     extension = "_thumb"         a string, with the escapes \" \\ \n \r \t \b \f \/ \uXXXX
-///     recent = ["a", 2, {"k": 1.5}]   lists and maps in JSON, their numbers typed as above
+///     quality = 0.8                a real: always written with "." or an exponent (1.0, 1e+20), or inf,
+///     -inf, nan QuitWhenDone = true          a bool (true/false) extension = "_thumb"         a string, with
+///     the escapes \" \\ \n \r \t \b \f \/ \uXXXX recent = ["a", 2, {"k": 1.5}]   lists and maps in JSON,
+///     their numbers typed as above
 ///
 /// One key per line; a key is made of letters, digits and "_.-/" or is a quoted string. Blank lines,
 /// "#" lines and malformed lines are skipped when reading. Keys are QSettings keys: "/" separates
@@ -32,7 +32,8 @@ namespace orvel {
 class UserDefaults
 {
 public:
-    /// The standard store: QSettings at the XDG configuration location ($XDG_CONFIG_HOME, default ~/.config), file "orvel/thumbnails.conf" (the desktop application and the command line share it).
+    /// The standard store: QSettings at the XDG configuration location ($XDG_CONFIG_HOME, default ~/.config),
+    /// file "orvel/thumbnails.conf" (the desktop application and the command line share it).
     static UserDefaults &standard();
 
     /// A store in a given file (tests, tools).
@@ -43,7 +44,8 @@ public:
 
     QString filePath() const;
 
-    // Raw access. Values are QVariant of type qint64 (integer), double (float/real), bool, QString, or QVariantList/QVariantMap.
+    // Raw access. Values are QVariant of type qint64 (integer), double (float/real), bool, QString, or
+    // QVariantList/QVariantMap.
     /// The value for key; an invalid QVariant when missing. The argument domain wins over the file.
     QVariant objectForKey(const QString &key) const;
     /// Stores value, converted to the store's types (other integer types to qint64, float to the double

@@ -1,7 +1,7 @@
 // Tests of the application delegate: launch order, the automatic quit, and opened files processed
 // by the real thumbnail job in worker processes.
-#include "DesktopTestSupport.h"
 #include "app/ApplicationDelegate.h"
+#include "DesktopTestSupport.h"
 #include "app/IsolatedJob.h"
 #include "app/PreferencesPanel.h"
 #include "testlib/TestSupport.h"
@@ -51,7 +51,10 @@ protected:
         return path;
     }
 
-    bool waitForQuit() { return processEventsUntil([this] { return quits > 0; }, 5000); }
+    bool waitForQuit()
+    {
+        return processEventsUntil([this] { return quits > 0; }, 5000);
+    }
 
     TempDir dir;
     std::unique_ptr<PreferencesPanel> panel;
@@ -236,7 +239,8 @@ TEST_F(ApplicationDelegateTest, EmptyFolderAnswersYesAndMissingOrDanglingPathsAn
 {
     QDir(dir.path()).mkdir(QStringLiteral("empty"));
     EXPECT_TRUE(delegate->applicationOpenFile(dir.file(QStringLiteral("empty"))));
-    EXPECT_EQ(QDir(dir.file(QStringLiteral("empty"))).entryList(QDir::NoDotAndDotDot | QDir::AllEntries).size(), 0);
+    EXPECT_EQ(
+        QDir(dir.file(QStringLiteral("empty"))).entryList(QDir::NoDotAndDotDot | QDir::AllEntries).size(), 0);
 
     EXPECT_FALSE(delegate->applicationOpenFile(dir.file(QStringLiteral("nothing-here.png"))));
     ASSERT_TRUE(QFile::link(dir.file(QStringLiteral("gone.png")), dir.file(QStringLiteral("dangling.png"))));

@@ -20,21 +20,25 @@ TEST(BadInput, EveryBrokenFileFailsAloneWithAReason)
     ASSERT_TRUE(writeBytes(d + QStringLiteral("/noise.gif"), QByteArray(5000, '\x5a')));
     ASSERT_TRUE(writeBytes(d + QStringLiteral("/bomb.png"), pngDeclaring(300000, 300000)));
     ASSERT_TRUE(writeBytes(d + QStringLiteral("/forever.ps"), "%!PS\n{ } loop\n"));
-    ASSERT_TRUE(writeBytes(d + QStringLiteral("/fake.pdf"), "%PDF-1.4\n1 0 obj << /Type /Catalog >> endobj\n"));
+    ASSERT_TRUE(
+        writeBytes(d + QStringLiteral("/fake.pdf"), "%PDF-1.4\n1 0 obj << /Type /Catalog >> endobj\n"));
     ASSERT_TRUE(QFile::link(d + QStringLiteral("/nowhere.jpg"), d + QStringLiteral("/dangling.jpg")));
 
     QByteArray out, err;
-    const int status = runProgram(thumbsExecutable(), { QStringLiteral("--timeout"), QStringLiteral("3"), QStringLiteral("-j"), QStringLiteral("2"), d },
-                                  &out, &err, 60000,
-                                  { QStringLiteral("XDG_CONFIG_HOME=") + config.path(), QStringLiteral("XDG_CACHE_HOME=") + cache.path() });
+    const int status = runProgram(thumbsExecutable(),
+        { QStringLiteral("--timeout"), QStringLiteral("3"), QStringLiteral("-j"), QStringLiteral("2"), d },
+        &out, &err, 60000,
+        { QStringLiteral("XDG_CONFIG_HOME=") + config.path(),
+            QStringLiteral("XDG_CACHE_HOME=") + cache.path() });
     EXPECT_EQ(status, 1) << err.constData();
     EXPECT_TRUE(QFileInfo::exists(d + QStringLiteral("/good_thumb.jpg")));
-    for (const char *name : { "cut.jpg", "zero.png", "noise.gif", "bomb.png", "forever.ps", "fake.pdf", "dangling.jpg" }) {
+    for (const char *name :
+        { "cut.jpg", "zero.png", "noise.gif", "bomb.png", "forever.ps", "fake.pdf", "dangling.jpg" }) {
         const QByteArray line = (d + u'/' + QString::fromLatin1(name) + QStringLiteral(": ")).toUtf8();
         EXPECT_TRUE(err.contains(line)) << name << "\n" << err.constData();
     }
     // Only the one good thumbnail was written: no partial outputs, no temporary files.
     QStringList made = QDir(d).entryList(QStringList { QStringLiteral("*thumb*"), QStringLiteral(".*") },
-                                         QDir::Files | QDir::Hidden | QDir::System);
+        QDir::Files | QDir::Hidden | QDir::System);
     EXPECT_EQ(made, QStringList { QStringLiteral("good_thumb.jpg") });
 }

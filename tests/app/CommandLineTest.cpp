@@ -18,10 +18,7 @@ using orvel::test::TempDir;
 
 namespace {
 
-CommandLineOptions parse(const QStringList &arguments)
-{
-    return parseCommandLine(arguments);
-}
+CommandLineOptions parse(const QStringList &arguments) { return parseCommandLine(arguments); }
 
 /// Runs orvel-thumbs with its own empty settings and cache folders in dir.
 int runThumbs(
@@ -452,7 +449,9 @@ TEST(CommandLineRun, TheBatchRunnerLoadsNoDecodersAndNeedsItsEngine)
     ASSERT_FALSE(executable.isEmpty());
     // The libraries the executable itself needs: none of the decoders' (only its workers load them).
     QByteArray dynamic;
-    ASSERT_EQ(orvel::test::runProgram(QStringLiteral("readelf"), { QStringLiteral("-d"), executable }, &dynamic), 0);
+    ASSERT_EQ(
+        orvel::test::runProgram(QStringLiteral("readelf"), { QStringLiteral("-d"), executable }, &dynamic),
+        0);
     for (const char *library : { "libvips", "libpoppler", "libavcodec", "libavformat", "libQt6Gui" })
         EXPECT_FALSE(dynamic.contains(library)) << library << " is loaded by the batch runner";
 
@@ -466,7 +465,8 @@ TEST(CommandLineRun, TheBatchRunnerLoadsNoDecodersAndNeedsItsEngine)
     EXPECT_EQ(orvel::test::runProgram(lonely, { dir.file(QStringLiteral("pic.png")) }, nullptr, &err, 60000,
                   { QStringLiteral("XDG_CONFIG_HOME=") + dir.file(QStringLiteral("config")) }),
         1);
-    EXPECT_TRUE(err.startsWith("orvel-thumbs: the thumbnail engine orvel-thumbs-engine.so is missing beside "))
+    EXPECT_TRUE(
+        err.startsWith("orvel-thumbs: the thumbnail engine orvel-thumbs-engine.so is missing beside "))
         << err.toStdString();
     EXPECT_EQ(err.count('\n'), 1) << err.toStdString();
     EXPECT_FALSE(QFile::exists(dir.file(QStringLiteral("pic_thumb.jpg"))));

@@ -1,8 +1,8 @@
 // Tests of the desktop application around the delegate: drops on the window and hand-overs
 // processed in order, one at a time.
+#include "app/DesktopApplication.h"
 #include "DesktopTestSupport.h"
 #include "app/ApplicationDelegate.h"
-#include "app/DesktopApplication.h"
 #include "app/IsolatedJob.h"
 #include "app/PreferencesPanel.h"
 #include "testlib/TestSupport.h"
@@ -26,7 +26,8 @@ protected:
         clearStandardDefaults();
         DesktopApplication::Options options;
         options.workerExecutable = thumbsExecutable();
-        options.applicationId = QStringLiteral("org.orvel.ThumbnailsTest.d") + QUuid::createUuid().toString(QUuid::Id128);
+        options.applicationId
+            = QStringLiteral("org.orvel.ThumbnailsTest.d") + QUuid::createUuid().toString(QUuid::Id128);
         application = std::make_unique<DesktopApplication>(options);
         application->delegate().setQuitHandler([this] { ++quits; });
         application->delegate().setFileProcessor([this](const QString &path) {
@@ -36,7 +37,8 @@ protected:
     }
 
     IsolatedJob job { thumbsExecutable() };
-    std::function<bool(const QString &)> processor = [this](const QString &path) { return job.processFile(path); };
+    std::function<bool(const QString &)> processor
+        = [this](const QString &path) { return job.processFile(path); };
     std::unique_ptr<DesktopApplication> application;
     QStringList order;
     int quits = 0;
@@ -50,7 +52,8 @@ TEST_F(DesktopApplicationTest, FilesDroppedOnThePanelAreProcessedAndItKeepsRunni
     TempDir dir;
     ASSERT_TRUE(writeTestImage(dir.file(QStringLiteral("b.png")), 30, 20));
     ASSERT_TRUE(writeTestImage(dir.file(QStringLiteral("a.png")), 30, 20));
-    Q_EMIT application->panel().filesDropped({ dir.file(QStringLiteral("b.png")), dir.file(QStringLiteral("a.png")) });
+    Q_EMIT application->panel().filesDropped(
+        { dir.file(QStringLiteral("b.png")), dir.file(QStringLiteral("a.png")) });
     ASSERT_TRUE(processEventsUntil([&] { return order.size() == 2; }));
     EXPECT_EQ(order, QStringList({ QStringLiteral("b.png"), QStringLiteral("a.png") }));
     EXPECT_TRUE(QFile::exists(dir.file(QStringLiteral("b_thumb.jpg"))));
@@ -81,14 +84,16 @@ TEST_F(DesktopApplicationTest, PathsArrivingDuringAJobWaitTheirTurn)
     };
     application->open({ dir.file(QStringLiteral("1.png")), dir.file(QStringLiteral("2.png")) });
     EXPECT_FALSE(nested);
-    EXPECT_EQ(order, QStringList({ QStringLiteral("1.png"), QStringLiteral("2.png"), QStringLiteral("3.png") }));
+    EXPECT_EQ(
+        order, QStringList({ QStringLiteral("1.png"), QStringLiteral("2.png"), QStringLiteral("3.png") }));
     EXPECT_TRUE(QFile::exists(dir.file(QStringLiteral("3_thumb.jpg"))));
 }
 
 TEST(DesktopLaunchPaths, PathsBecomeAbsoluteAndOptionsAreSkipped)
 {
     const QString here = QDir::currentPath();
-    EXPECT_EQ(launchPaths({ QStringLiteral("a.png"), QStringLiteral("--verbose"), QStringLiteral("/x/b.png") }),
+    EXPECT_EQ(
+        launchPaths({ QStringLiteral("a.png"), QStringLiteral("--verbose"), QStringLiteral("/x/b.png") }),
         QStringList({ here + QStringLiteral("/a.png"), QStringLiteral("/x/b.png") }));
     EXPECT_EQ(launchPaths({ QStringLiteral("--"), QStringLiteral("-dash.png"), QString() }),
         QStringList({ here + QStringLiteral("/-dash.png"), QString() }));

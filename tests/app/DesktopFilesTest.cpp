@@ -48,7 +48,8 @@ TEST(DesktopFiles, TheMetainfoIsValid)
     QByteArray out;
     QByteArray err;
     EXPECT_EQ(runProgram(QStringLiteral("appstreamcli"),
-                  { QStringLiteral("validate"), QStringLiteral("--no-net"), QString::fromUtf8(ORVEL_METAINFO_FILE) },
+                  { QStringLiteral("validate"), QStringLiteral("--no-net"),
+                      QString::fromUtf8(ORVEL_METAINFO_FILE) },
                   &out, &err),
         0)
         << out.toStdString() << err.toStdString();
@@ -80,7 +81,8 @@ TEST(DesktopFiles, EveryOfferedTypeIsOneTheApplicationReads)
         EXPECT_TRUE(readable) << name << " (" << suffixes.join(u' ') << ")";
     }
     // And the everyday ones are all there.
-    for (const char *everyday : { "image/jpeg", "image/png", "image/gif", "image/tiff", "image/webp", "application/pdf" })
+    for (const char *everyday :
+        { "image/jpeg", "image/png", "image/gif", "image/tiff", "image/webp", "application/pdf" })
         EXPECT_TRUE(types.contains(QString::fromLatin1(everyday))) << everyday;
 }
 
@@ -90,7 +92,8 @@ TEST(DesktopFiles, InstallingIntoAPrefixPutsEverythingWhereDesktopsLook)
     QByteArray out;
     QByteArray err;
     ASSERT_EQ(runProgram(QString::fromUtf8(ORVEL_CMAKE_COMMAND),
-                  { QStringLiteral("--install"), QString::fromUtf8(ORVEL_BUILD_DIR), QStringLiteral("--prefix"), prefix.path() },
+                  { QStringLiteral("--install"), QString::fromUtf8(ORVEL_BUILD_DIR),
+                      QStringLiteral("--prefix"), prefix.path() },
                   &out, &err, 120000),
         0)
         << err.toStdString();
@@ -106,7 +109,9 @@ TEST(DesktopFiles, InstallingIntoAPrefixPutsEverythingWhereDesktopsLook)
              "share/icons/hicolor/48x48/apps/org.orvel.Thumbnails.png",
              "share/icons/hicolor/256x256/apps/org.orvel.Thumbnails.png" })
         EXPECT_TRUE(QFile::exists(prefix.file(QString::fromLatin1(file)))) << file;
-    EXPECT_EQ(loadImage(prefix.file(QStringLiteral("share/icons/hicolor/48x48/apps/org.orvel.Thumbnails.png"))).size(),
+    EXPECT_EQ(
+        loadImage(prefix.file(QStringLiteral("share/icons/hicolor/48x48/apps/org.orvel.Thumbnails.png")))
+            .size(),
         QSize(48, 48));
 }
 

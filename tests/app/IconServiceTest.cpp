@@ -38,7 +38,7 @@ QImage filledImage(int w, int h, QColor colour, QImage::Format format = QImage::
 
 mode_t modeOf(const QString &path)
 {
-    struct stat st {};
+    struct stat st = {};
     return ::stat(QFile::encodeName(path).constData(), &st) == 0 ? (st.st_mode & 07777) : mode_t(-1);
 }
 
@@ -47,7 +47,8 @@ QStringList filesUnder(const QString &dir)
 {
     QStringList out;
     const QDir root(dir);
-    for (const QFileInfo &fi : root.entryInfoList(QDir::Files | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot))
+    for (const QFileInfo &fi :
+        root.entryInfoList(QDir::Files | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot))
         out << fi.fileName();
     for (const QFileInfo &fi : root.entryInfoList(QDir::Dirs | QDir::Hidden | QDir::NoDotAndDotDot))
         for (const QString &f : filesUnder(fi.filePath()))
@@ -101,18 +102,19 @@ TEST_F(IconServiceTest, KeysEntriesByTheEscapedFileUri)
     ASSERT_TRUE(expectedUri.contains(QStringLiteral("%20")));
     EXPECT_EQ(IconService::uriForFile(path), expectedUri);
     EXPECT_EQ(IconService::uriForFile(QStringLiteral("/tmp/a b/\u00e9+x.png")),
-              QStringLiteral("file:///tmp/a%20b/%C3%A9+x.png"));
+        QStringLiteral("file:///tmp/a%20b/%C3%A9+x.png"));
 
     const QString md5 = QString::fromLatin1(
         QCryptographicHash::hash(expectedUri.toUtf8(), QCryptographicHash::Md5).toHex());
     for (const auto &[size, folder] : Folders)
         EXPECT_EQ(IconService::cachePathForFile(path, size),
-                  thumbnails() + u'/' + folder + u'/' + md5 + QStringLiteral(".png"));
+            thumbnails() + u'/' + folder + u'/' + md5 + QStringLiteral(".png"));
 
     // A relative or unclean path names the same file, hence the same entry.
     const QString saved = QDir::currentPath();
     ASSERT_TRUE(QDir::setCurrent(m_files.path()));
-    EXPECT_EQ(IconService::uriForFile(QStringLiteral("./x/../Fotos März 2024//Bild #1 (Kopie) ü€.jpg")), expectedUri);
+    EXPECT_EQ(IconService::uriForFile(QStringLiteral("./x/../Fotos März 2024//Bild #1 (Kopie) ü€.jpg")),
+        expectedUri);
     QDir::setCurrent(saved);
 
     EXPECT_TRUE(IconService::uriForFile(QString()).isEmpty());
@@ -164,7 +166,11 @@ TEST_F(IconServiceTest, MakesPrivateFoldersAndFilesAndLeavesNothingElse)
 TEST_F(IconServiceTest, ScalesDownToEachSizeButNeverUp)
 {
     const QString source = makeSource(QStringLiteral("s.tif"));
-    struct Case { QSize image; QList<QSize> entries; };
+    struct Case
+    {
+        QSize image;
+        QList<QSize> entries;
+    };
     const QList<Case> cases = {
         { { 300, 300 }, { { 128, 128 }, { 256, 256 }, { 300, 300 }, { 300, 300 } } },
         { { 2000, 1000 }, { { 128, 64 }, { 256, 128 }, { 512, 256 }, { 1024, 512 } } },
@@ -174,17 +180,19 @@ TEST_F(IconServiceTest, ScalesDownToEachSizeButNeverUp)
     };
     for (const Case &c : cases) {
         SCOPED_TRACE(QStringLiteral("%1x%2").arg(c.image.width()).arg(c.image.height()).toStdString());
-        ASSERT_TRUE(IconService::setIconForFile(filledImage(c.image.width(), c.image.height(), Qt::green), source));
+        ASSERT_TRUE(
+            IconService::setIconForFile(filledImage(c.image.width(), c.image.height(), Qt::green), source));
         for (qsizetype i = 0; i < Folders.size(); ++i)
-            EXPECT_EQ(QImageReader(IconService::cachePathForFile(source, Folders[i].first)).size(), c.entries[i]);
+            EXPECT_EQ(
+                QImageReader(IconService::cachePathForFile(source, Folders[i].first)).size(), c.entries[i]);
     }
 }
 
 TEST_F(IconServiceTest, KeepsTransparencyOfAnyInputFormat)
 {
     const QString source = makeSource(QStringLiteral("t.png"));
-    for (QImage::Format format : { QImage::Format_RGBA8888_Premultiplied, QImage::Format_ARGB32,
-                                   QImage::Format_RGBA64 }) {
+    for (QImage::Format format :
+        { QImage::Format_RGBA8888_Premultiplied, QImage::Format_ARGB32, QImage::Format_RGBA64 }) {
         SCOPED_TRACE(int(format));
         // Left half fully transparent, right half half-transparent red.
         QImage image = filledImage(1000, 1000, Qt::transparent, format);
@@ -203,7 +211,8 @@ TEST_F(IconServiceTest, KeepsTransparencyOfAnyInputFormat)
 
 TEST_F(IconServiceTest, MissingSourceOrNullImageWritesNothing)
 {
-    EXPECT_FALSE(IconService::setIconForFile(filledImage(200, 200, Qt::red), m_files.file(QStringLiteral("gone.jpg"))));
+    EXPECT_FALSE(IconService::setIconForFile(
+        filledImage(200, 200, Qt::red), m_files.file(QStringLiteral("gone.jpg"))));
     EXPECT_FALSE(IconService::setIconForFile(QImage(), makeSource(QStringLiteral("there.jpg"))));
     EXPECT_FALSE(IconService::setIconForFile(filledImage(200, 200, Qt::red), QString()));
     EXPECT_FALSE(QFileInfo::exists(thumbnails()));
@@ -245,7 +254,8 @@ TEST_F(IconServiceTest, FailedWriteLeavesNoPartialEntryNorOlderOne)
     EXPECT_FALSE(QFileInfo::exists(xxl)); // the older red entry is gone too, not left to show the old icon
     const QImage normal(IconService::cachePathForFile(source, Size::Normal));
     ASSERT_EQ(normal.size(), QSize(128, 128));
-    EXPECT_FALSE(colourNear(normal.pixelColor(64, 64), Qt::red, 10) && colourNear(normal.pixelColor(3, 3), Qt::red, 10));
+    EXPECT_FALSE(colourNear(normal.pixelColor(64, 64), Qt::red, 10)
+        && colourNear(normal.pixelColor(3, 3), Qt::red, 10));
     for (const QString &f : filesUnder(thumbnails()))
         EXPECT_TRUE(f.endsWith(QStringLiteral(".png"))) << f.toStdString();
 }

@@ -57,10 +57,12 @@ TEST_F(InLanguage, ThePanelShowsGermanTextsAndKeepsItsTags)
     PreferencesPanel panel;
     EXPECT_EQ(panel.windowTitle(), u"Orvel Thumbnails – Einstellungen");
     EXPECT_EQ(outlet<QGroupBox>(panel, "createBox")->title(), u"Erstellen");
-    EXPECT_EQ(outlet<QRadioButton>(panel, "createThumbnailWithIcon")->text(), u"Eine Miniaturdatei mit eigenem Symbol");
+    EXPECT_EQ(outlet<QRadioButton>(panel, "createThumbnailWithIcon")->text(),
+        u"Eine Miniaturdatei mit eigenem Symbol");
     EXPECT_EQ(outlet<QRadioButton>(panel, "nameFolder")->text(), u"Unterordner");
     EXPECT_EQ(outlet<QLabel>(panel, "qualityLabel")->text(), u"Qualität (Prozent):");
-    EXPECT_EQ(outlet<QCheckBox>(panel, "quitWhenDone")->text(), u"Beenden, sobald geöffnete Dateien fertig sind");
+    EXPECT_EQ(
+        outlet<QCheckBox>(panel, "quitWhenDone")->text(), u"Beenden, sobald geöffnete Dateien fertig sind");
     // Items are translated in place: each keeps the tag it is selected and stored by.
     auto *sharpen = outlet<QComboBox>(panel, "sharpen");
     EXPECT_EQ(sharpen->itemText(0), u"Keine");
@@ -149,7 +151,8 @@ void expectNothingCutOff(const PreferencesPanel &panel)
         const auto *label = qobject_cast<const QLabel *>(widget);
         if (label && label->wordWrap()) {
             EXPECT_GE(label->height(), label->heightForWidth(label->width())) << label->text().toStdString();
-        } else if (label || qobject_cast<const QAbstractButton *>(widget) || qobject_cast<const QComboBox *>(widget)) {
+        } else if (label || qobject_cast<const QAbstractButton *>(widget)
+            || qobject_cast<const QComboBox *>(widget)) {
             EXPECT_GE(widget->width(), widget->sizeHint().width()) << widget->objectName().toStdString();
         } else if (const auto *box = qobject_cast<const QGroupBox *>(widget)) {
             EXPECT_GE(box->width(), box->minimumSizeHint().width()) << box->title().toStdString();
@@ -200,9 +203,11 @@ std::set<QString> shownTexts()
     EXPECT_FALSE(xml.hasError()) << xml.errorString().toStdString();
 
     // localizedText(QStringLiteral("..." "...")): adjacent literals joined.
-    static const QRegularExpression call(QStringLiteral(R"re(localizedText\(QStringLiteral\(((?:\s*"[^"\\]*")+)\)\))re"));
+    static const QRegularExpression call(
+        QStringLiteral(R"re(localizedText\(QStringLiteral\(((?:\s*"[^"\\]*")+)\)\))re"));
     static const QRegularExpression literal(QStringLiteral(R"re("([^"\\]*)")re"));
-    QDirIterator sources(QStringLiteral(ORVEL_SOURCE_DIR "/src/app"), { QStringLiteral("*.cpp") }, QDir::Files);
+    QDirIterator sources(
+        QStringLiteral(ORVEL_SOURCE_DIR "/src/app"), { QStringLiteral("*.cpp") }, QDir::Files);
     int calls = 0;
     while (sources.hasNext()) {
         QFile source(sources.next());
@@ -241,7 +246,8 @@ TEST(ShippedTranslations, EveryShownTextHasAnEntryInEachLanguageAndNothingElseDo
     ASSERT_TRUE(texts.count(QStringLiteral("&Quit")) && texts.count(QStringLiteral("Name:"))
         && texts.count(QStringLiteral("%1 of %2 files")));
     const QString missing = QStringLiteral("\x01missing");
-    for (const auto &[language, code] : { std::pair { QLocale::German, "de" }, std::pair { QLocale::French, "fr" } }) {
+    for (const auto &[language, code] :
+        { std::pair { QLocale::German, "de" }, std::pair { QLocale::French, "fr" } }) {
         // The compiled-in table the application loads.
         const StringsTable table = Bundle::mainBundle().stringsTable(QString(), QLocale(language));
         ASSERT_FALSE(table.isEmpty()) << code;
@@ -252,7 +258,8 @@ TEST(ShippedTranslations, EveryShownTextHasAnEntryInEachLanguageAndNothingElseDo
             // The panel is localised again whenever it shows the stored values: a translation
             // must not be the key of another one.
             const QString twice = table.localizedStringForKey(translation, missing);
-            EXPECT_TRUE(twice == missing || twice == translation) << code << ": " << translation.toStdString();
+            EXPECT_TRUE(twice == missing || twice == translation)
+                << code << ": " << translation.toStdString();
         }
         for (const QString &entry : tableEntries(QString::fromLatin1(code)))
             EXPECT_TRUE(texts.count(entry)) << code << ": nothing shows \"" << entry.toStdString() << '"';

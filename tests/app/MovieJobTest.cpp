@@ -14,7 +14,8 @@ namespace {
 int runThumbs(const QStringList &args, QByteArray *err, const TempDir &config, const TempDir &cache)
 {
     return runProgram(thumbsExecutable(), args, nullptr, err, 60000,
-        { QStringLiteral("XDG_CONFIG_HOME=") + config.path(), QStringLiteral("XDG_CACHE_HOME=") + cache.path() });
+        { QStringLiteral("XDG_CONFIG_HOME=") + config.path(),
+            QStringLiteral("XDG_CACHE_HOME=") + cache.path() });
 }
 
 } // namespace
@@ -25,8 +26,8 @@ TEST(MovieJob, ADroppedMovieGivesAThumbnailOfTheFrameAtItsMiddle)
     const QString movie = dir.file(QStringLiteral("clip.mp4"));
     ASSERT_TRUE(writeSecondsMovie(movie, 10.0, 96, 64));
     QByteArray err;
-    EXPECT_EQ(runThumbs({ QStringLiteral("--quiet"), QStringLiteral("-f"), QStringLiteral("png"), QStringLiteral("-s"),
-                          QStringLiteral("48"), movie },
+    EXPECT_EQ(runThumbs({ QStringLiteral("--quiet"), QStringLiteral("-f"), QStringLiteral("png"),
+                            QStringLiteral("-s"), QStringLiteral("48"), movie },
                   &err, config, cache),
         0)
         << err.constData();
@@ -40,13 +41,13 @@ TEST(MovieJob, MoviesInAFolderFollowTheNamingAndFormatSettings)
 {
     TempDir dir, config, cache;
     ASSERT_TRUE(writeSecondsMovie(dir.file(QStringLiteral("a.webm")), 3.0, 40, 30, 10,
-        { QStringLiteral("-c:v"), QStringLiteral("libvpx-vp9"), QStringLiteral("-deadline"), QStringLiteral("realtime"),
-            QStringLiteral("-cpu-used"), QStringLiteral("8") }));
+        { QStringLiteral("-c:v"), QStringLiteral("libvpx-vp9"), QStringLiteral("-deadline"),
+            QStringLiteral("realtime"), QStringLiteral("-cpu-used"), QStringLiteral("8") }));
     ASSERT_TRUE(writeSecondsMovie(dir.file(QStringLiteral("b.avi")), 4.0, 40, 30, 10,
         { QStringLiteral("-c:v"), QStringLiteral("mpeg4"), QStringLiteral("-q:v"), QStringLiteral("2") }));
     QByteArray err;
     EXPECT_EQ(runThumbs({ QStringLiteral("--quiet"), QStringLiteral("--folder"), QStringLiteral("small"),
-                          QStringLiteral("-f"), QStringLiteral("jpeg"), dir.path() },
+                            QStringLiteral("-f"), QStringLiteral("jpeg"), dir.path() },
                   &err, config, cache),
         0)
         << err.constData();
@@ -63,8 +64,8 @@ TEST(MovieJob, CorruptAndAudioOnlyFilesGiveNoWithAReason)
 {
     TempDir dir, config, cache;
     const QString d = dir.path();
-    ASSERT_TRUE(runFFmpeg({ QStringLiteral("-f"), QStringLiteral("lavfi"), QStringLiteral("-i"), QStringLiteral("sine=d=1"),
-        dir.file(QStringLiteral("tone.m4a")) }));
+    ASSERT_TRUE(runFFmpeg({ QStringLiteral("-f"), QStringLiteral("lavfi"), QStringLiteral("-i"),
+        QStringLiteral("sine=d=1"), dir.file(QStringLiteral("tone.m4a")) }));
     ASSERT_TRUE(writeBytes(dir.file(QStringLiteral("noise.mp4")), QByteArray(30000, '\x17')));
     ASSERT_TRUE(writeBytes(dir.file(QStringLiteral("zero.mov")), {}));
     const QString cut = dir.file(QStringLiteral("cut.mkv"));
@@ -72,14 +73,17 @@ TEST(MovieJob, CorruptAndAudioOnlyFilesGiveNoWithAReason)
     ASSERT_TRUE(writeBytes(cut, readBytes(cut).left(300)));
 
     QByteArray err;
-    EXPECT_EQ(runThumbs({ QStringLiteral("--quiet"), QStringLiteral("--timeout"), QStringLiteral("20"), d }, &err, config, cache), 1);
+    EXPECT_EQ(runThumbs({ QStringLiteral("--quiet"), QStringLiteral("--timeout"), QStringLiteral("20"), d },
+                  &err, config, cache),
+        1);
     for (const char *name : { "tone.m4a", "noise.mp4", "zero.mov", "cut.mkv" }) {
         const QByteArray line = (d + u'/' + QString::fromLatin1(name) + QStringLiteral(": ")).toUtf8();
         const qsizetype at = err.indexOf(line);
         ASSERT_GE(at, 0) << name << "\n" << err.constData();
         const QByteArray reason = err.mid(at + line.size(), err.indexOf('\n', at) - at - line.size());
         EXPECT_FALSE(reason.trimmed().isEmpty()) << name;
-        EXPECT_FALSE(reason.contains("timed out") || reason.contains("crash")) << name << ": " << reason.constData();
+        EXPECT_FALSE(reason.contains("timed out") || reason.contains("crash"))
+            << name << ": " << reason.constData();
     }
     EXPECT_TRUE(QDir(d).entryList({ QStringLiteral("*_thumb*") }, QDir::Files).isEmpty());
 }
@@ -93,6 +97,8 @@ TEST(MovieJob, FFmpegsOwnLogIsQuietUnlessVerbose)
     EXPECT_EQ(runThumbs({ QStringLiteral("--quiet"), noise }, &quiet, config, cache), 1);
     // Only the one line that says why the file failed.
     EXPECT_EQ(quiet.count('\n'), 1) << quiet.constData();
-    EXPECT_EQ(runThumbs({ QStringLiteral("--quiet"), QStringLiteral("--verbose"), noise }, &verbose, config, cache), 1);
+    EXPECT_EQ(
+        runThumbs({ QStringLiteral("--quiet"), QStringLiteral("--verbose"), noise }, &verbose, config, cache),
+        1);
     EXPECT_GT(verbose.count('\n'), 1) << verbose.constData();
 }

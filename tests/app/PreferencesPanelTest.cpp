@@ -1,7 +1,7 @@
 // Tests of the preferences panel: its outlets and tags, the corrections of apply(), the label
 // switch, closing, and drops.
-#include "DesktopTestSupport.h"
 #include "app/PreferencesPanel.h"
+#include "DesktopTestSupport.h"
 #include "testlib/TestSupport.h"
 
 #include <QButtonGroup>
@@ -121,7 +121,8 @@ struct Correction
     double stored;
 };
 
-class PreferencesPanelCorrection : public PreferencesPanelTest, public ::testing::WithParamInterface<Correction>
+class PreferencesPanelCorrection : public PreferencesPanelTest,
+                                   public ::testing::WithParamInterface<Correction>
 {
 };
 
@@ -140,12 +141,13 @@ INSTANTIATE_TEST_SUITE_P(Sides, PreferencesPanelCorrection,
         Correction { "height", "300.9", "height", 300 }, Correction { "height", " 64px", "height", 64 },
         Correction { "height", "tall", "height", 16 }));
 INSTANTIATE_TEST_SUITE_P(Scale, PreferencesPanelCorrection,
-    ::testing::Values(Correction { "scale", "0.5", "scale", 0.01 }, Correction { "scale", "250", "scale", 1.0 },
-        Correction { "scale", "50", "scale", 0.5 }, Correction { "scale", "-3", "scale", 0.01 },
-        Correction { "scale", "12.5", "scale", 0.125 }));
+    ::testing::Values(Correction { "scale", "0.5", "scale", 0.01 },
+        Correction { "scale", "250", "scale", 1.0 }, Correction { "scale", "50", "scale", 0.5 },
+        Correction { "scale", "-3", "scale", 0.01 }, Correction { "scale", "12.5", "scale", 0.125 }));
 INSTANTIATE_TEST_SUITE_P(Quality, PreferencesPanelCorrection,
-    ::testing::Values(Correction { "quality", "150", "quality", 1.5 }, Correction { "quality", "80", "quality", 0.8 },
-        Correction { "quality", "0", "quality", 0.0 }, Correction { "quality", "-20", "quality", -0.2 }));
+    ::testing::Values(Correction { "quality", "150", "quality", 1.5 },
+        Correction { "quality", "80", "quality", 0.8 }, Correction { "quality", "0", "quality", 0.0 },
+        Correction { "quality", "-20", "quality", -0.2 }));
 
 TEST_F(PreferencesPanelTest, AnEmptyNamingStringIsStoredAsAnUnderscore)
 {
@@ -227,7 +229,8 @@ TEST_F(PreferencesPanelTest, DroppedLocalFilesAreHandedOnInOrder)
 {
     QSignalSpy dropped(panel.get(), &PreferencesPanel::filesDropped);
     QMimeData data;
-    data.setUrls({ QUrl::fromLocalFile(QStringLiteral("/tmp/b.png")), QUrl(QStringLiteral("https://example.org/x.png")),
+    data.setUrls({ QUrl::fromLocalFile(QStringLiteral("/tmp/b.png")),
+        QUrl(QStringLiteral("https://example.org/x.png")),
         QUrl::fromLocalFile(QStringLiteral("/tmp/a folder")) });
     QDragEnterEvent enter(QPoint(10, 10), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
     QCoreApplication::sendEvent(panel.get(), &enter);

@@ -1,6 +1,6 @@
 // Tests of the progress window: its counts, when it appears and goes, and the count of a drop.
-#include "DesktopTestSupport.h"
 #include "app/ProgressWindow.h"
+#include "DesktopTestSupport.h"
 #include "testlib/TestSupport.h"
 
 #include <QDir>

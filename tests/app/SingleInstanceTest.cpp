@@ -1,7 +1,7 @@
 // Tests of the single-instance hand-over, over a private D-Bus session bus and over the local
 // socket, and of the desktop application launched as a program.
-#include "DesktopTestSupport.h"
 #include "app/SingleInstance.h"
+#include "DesktopTestSupport.h"
 #include "testlib/TestSupport.h"
 
 #include <QDBusConnection>
@@ -24,10 +24,7 @@ QString uniqueId()
     return QStringLiteral("org.orvel.ThumbnailsTest.t") + QUuid::createUuid().toString(QUuid::Id128);
 }
 
-QDBusConnection noBus()
-{
-    return QDBusConnection(QStringLiteral("no bus"));
-}
+QDBusConnection noBus() { return QDBusConnection(QStringLiteral("no bus")); }
 
 /// A private session bus, started for the test and ended with it.
 class PrivateBus
@@ -167,7 +164,8 @@ QProcessEnvironment programEnvironment(const TempDir &home)
     env.insert(QStringLiteral("XDG_CONFIG_HOME"), home.file(QStringLiteral("config")));
     env.insert(QStringLiteral("XDG_CACHE_HOME"), home.file(QStringLiteral("cache")));
     QDir(home.path()).mkdir(QStringLiteral("runtime"));
-    QFile::setPermissions(home.file(QStringLiteral("runtime")), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+    QFile::setPermissions(
+        home.file(QStringLiteral("runtime")), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
     env.insert(QStringLiteral("XDG_RUNTIME_DIR"), home.file(QStringLiteral("runtime")));
     return env;
 }
@@ -195,7 +193,8 @@ TEST(DesktopProgram, WithQuitWhenDoneOffItStaysUntilAnotherLaunchAndTakesItsFile
     TempDir home;
     TempDir pictures;
     QDir(home.path()).mkpath(QStringLiteral("config/orvel"));
-    ASSERT_TRUE(writeBytes(home.file(QStringLiteral("config/orvel/thumbnails.conf")), "QuitWhenDone = false\nfiletype = 4\n"));
+    ASSERT_TRUE(writeBytes(
+        home.file(QStringLiteral("config/orvel/thumbnails.conf")), "QuitWhenDone = false\nfiletype = 4\n"));
     ASSERT_TRUE(writeTestImage(pictures.file(QStringLiteral("first.jpg")), 80, 60));
     ASSERT_TRUE(writeTestImage(pictures.file(QStringLiteral("second.jpg")), 80, 60));
 
@@ -203,7 +202,8 @@ TEST(DesktopProgram, WithQuitWhenDoneOffItStaysUntilAnotherLaunchAndTakesItsFile
     running.setProcessEnvironment(programEnvironment(home));
     running.start(QString::fromUtf8(ORVEL_THUMBNAILS_PATH), { pictures.file(QStringLiteral("first.jpg")) });
     ASSERT_TRUE(running.waitForStarted());
-    ASSERT_TRUE(processEventsUntil([&] { return QFile::exists(pictures.file(QStringLiteral("first_thumb.png"))); }, 60000));
+    ASSERT_TRUE(processEventsUntil(
+        [&] { return QFile::exists(pictures.file(QStringLiteral("first_thumb.png"))); }, 60000));
     EXPECT_FALSE(running.waitForFinished(500)) << "it quit although QuitWhenDone is off";
 
     QProcess second;
@@ -211,7 +211,8 @@ TEST(DesktopProgram, WithQuitWhenDoneOffItStaysUntilAnotherLaunchAndTakesItsFile
     second.start(QString::fromUtf8(ORVEL_THUMBNAILS_PATH), { pictures.file(QStringLiteral("second.jpg")) });
     ASSERT_TRUE(second.waitForFinished(30000));
     EXPECT_EQ(second.exitCode(), 0) << second.readAllStandardError().toStdString();
-    ASSERT_TRUE(processEventsUntil([&] { return QFile::exists(pictures.file(QStringLiteral("second_thumb.png"))); }, 60000));
+    ASSERT_TRUE(processEventsUntil(
+        [&] { return QFile::exists(pictures.file(QStringLiteral("second_thumb.png"))); }, 60000));
     EXPECT_EQ(running.state(), QProcess::Running);
 
     running.terminate();

@@ -1,6 +1,6 @@
 // The thumbnail job on real files with real settings: sizes, naming, create modes, formats, failures.
-#include "app/IconService.h"
 #include "app/ThumbnailJob.h"
+#include "app/IconService.h"
 #include "files/FileManager.h"
 #include "support/UserDefaults.h"
 #include "testlib/TestSupport.h"
@@ -24,7 +24,10 @@ protected:
         defaults = std::make_unique<UserDefaults>(settings.file(QStringLiteral("thumbnails.conf")));
     }
     void set(const char *key, const QVariant &value) { defaults->setObject(value, QString::fromLatin1(key)); }
-    bool run(const QString &path, QString *why = nullptr) { return ThumbnailJob::processFile(path, defaults.get(), why); }
+    bool run(const QString &path, QString *why = nullptr)
+    {
+        return ThumbnailJob::processFile(path, defaults.get(), why);
+    }
     QString file(const char *name) const { return dir.file(QString::fromLatin1(name)); }
     static QSize sizeOf(const QString &path)
     {
@@ -35,7 +38,10 @@ protected:
             return {};
         }
     }
-    QStringList entries() const { return QDir(dir.path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden, QDir::Name); }
+    QStringList entries() const
+    {
+        return QDir(dir.path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden, QDir::Name);
+    }
 
     TempDir dir, settings, cache;
     std::unique_ptr<UserDefaults> defaults;
@@ -66,7 +72,8 @@ TEST_F(ThumbnailJobTest, NamingRulesPlaceTheThumbnail)
     set("filetype", 4);
     ASSERT_TRUE(run(file("photo.png")));
     EXPECT_TRUE(QFileInfo::exists(file("photo-t.png")));
-    EXPECT_EQ(ThumbnailJob::outputPathForFile(QStringLiteral("/a/b/c.d.png"), defaults.get()), QStringLiteral("/a/b/c.d-t.png"));
+    EXPECT_EQ(ThumbnailJob::outputPathForFile(QStringLiteral("/a/b/c.d.png"), defaults.get()),
+        QStringLiteral("/a/b/c.d-t.png"));
 }
 
 TEST_F(ThumbnailJobTest, SizesFollowTheBoxOrTheScaleWithoutEnlarging)
@@ -108,7 +115,8 @@ TEST_F(ThumbnailJobTest, EveryOutputFormatIsWrittenAndUnknownOnesFail)
     for (int type = 0; type <= 5; ++type) {
         set("filetype", type);
         ASSERT_TRUE(run(file("p.png"))) << type;
-        EXPECT_EQ(sizeOf(file("p_thumb.") + QString::fromLatin1(extensions[type]).mid(0)), QSize(128, 64)) << type;
+        EXPECT_EQ(sizeOf(file("p_thumb.") + QString::fromLatin1(extensions[type]).mid(0)), QSize(128, 64))
+            << type;
     }
     set("filetype", 9);
     const QStringList before = entries();
@@ -136,12 +144,14 @@ TEST_F(ThumbnailJobTest, IconModesWriteTheThumbnailCacheAndKeepTheSourceDate)
     ASSERT_TRUE(run(file("p.png")));
     EXPECT_EQ(entries(), QStringList { QStringLiteral("p.png") });
     EXPECT_EQ(FileManager::fileModificationDateAtPath(file("p.png")), before);
-    EXPECT_TRUE(QFileInfo::exists(IconService::cachePathForFile(file("p.png"), IconService::CacheSize::Normal)));
+    EXPECT_TRUE(
+        QFileInfo::exists(IconService::cachePathForFile(file("p.png"), IconService::CacheSize::Normal)));
 
     set("create", 1);
     ASSERT_TRUE(run(file("p.png")));
     EXPECT_TRUE(QFileInfo::exists(file("p_thumb.jpg")));
-    EXPECT_TRUE(QFileInfo::exists(IconService::cachePathForFile(file("p_thumb.jpg"), IconService::CacheSize::Normal)));
+    EXPECT_TRUE(QFileInfo::exists(
+        IconService::cachePathForFile(file("p_thumb.jpg"), IconService::CacheSize::Normal)));
 }
 
 TEST_F(ThumbnailJobTest, DocumentsTakeThePdfPath)

@@ -22,14 +22,15 @@ namespace {
 
 struct stat statOf(const QString &path)
 {
-    struct stat st {};
+    struct stat st = {};
     lstat(QFile::encodeName(path).constData(), &st);
     return st;
 }
 
 QStringList entriesOf(const QString &folder)
 {
-    QStringList names = QDir(folder).entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
+    QStringList names
+        = QDir(folder).entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
     names.sort();
     return names;
 }
@@ -37,7 +38,10 @@ QStringList entriesOf(const QString &folder)
 /// Sets the umask for the life of the object.
 struct UmaskScope
 {
-    explicit UmaskScope(mode_t mask) : previous(umask(mask)) { }
+    explicit UmaskScope(mode_t mask)
+        : previous(umask(mask))
+    {
+    }
     ~UmaskScope() { umask(previous); }
     mode_t previous;
 };

@@ -19,7 +19,7 @@ namespace {
 
 mode_t modeOf(const QString &path)
 {
-    struct stat st {};
+    struct stat st = {};
     stat(QFile::encodeName(path).constData(), &st);
     return st.st_mode & 07777;
 }
@@ -48,8 +48,10 @@ TEST(FileManager, ListsEverythingInFileSystemOrderIncludingHiddenAndBrokenLinks)
     ASSERT_TRUE(QFile::link(dir.file("nowhere"), dir.file("dangling")));
 
     const QStringList names = FileManager::directoryContentsAtPath(dir.path(), false);
-    const QStringList unsorted = QDir(dir.path()).entryList(
-        QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot, QDir::Unsorted);
+    const QStringList unsorted
+        = QDir(dir.path())
+              .entryList(
+                  QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot, QDir::Unsorted);
     EXPECT_EQ(names, unsorted);
     QStringList sorted = names;
     sorted.sort();
@@ -154,11 +156,12 @@ TEST(FileManager, ModificationDateRoundTripsWithNanosecondsAndLeavesAccessTime)
     const timespec access[2] = { { 1000000000, 111 }, { 0, UTIME_OMIT } };
     ASSERT_EQ(utimensat(AT_FDCWD, QFile::encodeName(file).constData(), access, 0), 0);
 
-    for (const FileTime t : { fileTime(1600000000, 123456789), fileTime(-86401, 999999999), fileTime(0, 1) }) {
+    for (const FileTime t :
+        { fileTime(1600000000, 123456789), fileTime(-86401, 999999999), fileTime(0, 1) }) {
         ASSERT_TRUE(FileManager::setFileModificationDate(t, file));
         EXPECT_EQ(FileManager::fileModificationDateAtPath(file), t);
     }
-    struct stat st {};
+    struct stat st = {};
     ASSERT_EQ(stat(QFile::encodeName(file).constData(), &st), 0);
     EXPECT_EQ(st.st_atim.tv_sec, 1000000000);
     EXPECT_EQ(st.st_atim.tv_nsec, 111);

@@ -20,14 +20,15 @@ constexpr FileTypeCode Creator = 0x3842494D; // '8BIM'
 QByteArray rawFinderInfo(const QString &path)
 {
     QByteArray buffer(64, '\0');
-    const ssize_t n = getxattr(QFile::encodeName(path).constData(), FinderInfoAttributeName, buffer.data(), 64);
+    const ssize_t n
+        = getxattr(QFile::encodeName(path).constData(), FinderInfoAttributeName, buffer.data(), 64);
     return n < 0 ? QByteArray() : buffer.left(n);
 }
 
 bool setRawFinderInfo(const QString &path, const QByteArray &bytes)
 {
     return setxattr(QFile::encodeName(path).constData(), FinderInfoAttributeName, bytes.constData(),
-                    size_t(bytes.size()), 0)
+               size_t(bytes.size()), 0)
         == 0;
 }
 

@@ -36,7 +36,8 @@ TEST(ImageDrawing, CentredDrawingKeepsTheSizeAndAnswersTheRectangle)
     ImagePtr red = solid(10, 6, Qt::red);
     QRectF drawn;
     const QImage out = canvas(30, 30, [&] {
-        drawn = red->drawCenteredInRect(QRectF(0, 0, 30, 30), QRectF(), CompositingOperation::SourceOver, 1.0);
+        drawn
+            = red->drawCenteredInRect(QRectF(0, 0, 30, 30), QRectF(), CompositingOperation::SourceOver, 1.0);
     });
     EXPECT_EQ(drawn, QRectF(10, 12, 10, 6));
     EXPECT_EQ(out.pixelColor(15, 14), QColor(Qt::red));
@@ -54,7 +55,8 @@ TEST(ImageDrawing, CentredTilingPutsATileInTheMiddle)
             q.setPixelColor(x, y, Qt::blue);
     ImagePtr tile = Image::imageWithRepresentation(BitmapImageRep::fromQImage(q));
     const QImage out = canvas(25, 10, [&] {
-        tile->drawInRect(QRectF(0, 0, 25, 10), QRectF(), CompositingOperation::SourceOver, 1.0, true, false, true);
+        tile->drawInRect(
+            QRectF(0, 0, 25, 10), QRectF(), CompositingOperation::SourceOver, 1.0, true, false, true);
     });
     // Three tiles starting at -2.5: the middle one spans 7.5 to 17.5.
     EXPECT_EQ(out.pixelColor(9, 5), QColor(Qt::red));

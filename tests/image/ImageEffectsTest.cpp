@@ -21,10 +21,7 @@ BitmapImageRepPtr bitmap(int w, int h, int spp, bool alpha, const Bytes &bytes, 
     return rep;
 }
 
-Bytes bytesOf(BitmapImageRep &rep)
-{
-    return Bytes(rep.bitmapData(), rep.bitmapData() + rep.bytesPerPlane());
-}
+Bytes bytesOf(BitmapImageRep &rep) { return Bytes(rep.bitmapData(), rep.bitmapData() + rep.bytesPerPlane()); }
 
 // An opaque picture: the top half red, the bottom half blue.
 ImagePtr twoBands(int w, int h)

@@ -15,7 +15,8 @@ BitmapImageRepPtr gradient(int w, int h, bool alpha)
     QImage q(w, h, alpha ? QImage::Format_RGBA8888 : QImage::Format_RGB888);
     for (int y = 0; y < h; ++y)
         for (int x = 0; x < w; ++x)
-            q.setPixelColor(x, y, QColor(x * 255 / (w - 1), y * 255 / (h - 1), 90, alpha ? (x < w / 2 ? 0 : 255) : 255));
+            q.setPixelColor(
+                x, y, QColor(x * 255 / (w - 1), y * 255 / (h - 1), 90, alpha ? (x < w / 2 ? 0 : 255) : 255));
     return BitmapImageRep::fromQImage(q);
 }
 

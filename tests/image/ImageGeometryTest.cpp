@@ -11,7 +11,9 @@ struct FitCase
     QSizeF box, source, expected;
 };
 
-class ThumbFit : public ::testing::TestWithParam<FitCase> { };
+class ThumbFit : public ::testing::TestWithParam<FitCase>
+{
+};
 
 TEST_P(ThumbFit, FitsIntoTheBoxWithoutEnlarging)
 {
@@ -20,14 +22,13 @@ TEST_P(ThumbFit, FitsIntoTheBoxWithoutEnlarging)
 }
 
 INSTANTIATE_TEST_SUITE_P(Cases, ThumbFit,
-                         ::testing::Values(FitCase { { 128, 128 }, { 100, 50 }, { 100, 50 } },
-                                           FitCase { { 128, 128 }, { 400, 200 }, { 128, 64 } },
-                                           FitCase { { 128, 128 }, { 200, 400 }, { 64, 128 } },
-                                           FitCase { { 128, 128 }, { 1000, 3 }, { 128, 1 } },
-                                           FitCase { { 128, 64 }, { 256, 128 }, { 128, 64 } },
-                                           FitCase { { 128, 128 }, { 100.5, 60.25 }, { 100.5, 60.25 } },
-                                           FitCase { { 128, 128 }, { 3, 1000 }, { 1, 128 } },
-                                           FitCase { { 128, 128 }, { 129, 128 }, { 128, 127 } }));
+    ::testing::Values(FitCase { { 128, 128 }, { 100, 50 }, { 100, 50 } },
+        FitCase { { 128, 128 }, { 400, 200 }, { 128, 64 } },
+        FitCase { { 128, 128 }, { 200, 400 }, { 64, 128 } },
+        FitCase { { 128, 128 }, { 1000, 3 }, { 128, 1 } }, FitCase { { 128, 64 }, { 256, 128 }, { 128, 64 } },
+        FitCase { { 128, 128 }, { 100.5, 60.25 }, { 100.5, 60.25 } },
+        FitCase { { 128, 128 }, { 3, 1000 }, { 1, 128 } },
+        FitCase { { 128, 128 }, { 129, 128 }, { 128, 127 } }));
 
 TEST(ImageGeometry, ScaledSizeRoundsDownAndIgnoresNonPositiveFactors)
 {

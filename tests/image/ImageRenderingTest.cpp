@@ -43,12 +43,14 @@ TEST(ImageRendering, DocumentsAreRenderedOnWhite)
     TempDir dir;
     const QString path = dir.file(QStringLiteral("page.pdf"));
     // A page whose lower half is blue and whose upper half is left unpainted.
-    QByteArray ps = "%!PS\n<< /PageSize [200 100] >> setpagedevice\n0 0 1 setrgbcolor 0 0 200 50 rectfill showpage\n";
+    QByteArray ps
+        = "%!PS\n<< /PageSize [200 100] >> setpagedevice\n0 0 1 setrgbcolor 0 0 200 50 rectfill showpage\n";
     ASSERT_TRUE(writeBytes(dir.file(QStringLiteral("in.ps")), ps));
-    ASSERT_EQ(runProgram(QStringLiteral("gs"), { QStringLiteral("-q"), QStringLiteral("-dSAFER"), QStringLiteral("-dBATCH"),
-                                                  QStringLiteral("-dNOPAUSE"), QStringLiteral("-sDEVICE=pdfwrite"),
-                                                  QStringLiteral("-sOutputFile=") + path, dir.file(QStringLiteral("in.ps")) }),
-              0);
+    ASSERT_EQ(runProgram(QStringLiteral("gs"),
+                  { QStringLiteral("-q"), QStringLiteral("-dSAFER"), QStringLiteral("-dBATCH"),
+                      QStringLiteral("-dNOPAUSE"), QStringLiteral("-sDEVICE=pdfwrite"),
+                      QStringLiteral("-sOutputFile=") + path, dir.file(QStringLiteral("in.ps")) }),
+        0);
     ImagePtr image = Image::initByReferencingFile(path);
     ASSERT_TRUE(image && image->isReallyValid());
     EXPECT_EQ(image->size(), QSizeF(200, 100));
@@ -156,8 +158,9 @@ TEST(ImageRendering, OrientationIsAppliedAndColoursAreConvertedToSRGB)
     // 40×20, left half red and right half blue, stored with orientation 6 (rotate 90° clockwise to view).
     VImage red = VImage::black(20, 20, VImage::option()->set("bands", 3)).new_from_image({ 255, 0, 0 });
     VImage blue = VImage::black(20, 20, VImage::option()->set("bands", 3)).new_from_image({ 0, 0, 255 });
-    VImage img = red.join(blue, VIPS_DIRECTION_HORIZONTAL).cast(VIPS_FORMAT_UCHAR).copy(
-        VImage::option()->set("interpretation", VIPS_INTERPRETATION_sRGB));
+    VImage img = red.join(blue, VIPS_DIRECTION_HORIZONTAL)
+                     .cast(VIPS_FORMAT_UCHAR)
+                     .copy(VImage::option()->set("interpretation", VIPS_INTERPRETATION_sRGB));
     img.set(VIPS_META_ORIENTATION, 6);
     const QString rotated = dir.file(QStringLiteral("rotated.jpg"));
     img.write_to_file(rotated.toUtf8().constData(), VImage::option()->set("Q", 95));
@@ -172,7 +175,8 @@ TEST(ImageRendering, OrientationIsAppliedAndColoursAreConvertedToSRGB)
 
     // A CMYK JPEG comes out in the right sRGB colour.
     const QString cmyk = dir.file(QStringLiteral("cmyk.jpg"));
-    VImage orange = VImage::black(16, 16, VImage::option()->set("bands", 3)).new_from_image({ 230, 120, 30 })
+    VImage orange = VImage::black(16, 16, VImage::option()->set("bands", 3))
+                        .new_from_image({ 230, 120, 30 })
                         .cast(VIPS_FORMAT_UCHAR)
                         .copy(VImage::option()->set("interpretation", VIPS_INTERPRETATION_sRGB));
     orange.icc_transform("cmyk", VImage::option()->set("input_profile", "srgb"))
@@ -181,7 +185,8 @@ TEST(ImageRendering, OrientationIsAppliedAndColoursAreConvertedToSRGB)
     ASSERT_TRUE(fromCmyk);
     ImagePtr drawn = fromCmyk->bitmapImageWithPixelSize(QSizeF(16, 16), true, 3);
     ASSERT_TRUE(drawn);
-    EXPECT_TRUE(colourNear(pixelOf(drawn, 8, 8), QColor(230, 120, 30), 25)) << pixelOf(drawn, 8, 8).name().toStdString();
+    EXPECT_TRUE(colourNear(pixelOf(drawn, 8, 8), QColor(230, 120, 30), 25))
+        << pixelOf(drawn, 8, 8).name().toStdString();
 }
 
 TEST(ImageRendering, APictureThatFailsToDecodeGivesNoBitmapAndAReason)

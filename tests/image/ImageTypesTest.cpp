@@ -12,10 +12,7 @@ using orvel::test::TempDir;
 
 namespace {
 
-bool hasVipsOperation(const char *nickname)
-{
-    return vips_type_find("VipsOperation", nickname) != 0;
-}
+bool hasVipsOperation(const char *nickname) { return vips_type_find("VipsOperation", nickname) != 0; }
 
 /// Gives the file an HFS type code; false when this file system keeps no user extended attributes.
 bool setType(const QString &path, const char *code)

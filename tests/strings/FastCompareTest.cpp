@@ -10,10 +10,7 @@ using namespace orvel;
 
 namespace {
 
-const char16_t *units(const QString &s)
-{
-    return QStringView(s).utf16();
-}
+const char16_t *units(const QString &s) { return QStringView(s).utf16(); }
 
 TEST(FastCompare, DifferenceAtFirstMismatchElseLengthDifference)
 {

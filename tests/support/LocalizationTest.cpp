@@ -7,7 +7,9 @@
 #include <QButtonGroup>
 #include <QCheckBox>
 #include <QComboBox>
+#include <QDir>
 #include <QDockWidget>
+#include <QFile>
 #include <QGroupBox>
 #include <QHeaderView>
 #include <QLabel>
@@ -27,8 +29,6 @@
 #include <QTextEdit>
 #include <QToolBar>
 #include <QVBoxLayout>
-#include <QDir>
-#include <QFile>
 #include <QXmlStreamReader>
 #include <gtest/gtest.h>
 
@@ -43,15 +43,12 @@ namespace {
 
 using Rows = std::vector<std::pair<QString, QString>>;
 
-QString escaped(const QString &text)
-{
-    return text.toHtmlEscaped();
-}
+QString escaped(const QString &text) { return text.toHtmlEscaped(); }
 
 // Writes the table as a Qt translation source and compiles it with lrelease into
 // dir/translations/<table>_<language>.qm; the messages' context is the table name.
 bool compileTable(const QString &dir, const QString &table, const QString &language, const Rows &rows,
-                  const QString &context = QString())
+    const QString &context = QString())
 {
     QString ts = QStringLiteral("<?xml version=\"1.0\" encoding=\"utf-8\"?>\n<!DOCTYPE TS>\n"
                                 "<TS version=\"2.1\" language=\"%1\">\n<context>\n<name>%2</name>\n")
@@ -65,8 +62,8 @@ bool compileTable(const QString &dir, const QString &table, const QString &langu
     if (!orvel::test::writeBytes(base + QStringLiteral(".ts"), ts.toUtf8()))
         return false;
     return orvel::test::runProgram(QStringLiteral(ORVEL_LRELEASE),
-                                   { QStringLiteral("-silent"), base + QStringLiteral(".ts"), QStringLiteral("-qm"),
-                                     base + QStringLiteral(".qm") })
+               { QStringLiteral("-silent"), base + QStringLiteral(".ts"), QStringLiteral("-qm"),
+                   base + QStringLiteral(".qm") })
         == 0;
 }
 
@@ -82,18 +79,39 @@ protected:
 };
 
 const Rows germanRows = {
-    { "File", "Test-Datei" },  { "Open…", "Öffnen…" },        { "Recent", "Zuletzt" },
-    { "Quit", "Beenden" },     { "Preferences", "Einstellungen" }, { "Make thumbnails", "Miniaturen erstellen" },
-    { "Tools", "Werkzeuge" },  { "Details", "Einzelheiten" },  { "Create", "Erstellen" },
-    { "Thumbnail", "Miniatur" }, { "Icon", "Symbol" },         { "Apply", "Anwenden" },
-    { "Quit when done", "Nach getaner Arbeit beenden" },       { "Format", "Format" },
-    { "Low", "Niedrig" },      { "High", "Hoch" },             { "_thumb", "_miniatur" },
-    { "Suffix or name", "Endung oder Name" },                  { "Extension:", "Endung:" },
-    { "Column", "Spalte" },    { "General", "Allgemein" },     { "Sizes", "Größen" },
-    { "Left", "Links" },       { "Right", "Rechts" },          { "Segment tip", "Segment-Tipp" },
-    { "stringValue", "Zeichenkette" },                         { "Notes", "Notizen" },
-    { " px", " Pixel" },       { "Copy", "Kopieren" },         { "Characters", "Zeichen" },
-    { "Services", "Dienste" }, { "Shows more", "Zeigt mehr" }, { "Saves", "Speichert" },
+    { "File", "Test-Datei" },
+    { "Open…", "Öffnen…" },
+    { "Recent", "Zuletzt" },
+    { "Quit", "Beenden" },
+    { "Preferences", "Einstellungen" },
+    { "Make thumbnails", "Miniaturen erstellen" },
+    { "Tools", "Werkzeuge" },
+    { "Details", "Einzelheiten" },
+    { "Create", "Erstellen" },
+    { "Thumbnail", "Miniatur" },
+    { "Icon", "Symbol" },
+    { "Apply", "Anwenden" },
+    { "Quit when done", "Nach getaner Arbeit beenden" },
+    { "Format", "Format" },
+    { "Low", "Niedrig" },
+    { "High", "Hoch" },
+    { "_thumb", "_miniatur" },
+    { "Suffix or name", "Endung oder Name" },
+    { "Extension:", "Endung:" },
+    { "Column", "Spalte" },
+    { "General", "Allgemein" },
+    { "Sizes", "Größen" },
+    { "Left", "Links" },
+    { "Right", "Rechts" },
+    { "Segment tip", "Segment-Tipp" },
+    { "stringValue", "Zeichenkette" },
+    { "Notes", "Notizen" },
+    { " px", " Pixel" },
+    { "Copy", "Kopieren" },
+    { "Characters", "Zeichen" },
+    { "Services", "Dienste" },
+    { "Shows more", "Zeigt mehr" },
+    { "Saves", "Speichert" },
 };
 
 } // namespace
@@ -115,8 +133,9 @@ TEST_F(Localization, StringsTableIsTheFileOfTheTableAndLanguage)
     EXPECT_EQ(bundle.localizedStringForKey("Edit", "Bearbeiten", QString()), "Bearbeiten");
     EXPECT_EQ(bundle.localizedStringForKey("File", "", "Missing"), "File");
     EXPECT_EQ(bundle.localizedStringForKey("File", "", "../translations/Menus"), "File");
-    EXPECT_EQ(bundle.stringsTable("Menus", QLocale(QLocale::German, QLocale::Austria)).localizedStringForKey("File"),
-              "Ablage");
+    EXPECT_EQ(bundle.stringsTable("Menus", QLocale(QLocale::German, QLocale::Austria))
+                  .localizedStringForKey("File"),
+        "Ablage");
     EXPECT_EQ(bundle.stringsTable("", QLocale(QLocale::French)).localizedStringForKey("File"), "Fichier");
     EXPECT_TRUE(bundle.stringsTable("", QLocale(QLocale::Italian)).isEmpty());
 }
@@ -124,8 +143,10 @@ TEST_F(Localization, StringsTableIsTheFileOfTheTableAndLanguage)
 TEST_F(Localization, BrokenTableFileLeavesTextsAsTheyAre)
 {
     QDir().mkpath(m_dir.file("translations"));
-    ASSERT_TRUE(orvel::test::writeBytes(m_dir.file("translations/Localizable_de.qm"), QByteArray(4096, '\x3c')));
-    ASSERT_TRUE(orvel::test::writeBytes(m_dir.file("translations/Short_de.qm"), QByteArray("\x3c\xb8\x64\x18")));
+    ASSERT_TRUE(
+        orvel::test::writeBytes(m_dir.file("translations/Localizable_de.qm"), QByteArray(4096, '\x3c')));
+    ASSERT_TRUE(
+        orvel::test::writeBytes(m_dir.file("translations/Short_de.qm"), QByteArray("\x3c\xb8\x64\x18")));
     const Bundle bundle("org.example.broken", m_dir.path());
     EXPECT_EQ(bundle.localizedStringForKey("File", "", QString()), "File");
     EXPECT_EQ(bundle.localizedStringForKey("File", "", "Short"), "File");
@@ -140,7 +161,7 @@ TEST_F(Localization, ShippedTablesTranslateTheApplicationAndTheToolkit)
     EXPECT_EQ(Bundle::mainBundle().localizedStringForKey("Extension:", "", QString()), u"Extension\u00a0:");
     EXPECT_EQ(Bundle::mainBundle().localizedStringForKey("&Quit", "", QString()), "&Quitter");
     EXPECT_EQ(Bundle::toolkitBundle().localizedStringForKey("Your software is up-to-date", "", "Bundle"),
-              u"Votre logiciel est à jour");
+        u"Votre logiciel est à jour");
     QLocale::setDefault(QLocale(QLocale::English, QLocale::UnitedStates));
     EXPECT_EQ(Bundle::mainBundle().localizedStringForKey("Extension:", "", QString()), "Extension:");
 
@@ -266,8 +287,8 @@ struct Interface
         notes = new QPlainTextEdit("Notes");
         width = new QSpinBox;
         width->setSuffix(" px");
-        for (QWidget *w : std::initializer_list<QWidget *> { apply, quitWhenDone, format, extension, label, table,
-                                                            tabs, segments, placeholderView, notes, width })
+        for (QWidget *w : std::initializer_list<QWidget *> { apply, quitWhenDone, format, extension, label,
+                 table, tabs, segments, placeholderView, notes, width })
             layout->addWidget(w);
         central->setContextMenuPolicy(Qt::ActionsContextMenu);
         central->addAction(new QAction("Characters", central));
@@ -438,17 +459,18 @@ TEST_P(KeyEquivalentKey, IsBuiltAndSplitBack)
     EXPECT_EQ(mask, c.mask);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Shortcuts, KeyEquivalentKey,
-    ::testing::Values(KeyCase { Qt::CTRL | Qt::SHIFT | Qt::Key_S, "CMD_SHIFT_s", Qt::ControlModifier | Qt::ShiftModifier, "s" },
-                      KeyCase { Qt::CTRL | Qt::ALT | Qt::Key_X, "CMD_OPT_x", Qt::ControlModifier | Qt::AltModifier, "x" },
-                      KeyCase { Qt::SHIFT | Qt::ALT | Qt::META | Qt::CTRL | Qt::Key_F5, "CMD_CTRL_OPT_SHIFT_F5",
-                                Qt::ControlModifier | Qt::MetaModifier | Qt::AltModifier | Qt::ShiftModifier, "F5" },
-                      KeyCase { Qt::CTRL | Qt::Key_Comma, "CMD_,", Qt::ControlModifier, "," },
-                      KeyCase { QKeyCombination(Qt::ControlModifier | Qt::KeypadModifier, Qt::Key_Plus), "CMD_+", Qt::ControlModifier, "+" },
-                      KeyCase { QKeyCombination(Qt::Key_Delete), "Del", Qt::NoModifier, "Del" },
-                      KeyCase { Qt::META | Qt::Key_Underscore, "CTRL__", Qt::MetaModifier, "_" },
-                      KeyCase { QKeyCombination(Qt::Key_unknown), "", Qt::NoModifier, "" }));
+INSTANTIATE_TEST_SUITE_P(Shortcuts, KeyEquivalentKey,
+    ::testing::Values(KeyCase { Qt::CTRL | Qt::SHIFT | Qt::Key_S, "CMD_SHIFT_s",
+                          Qt::ControlModifier | Qt::ShiftModifier, "s" },
+        KeyCase { Qt::CTRL | Qt::ALT | Qt::Key_X, "CMD_OPT_x", Qt::ControlModifier | Qt::AltModifier, "x" },
+        KeyCase { Qt::SHIFT | Qt::ALT | Qt::META | Qt::CTRL | Qt::Key_F5, "CMD_CTRL_OPT_SHIFT_F5",
+            Qt::ControlModifier | Qt::MetaModifier | Qt::AltModifier | Qt::ShiftModifier, "F5" },
+        KeyCase { Qt::CTRL | Qt::Key_Comma, "CMD_,", Qt::ControlModifier, "," },
+        KeyCase { QKeyCombination(Qt::ControlModifier | Qt::KeypadModifier, Qt::Key_Plus), "CMD_+",
+            Qt::ControlModifier, "+" },
+        KeyCase { QKeyCombination(Qt::Key_Delete), "Del", Qt::NoModifier, "Del" },
+        KeyCase { Qt::META | Qt::Key_Underscore, "CTRL__", Qt::MetaModifier, "_" },
+        KeyCase { QKeyCombination(Qt::Key_unknown), "", Qt::NoModifier, "" }));
 
 TEST(KeyEquivalentAndModifierMask, OnlyLeadingPrefixesAreModifiers)
 {
@@ -466,9 +488,8 @@ TEST(KeyEquivalentAndModifierMask, OnlyLeadingPrefixesAreModifiers)
 TEST_F(Localization, KeyEquivalentsMoveWhereTheTableSays)
 {
     ASSERT_TRUE(compileTable(m_dir.path(), "Keys", "de",
-                             { { "CMD_OPT_x", "CMD_SHIFT_y" }, { "CMD_o", "CTRL_OPT_F2" }, { "CMD_w", "CMD_no key" },
-                               { "CMD_c", "OPT_c" }, { "SHIFT_Del", "CMD_" },
-                               { "CMD_=", "CMD_+" } }));
+        { { "CMD_OPT_x", "CMD_SHIFT_y" }, { "CMD_o", "CTRL_OPT_F2" }, { "CMD_w", "CMD_no key" },
+            { "CMD_c", "OPT_c" }, { "SHIFT_Del", "CMD_" }, { "CMD_=", "CMD_+" } }));
     const Bundle bundle("org.example.keys", m_dir.path());
     QMenuBar bar;
     QMenu *file = bar.addMenu("File");
@@ -498,8 +519,8 @@ TEST_F(Localization, KeyEquivalentsMoveWhereTheTableSays)
     EXPECT_EQ(quit->shortcut(), QKeySequence(Qt::CTRL | Qt::Key_Q)); // untranslated: kept
     EXPECT_EQ(close->shortcut(), QKeySequence(Qt::CTRL | Qt::Key_W)); // not one key: kept
     EXPECT_EQ(zoom->shortcut(), QKeySequence(Qt::CTRL | Qt::Key_Plus));
-    EXPECT_EQ(copy->shortcut(), QKeySequence(Qt::ALT | Qt::Key_C));   // in a submenu
-    EXPECT_TRUE(erase->shortcut().isEmpty());                          // a translation may take it away
+    EXPECT_EQ(copy->shortcut(), QKeySequence(Qt::ALT | Qt::Key_C)); // in a submenu
+    EXPECT_TRUE(erase->shortcut().isEmpty()); // a translation may take it away
     EXPECT_EQ(system->shortcut(), QKeySequence(Qt::CTRL | Qt::Key_C)); // the system's menu is left alone
 
     QAction alone("Quit");

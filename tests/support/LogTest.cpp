@@ -18,7 +18,8 @@ namespace {
 class CapturedStandardError
 {
 public:
-    CapturedStandardError() : m_path(m_dir.file("stderr"))
+    CapturedStandardError()
+        : m_path(m_dir.file("stderr"))
     {
         fflush(stderr);
         m_saved = dup(STDERR_FILENO);
@@ -57,8 +58,9 @@ TEST(Log, ExceptionIsOneMessageInTheFixedLayout)
     CapturedStandardError captured;
     logException("processFile:", "ThumbnailJob", "ImageError", "broken %1 file", { "frame 1", "frame 2" });
     logMessage(QString::fromUtf8("caf\u00e9"));
-    EXPECT_EQ(captured.text(), QByteArray("orvel-thumbs: processFile: (ThumbnailJob):\nImageError\nbroken %1 file\n"
-                                          "frame 1\nframe 2\norvel-thumbs: caf\xc3\xa9\n"));
+    EXPECT_EQ(captured.text(),
+        QByteArray("orvel-thumbs: processFile: (ThumbnailJob):\nImageError\nbroken %1 file\n"
+                   "frame 1\nframe 2\norvel-thumbs: caf\xc3\xa9\n"));
 }
 
 TEST(Log, StandardErrorCanBeSwitchedOff)

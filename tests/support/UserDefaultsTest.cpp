@@ -92,12 +92,22 @@ TEST(UserDefaults, StringsConvertByTheirLeadingNumber)
         double real;
         bool boolean;
     } cases[] = {
-        { "7", 7, 7.0, true },        { "3.9x", 3, 3.9, true },   { "  -12abc", -12, -12.0, true },
-        { "abc", 0, 0.0, false },     { "", 0, 0.0, false },      { "0", 0, 0.0, false },
-        { "1e3", 1, 1000.0, true },   { ".5", 0, 0.5, true },     { "+4", 4, 4.0, true },
+        { "7", 7, 7.0, true },
+        { "3.9x", 3, 3.9, true },
+        { "  -12abc", -12, -12.0, true },
+        { "abc", 0, 0.0, false },
+        { "", 0, 0.0, false },
+        { "0", 0, 0.0, false },
+        { "1e3", 1, 1000.0, true },
+        { ".5", 0, 0.5, true },
+        { "+4", 4, 4.0, true },
         { "99999999999999999999", std::numeric_limits<qint64>::max(), 1e20, true },
-        { "YES", 0, 0.0, true },      { "yes", 0, 0.0, true },    { "true", 0, 0.0, true },
-        { "TRUE", 0, 0.0, true },     { "Y", 0, 0.0, true },      { "no", 0, 0.0, false },
+        { "YES", 0, 0.0, true },
+        { "yes", 0, 0.0, true },
+        { "true", 0, 0.0, true },
+        { "TRUE", 0, 0.0, true },
+        { "Y", 0, 0.0, true },
+        { "no", 0, 0.0, false },
     };
     for (const auto &c : cases) {
         s.defaults.setString(c.text, "k");
@@ -144,7 +154,8 @@ TEST(UserDefaults, TypesSurviveTheFile)
     s.defaults.setString("128", "extension");
     const QString tricky = QStringLiteral("a \"quoted\" \\ line\nnext\t\u00e9 \U0001F600 \u0001");
     s.defaults.setString(tricky, "my key = odd");
-    const QVariantMap nested { { "list", QVariantList { 1, 2.0, "three", false } }, { "empty", QVariantMap() } };
+    const QVariantMap nested { { "list", QVariantList { 1, 2.0, "three", false } },
+        { "empty", QVariantMap() } };
     s.defaults.setObject(nested, "nested");
 
     const auto again = s.reread();
@@ -153,7 +164,8 @@ TEST(UserDefaults, TypesSurviveTheFile)
     EXPECT_EQ(width.toLongLong(), 128);
     EXPECT_EQ(again->objectForKey("scale"), QVariant(1.0));
     EXPECT_EQ(again->objectForKey("scale").typeId(), QMetaType::Double);
-    EXPECT_EQ(again->objectForKey("quality"), QVariant(0.8)) << "a float is kept by its shortest decimal form";
+    EXPECT_EQ(again->objectForKey("quality"), QVariant(0.8))
+        << "a float is kept by its shortest decimal form";
     EXPECT_EQ(again->floatForKey("quality", 0), 0.8f);
     EXPECT_EQ(again->objectForKey("tiny"), QVariant(-1e-300));
     EXPECT_EQ(again->objectForKey("inf"), QVariant(std::numeric_limits<double>::infinity()));
@@ -174,7 +186,8 @@ TEST(UserDefaults, FileIsReadableText)
     s.defaults.setString("_thumb", "extension");
     ASSERT_TRUE(s.defaults.synchronize());
     const QByteArray text = readBytes(s.defaults.filePath());
-    for (const char *line : { "\nwidth = 128\n", "\nscale = 1.0\n", "\nQuitWhenDone = true\n", "\nextension = \"_thumb\"\n" })
+    for (const char *line :
+        { "\nwidth = 128\n", "\nscale = 1.0\n", "\nQuitWhenDone = true\n", "\nextension = \"_thumb\"\n" })
         EXPECT_TRUE(text.contains(line)) << line << " in\n" << text.toStdString();
 }
 
@@ -182,9 +195,10 @@ TEST(UserDefaults, MalformedLinesAreSkipped)
 {
     TempDir dir;
     const QString path = dir.file("settings.conf");
-    ASSERT_TRUE(writeBytes(path, "# comment\r\nwidth = 128\r\ngarbage line\nheight =\nname = \"unterminated\n"
-                                 "list = [1, 2\nx = 12abc\n= 5\nquality=0.8   \n\xff\xfe = 1\ny = \"\\q\"\n"
-                                 "sizing = 1 2\n\"quoted key\" = [ ]\n"));
+    ASSERT_TRUE(writeBytes(path,
+        "# comment\r\nwidth = 128\r\ngarbage line\nheight =\nname = \"unterminated\n"
+        "list = [1, 2\nx = 12abc\n= 5\nquality=0.8   \n\xff\xfe = 1\ny = \"\\q\"\n"
+        "sizing = 1 2\n\"quoted key\" = [ ]\n"));
     UserDefaults defaults(path);
     EXPECT_EQ(defaults.keys(), QStringList({ "quality", "quoted key", "width" }));
     EXPECT_EQ(defaults.integerForKey("width", 0), 128);
@@ -195,7 +209,8 @@ TEST(UserDefaults, MalformedLinesAreSkipped)
     defaults.setObject(3, "sharpen");
     ASSERT_TRUE(defaults.synchronize());
     ASSERT_TRUE(QFile::copy(path, dir.file("copy.conf")));
-    EXPECT_EQ(UserDefaults(dir.file("copy.conf")).keys(), QStringList({ "quality", "quoted key", "sharpen", "width" }));
+    EXPECT_EQ(UserDefaults(dir.file("copy.conf")).keys(),
+        QStringList({ "quality", "quoted key", "sharpen", "width" }));
 }
 
 TEST(UserDefaults, ChangeByAnotherWriterIsSeen)

@@ -8,7 +8,10 @@
 
 namespace orvel::test {
 
-TempDir::TempDir() : m_dir(QDir::tempPath() + QStringLiteral("/orvel-test-XXXXXX")) { }
+TempDir::TempDir()
+    : m_dir(QDir::tempPath() + QStringLiteral("/orvel-test-XXXXXX"))
+{
+}
 
 static bool save(vips::VImage image, const QString &path)
 {
@@ -61,9 +64,9 @@ bool writeTestPdf(const QString &path, double wPt, double hPt, QColor colour, in
     if (!writeBytes(src, ps.toLatin1()))
         return false;
     return runProgram(QStringLiteral("gs"),
-                      { QStringLiteral("-q"), QStringLiteral("-dSAFER"), QStringLiteral("-dBATCH"),
-                        QStringLiteral("-dNOPAUSE"), QStringLiteral("-sDEVICE=pdfwrite"),
-                        QStringLiteral("-sOutputFile=") + path, src })
+               { QStringLiteral("-q"), QStringLiteral("-dSAFER"), QStringLiteral("-dBATCH"),
+                   QStringLiteral("-dNOPAUSE"), QStringLiteral("-sDEVICE=pdfwrite"),
+                   QStringLiteral("-sOutputFile=") + path, src })
         == 0;
 }
 
@@ -143,7 +146,7 @@ bool colourNear(QColor a, QColor b, int t)
 }
 
 int runProgram(const QString &program, const QStringList &args, QByteArray *out, QByteArray *err,
-               int timeoutMs, const QStringList &extraEnv)
+    int timeoutMs, const QStringList &extraEnv)
 {
     QProcess p;
     if (!extraEnv.isEmpty()) {
@@ -170,9 +173,6 @@ int runProgram(const QString &program, const QStringList &args, QByteArray *out,
     return p.exitStatus() == QProcess::NormalExit ? p.exitCode() : -1;
 }
 
-QString thumbsExecutable()
-{
-    return qEnvironmentVariable("ORVEL_THUMBS");
-}
+QString thumbsExecutable() { return qEnvironmentVariable("ORVEL_THUMBS"); }
 
 } // namespace orvel::test

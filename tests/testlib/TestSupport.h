@@ -52,8 +52,7 @@ QImage loadImage(const QString &path);
 bool colourNear(QColor a, QColor b, int tolerance);
 /// Runs a program and answers its exit code (-1 when it could not start or was killed).
 int runProgram(const QString &program, const QStringList &args, QByteArray *out = nullptr,
-               QByteArray *err = nullptr, int timeoutMs = 60000,
-               const QStringList &extraEnv = {});
+    QByteArray *err = nullptr, int timeoutMs = 60000, const QStringList &extraEnv = {});
 /// The orvel-thumbs executable under test (from $ORVEL_THUMBS).
 QString thumbsExecutable();
 
