@@ -33,6 +33,18 @@ QString stripLoaderSuffix(const char *className)
     return name;
 }
 
+// Loaders that hold the whole picture in memory whatever is asked of them (GIF's canvas, the
+// ImageMagick, HEIF, JPEG 2000 and JPEG XL decoders): for them a streamed thumbnail costs a whole
+// decode, so the whole-decode limit applies from the header on. A 77-byte GIF whose one frame is
+// placed far off its screen grows the GIF canvas to gigapixels.
+bool decodesWhole(const QString &loader)
+{
+    for (const char *name : { "gifload", "magickload", "heifload", "jp2kload", "jxlload" })
+        if (loader == QLatin1String(name))
+            return true;
+    return false;
+}
+
 int clampInt(long long v, int lo, int hi) { return int(std::clamp<long long>(v, lo, hi)); }
 
 } // namespace
@@ -108,7 +120,8 @@ bool ImageSource::readHeader(int maxPixelSize, bool withTransform)
             m_error = QStringLiteral("the picture is empty");
             return false;
         }
-        if (double(m_rawWidth) * double(m_rawHeight) > MaxSourcePixels) {
+        const double limit = decodesWhole(m_loader) ? MaxDecodedPixels : MaxSourcePixels;
+        if (double(m_rawWidth) * double(m_rawHeight) > limit) {
             m_error = QStringLiteral("picture too large (%1 × %2 pixels)").arg(m_rawWidth).arg(m_rawHeight);
             return false;
         }

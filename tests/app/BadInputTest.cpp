@@ -19,6 +19,12 @@ TEST(BadInput, EveryBrokenFileFailsAloneWithAReason)
     ASSERT_TRUE(writeBytes(d + QStringLiteral("/zero.png"), {}));
     ASSERT_TRUE(writeBytes(d + QStringLiteral("/noise.gif"), QByteArray(5000, '\x5a')));
     ASSERT_TRUE(writeBytes(d + QStringLiteral("/bomb.png"), pngDeclaring(300000, 300000)));
+    // A 77-byte GIF whose one frame sits at (28261, 28516): its decoder's canvas would grow to
+    // 55495 × 28532 pixels, 6 GB.
+    ASSERT_TRUE(writeBytes(d + QStringLiteral("/canvas.gif"),
+        QByteArray::fromBase64(
+            "R0lGODlh8AAQAIAAAEdwTCh4yCH/C05FVFNDQVBFMi4wAwEAAAAh+QQFAAAAACxlbmRvYmoQAAACEYyP"
+            "qcvtD6OctNqLs968+68UADs=")));
     ASSERT_TRUE(writeBytes(d + QStringLiteral("/forever.ps"), "%!PS\n{ } loop\n"));
     ASSERT_TRUE(
         writeBytes(d + QStringLiteral("/fake.pdf"), "%PDF-1.4\n1 0 obj << /Type /Catalog >> endobj\n"));
@@ -32,11 +38,15 @@ TEST(BadInput, EveryBrokenFileFailsAloneWithAReason)
             QStringLiteral("XDG_CACHE_HOME=") + cache.path() });
     EXPECT_EQ(status, 1) << err.constData();
     EXPECT_TRUE(QFileInfo::exists(d + QStringLiteral("/good_thumb.jpg")));
-    for (const char *name :
-        { "cut.jpg", "zero.png", "noise.gif", "bomb.png", "forever.ps", "fake.pdf", "dangling.jpg" }) {
+    for (const char *name : { "cut.jpg", "zero.png", "noise.gif", "bomb.png", "canvas.gif", "forever.ps",
+             "fake.pdf", "dangling.jpg" }) {
         const QByteArray line = (d + u'/' + QString::fromLatin1(name) + QStringLiteral(": ")).toUtf8();
         EXPECT_TRUE(err.contains(line)) << name << "\n" << err.constData();
     }
+    // Refused from its header, not after a time-out or an exhausted machine.
+    EXPECT_TRUE(
+        err.contains((d + QStringLiteral("/canvas.gif: picture too large (55495 × 28532 pixels)")).toUtf8()))
+        << err.constData();
     // Only the one good thumbnail was written: no partial outputs, no temporary files.
     QStringList made = QDir(d).entryList(QStringList { QStringLiteral("*thumb*"), QStringLiteral(".*") },
         QDir::Files | QDir::Hidden | QDir::System);
