@@ -1,0 +1,26 @@
+// Picture and PDF data as a dropped file brings it: classification, decoding and a thumbnail,
+// through libvips and Poppler.
+#include "FuzzSupport.h"
+
+#include "image/Image.h"
+
+extern "C" int LLVMFuzzerInitialize(int *argc, char ***argv)
+{
+    orvel::fuzz::startApplication(argc, argv);
+    return 0;
+}
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
+{
+    const QByteArray bytes = orvel::fuzz::bytesOf(data, size);
+    // PostScript goes to a Ghostscript child process; fuzz_postscript covers it at its own pace.
+    if (bytes.startsWith("%!") || bytes.startsWith("\xC5\xD0\xD3\xC6"))
+        return 0;
+    const orvel::ImagePtr image = orvel::Image::initWithData(bytes);
+    if (image && image->isReallyValid()) {
+        image->setScalesWhenResized(true);
+        const QSizeF box = image->thumbSize(QSizeF(64, 64));
+        image->bitmapImageWithPixelSize(box, true, 3);
+    }
+    return 0;
+}
