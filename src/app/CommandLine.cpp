@@ -112,6 +112,7 @@ constexpr KnownOption Options[] = {
     { u"sharpen", 0, Takes::Value, false },
     { u"jobs", u'j', Takes::Value, false },
     { u"timeout", 0, Takes::Value, false },
+    { u"memory-limit", 0, Takes::Value, false },
     { u"worker-threads", 0, Takes::Value, true },
 };
 
@@ -206,6 +207,11 @@ QString applyOption(const QString &name, const QString &value, CommandLineOption
         if (!seconds)
             return invalidValue(option, value, QStringLiteral("whole seconds, 0 for no limit"));
         o.timeoutSeconds = int(*seconds);
+    } else if (name == u"memory-limit") {
+        const auto mebibytes = wholeNumber(value, 0, qint64(1) << 40);
+        if (!mebibytes)
+            return invalidValue(option, value, QStringLiteral("whole MiB, 0 for no limit"));
+        o.memoryLimitMiB = *mebibytes;
     } else if (name == u"worker-threads") {
         const auto threads = wholeNumber(value, 1, 4096);
         if (!threads)
@@ -270,9 +276,12 @@ WorkerPool::Options poolOptions(const CommandLineOptions &options, const QString
     pool.executable = executable;
     pool.workers = options.jobs > 0 ? options.jobs : defaultJobCount();
     pool.timeoutSeconds = options.timeoutSeconds;
+    const qint64 memory = options.memoryLimitMiB >= 0 ? options.memoryLimitMiB
+                                                      : WorkerPool::defaultMemoryLimitMiB(pool.workers);
     pool.workerArguments = settingArguments(options.settings);
     pool.workerArguments << QStringLiteral("--worker-threads")
                          << QString::number(std::max(1, defaultJobCount() / pool.workers));
+    pool.workerArguments << QStringLiteral("--memory-limit") << QString::number(memory);
     if (options.verbose)
         pool.workerArguments << QStringLiteral("--verbose");
     return pool;
@@ -553,6 +562,8 @@ QString usageText()
         "Running:\n"
         "  -j, --jobs N             files processed at once (default: one per processor core)\n"
         "      --timeout SECONDS    time limit per file (default 120, 0 for none)\n"
+        "      --memory-limit MIB   memory limit of each worker process (default: three quarters\n"
+        "                           of the machine's memory shared among the workers; 0 for none)\n"
         "      --quiet              no progress bar and no summary\n"
         "      --verbose            print every thumbnail written, and log messages (FFmpeg's too)\n"
         "  -h, --help               print this help\n"

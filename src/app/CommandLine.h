@@ -30,6 +30,8 @@ struct CommandLineOptions
     int jobs = 0;
     /// Time limit per file in seconds; 0 means none.
     int timeoutSeconds = 120;
+    /// Memory limit of each worker process in MiB; 0 means none, -1 the default share.
+    qint64 memoryLimitMiB = -1;
     bool quiet = false;
     bool verbose = false;
 

@@ -66,7 +66,9 @@ bool IsolatedJob::processFile(const QString &path, QString *reason)
         options.timeoutSeconds = m_timeoutSeconds;
         // With one file at a time, the worker may use every core.
         options.workerArguments << QStringLiteral("--worker-threads")
-                                << QString::number(std::max(1, QThread::idealThreadCount()));
+                                << QString::number(std::max(1, QThread::idealThreadCount()))
+                                << QStringLiteral("--memory-limit")
+                                << QString::number(WorkerPool::defaultMemoryLimitMiB(1));
         m_pool = std::make_unique<WorkerPool>(options, [this](const WorkerPool::Result &result) {
             m_lastOk = result.ok;
             m_lastReason = result.reason;

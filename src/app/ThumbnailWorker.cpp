@@ -10,6 +10,9 @@
 #include <vips/vips8>
 
 #include <algorithm>
+#include <atomic>
+#include <cstdio>
+#include <cstdlib>
 #include <exception>
 #include <fcntl.h>
 #include <sys/resource.h>
@@ -21,9 +24,29 @@ namespace {
 
 void dropLibraryMessage(const gchar *, GLogLevelFlags, const gchar *, gpointer) { }
 
+// The answer channel while a file is being made, for the fatal-error handler below.
+std::atomic<int> pendingAnswerChannel { -1 };
+
+// GLib ends the process on a fatal error (an allocation it cannot make, most often past the memory
+// limit). The file's answer says why first, so the batch reports more than a signal.
+void answerFatalLibraryError(const gchar *domain, GLogLevelFlags, const gchar *message, gpointer)
+{
+    const int channel = pendingAnswerChannel.exchange(-1);
+    if (channel >= 0) {
+        QByteArray answer(1, '\0');
+        answer += detail::utf16Bytes(
+            QStringLiteral("the decoder gave up (%1: %2)")
+                .arg(QString::fromUtf8(domain ? domain : "library"), QString::fromUtf8(message)));
+        detail::writeFrame(channel, answer);
+    } else {
+        std::fprintf(stderr, "orvel-thumbs worker: %s\n", message);
+    }
+    std::_Exit(4);
+}
+
 } // namespace
 
-int ThumbnailWorker::run(const QVariantMap &settings, int threads, bool verbose)
+int ThumbnailWorker::run(const QVariantMap &settings, int threads, bool verbose, qint64 memoryLimitMiB)
 {
     // Keep the channel on a private descriptor; standard input becomes /dev/null and standard
     // output goes to standard error, so nothing that the job or a task it starts prints can get
@@ -41,6 +64,16 @@ int ThumbnailWorker::run(const QVariantMap &settings, int threads, bool verbose)
     // A decoder that crashes on a hostile file must not leave a core dump beside it.
     const rlimit noCore = { 0, 0 };
     ::setrlimit(RLIMIT_CORE, &noCore);
+#ifndef __SANITIZE_ADDRESS__
+    // (AddressSanitizer's shadow memory counts as data: a sanitizer build runs without the limit.)
+    if (memoryLimitMiB > 0) {
+        const rlim_t bytes = rlim_t(memoryLimitMiB) * 1024 * 1024;
+        const rlimit data = { bytes, bytes };
+        ::setrlimit(RLIMIT_DATA, &data);
+    }
+#else
+    (void)memoryLimitMiB;
+#endif
 
     if (VIPS_INIT("orvel-thumbs") != 0)
         return 3;
@@ -57,6 +90,10 @@ int ThumbnailWorker::run(const QVariantMap &settings, int threads, bool verbose)
             nullptr);
     }
 
+    for (const char *domain : { "GLib", "GLib-GObject", "VIPS" })
+        g_log_set_handler(domain, GLogLevelFlags(G_LOG_LEVEL_ERROR | G_LOG_FLAG_FATAL | G_LOG_FLAG_RECURSION),
+            answerFatalLibraryError, nullptr);
+
     UserDefaults &defaults = UserDefaults::standard();
     defaults.setArgumentDomain(settings);
 
@@ -65,6 +102,7 @@ int ThumbnailWorker::run(const QVariantMap &settings, int threads, bool verbose)
         const QString path = detail::stringFromUtf16Bytes(request.constData(), request.size());
         QString reason;
         bool ok = false;
+        pendingAnswerChannel.store(channel);
         try {
             ok = ThumbnailJob::processFile(path, &defaults, &reason);
         } catch (const std::exception &e) {
@@ -74,6 +112,8 @@ int ThumbnailWorker::run(const QVariantMap &settings, int threads, bool verbose)
             ok = false;
             reason = QStringLiteral("internal error");
         }
+        if (pendingAnswerChannel.exchange(-1) < 0)
+            break; // answered by the fatal-error handler
         QByteArray answer(1, ok ? '\1' : '\0');
         answer += detail::utf16Bytes(ok ? QString() : reason);
         if (!detail::writeFrame(channel, answer))

@@ -541,6 +541,16 @@ int WorkerPool::runningCount() const
         std::count_if(d->workers.begin(), d->workers.end(), [](const Private::Worker &w) { return w.busy; }));
 }
 
+qint64 WorkerPool::defaultMemoryLimitMiB(int workers)
+{
+    const long pages = ::sysconf(_SC_PHYS_PAGES);
+    const long pageSize = ::sysconf(_SC_PAGE_SIZE);
+    if (pages <= 0 || pageSize <= 0)
+        return 0;
+    const qint64 physical = qint64(pages) * pageSize / (1024 * 1024);
+    return std::max<qint64>(1024, physical * 3 / 4 / std::max(1, workers));
+}
+
 QList<qint64> WorkerPool::workerProcessIds() const
 {
     QList<qint64> busy;

@@ -85,6 +85,11 @@ public:
     /// The process ids of the live workers, busy ones first.
     QList<qint64> workerProcessIds() const;
 
+    /// The memory limit each of workers processes gets by default, in MiB: three quarters of the
+    /// machine's memory shared among them, at least 1 GiB. A decoder that a hostile file drives
+    /// into allocating without end then fails that file instead of the machine.
+    static qint64 defaultMemoryLimitMiB(int workers);
+
 private:
     struct Private;
     std::unique_ptr<Private> d;

@@ -4,6 +4,7 @@
 
 #include <QStringList>
 
+#include <algorithm>
 #include <cstdio>
 
 /// Runs a worker with the worker arguments (what follows the program name, "--worker" first), in
@@ -20,5 +21,6 @@ extern "C" __attribute__((visibility("default"))) int orvel_thumbs_worker_main(
             options.error.isEmpty() ? "not a worker command line" : qUtf8Printable(options.error));
         return 2;
     }
-    return orvel::ThumbnailWorker::run(options.settings, options.workerThreads, options.verbose);
+    return orvel::ThumbnailWorker::run(options.settings, options.workerThreads, options.verbose,
+        std::max<qint64>(0, options.memoryLimitMiB));
 }

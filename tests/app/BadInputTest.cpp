@@ -52,3 +52,34 @@ TEST(BadInput, EveryBrokenFileFailsAloneWithAReason)
         QDir::Files | QDir::Hidden | QDir::System);
     EXPECT_EQ(made, QStringList { QStringLiteral("good_thumb.jpg") });
 }
+
+TEST(BadInput, AWorkerPastItsMemoryLimitFailsItsFileWithTheReason)
+{
+#ifdef __SANITIZE_ADDRESS__
+    GTEST_SKIP() << "AddressSanitizer's shadow memory rules out a data limit";
+#endif
+    TempDir dir, config;
+    const QString d = dir.path();
+    // A GIF whose one frame reaches to (12000, 12000): 144 megapixels, under the header limit, but a
+    // 576 MB canvas for the decoder. Beside it a good file, made by the worker that replaces it.
+    ASSERT_TRUE(writeBytes(d + QStringLiteral("/a-wide.gif"),
+        QByteArray::fromBase64(
+            "R0lGODlh8AAQAIAAAEdwTCh4yCH/C05FVFNDQVBFMi4wAwEAAAAh+QQFAAAAACwAANAu4C4QAAACEYyP"
+            "qcvtD6OctNqLs968+68UADs=")));
+    ASSERT_TRUE(writeTestImage(d + QStringLiteral("/b-good.png"), 300, 200));
+    const QStringList environment { QStringLiteral("XDG_CONFIG_HOME=") + config.path() };
+
+    QByteArray err;
+    EXPECT_EQ(
+        runProgram(thumbsExecutable(), { QStringLiteral("-j1"), QStringLiteral("--memory-limit=256"), d },
+            nullptr, &err, 60000, environment),
+        1);
+    EXPECT_TRUE(err.contains((d + QStringLiteral("/a-wide.gif: the decoder gave up (GLib: ")).toUtf8()))
+        << err.constData();
+    EXPECT_TRUE(err.contains("failed to allocate")) << err.constData();
+    EXPECT_TRUE(QFileInfo::exists(d + QStringLiteral("/b-good_thumb.jpg")));
+
+    EXPECT_EQ(runProgram(thumbsExecutable(), { QStringLiteral("--memory-limit"), QStringLiteral("lots"), d },
+                  nullptr, &err, 60000, environment),
+        2);
+}
