@@ -2,6 +2,7 @@
 #include "MovieTestSupport.h"
 
 #include "movie/Movie.h"
+#include "movie/FFmpegLibrary.h"
 #include "files/FinderInfo.h"
 #include "testlib/TestSupport.h"
 
@@ -10,6 +11,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstdio>
+#include <cstdlib>
 
 using namespace orvel;
 using namespace orvel::test;
@@ -309,4 +312,80 @@ TEST(MovieTime, IsKeptAsSetAndTheDurationIsTheFiles)
     EXPECT_EQ(movie->movieTime(), 2.25);
     EXPECT_NEAR(movie->movieDuration(), 4.0, 0.05);
     EXPECT_TRUE(movie->hasVideo());
+}
+
+// --- Loading FFmpeg ----------------------------------------------------------------------------
+// Each of these runs in a fresh process (the test executable started again for the one test), so
+// that no earlier test has loaded FFmpeg already. The child reports a failed check on standard
+// error and by its exit status.
+
+namespace {
+
+[[noreturn]] void childFails(const char *what)
+{
+    std::fprintf(stderr, "failed: %s\n", what);
+    std::fflush(stderr);
+    std::_Exit(1);
+}
+
+} // namespace
+
+TEST(MovieLibrary, WithoutFFmpegTheClassicTypesStillAnswerAndOpeningSaysWhy)
+{
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    // Any regular file reaches the loading; this executable is one that the child cannot leave behind.
+    const QString path = QStringLiteral("/proc/self/exe");
+    EXPECT_EXIT(
+        {
+            if (!movie_detail::setFFmpegLibraryFolder(QStringLiteral("/nonexistent/orvel-nowhere")))
+                childFails("the folder is refused before any load");
+            if (!Movie::movieFileTypes().isEmpty())
+                childFails("no demuxer types without FFmpeg");
+            const QStringList &types = Movie::QuickTimeFileTypes();
+            if (types.size() != 113 || types.first() != QStringLiteral("'MPG '") || types.last() != QStringLiteral("m4v"))
+                childFails("the classic types make the whole list");
+            if (!Movie::isQuickTimeExtension(QStringLiteral("MP4"), {}) || Movie::isQuickTimeExtension(QStringLiteral("mkv"), {}))
+                childFails("classification by the classic types");
+            QString error;
+            if (Movie::initWithFile(path, &error))
+                childFails("a movie opened without FFmpeg");
+            QSizeF size(1, 1);
+            double duration = 1;
+            QString thumbnailError;
+            if (Movie::thumbnailImageForMovieWithFile(path, &size, &duration, &thumbnailError) || !size.isNull()
+                || duration != 0.0 || thumbnailError != error)
+                childFails("the thumbnail answers nil with the same reason");
+            if (movie_detail::isFFmpegLoaded())
+                childFails("reported as loaded");
+            std::fprintf(stderr, "%s\n", qPrintable(error));
+            std::exit(0);
+        },
+        ::testing::ExitedWithCode(0), "FFmpeg is not available: .*orvel-nowhere/libavutil\\.so\\.[0-9]+");
+}
+
+TEST(MovieLibrary, IsLoadedOnlyWhenTheTypesOfFFmpegOrAMovieAreNeeded)
+{
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    EXPECT_EXIT(
+        {
+            // Classic types, files without an extension and files that are not there need no FFmpeg.
+            for (const char *name : { "/x/clip.avi", "/x/song.MP3", "/x/movie.m4v", "/x/README" })
+                (void)Movie::isQuickTimeFile(QString::fromLatin1(name));
+            if (!Movie::isQuickTimeFile(QStringLiteral("/x/clip.avi")))
+                childFails("a classic extension counts");
+            if (Movie::initWithFile(QStringLiteral("/no/such/file.mp4")))
+                childFails("a missing file opened");
+            if (movie_detail::isFFmpegLoaded())
+                childFails("loaded before it was needed");
+            // A suffix only FFmpeg knows needs its demuxer list.
+            if (!Movie::isQuickTimeFile(QStringLiteral("/x/clip.mkv")))
+                childFails("a demuxer's extension counts");
+            if (!movie_detail::isFFmpegLoaded())
+                childFails("the demuxer list loads FFmpeg");
+            if (movie_detail::setFFmpegLibraryFolder(QStringLiteral("/nowhere")))
+                childFails("the folder changed after the load");
+            std::fprintf(stderr, "all checks passed\n");
+            std::exit(0);
+        },
+        ::testing::ExitedWithCode(0), "all checks passed");
 }
