@@ -266,6 +266,22 @@ QImage Movie::decodeFrame(int index, std::optional<double> seconds)
     }
 
     const int64_t skipBefore = target - ffmpeg().av_rescale_q(2 * AV_TIME_BASE, AV_TIME_BASE_Q, stream->time_base);
+    // Where the stream ends, when the file says: a frame that ends before it is followed by another.
+    int64_t streamEnd = AV_NOPTS_VALUE;
+    if (stream->duration != AV_NOPTS_VALUE && stream->duration > 0)
+        streamEnd = start + stream->duration;
+    else if (format->duration != AV_NOPTS_VALUE && format->duration > 0)
+        streamEnd = start + ffmpeg().av_rescale_q(format->duration, AV_TIME_BASE_Q, stream->time_base);
+    // A frame no other frame refers to is needed only if it is the one on screen at the target. It
+    // is not when the next frame starts at or before the target: its packet ends there, and the
+    // stream goes on past the target. Without a packet duration only a wide margin tells.
+    auto neverOnScreen = [&](const AVPacket *p) {
+        if (p->pts == AV_NOPTS_VALUE)
+            return false;
+        if (p->pts < skipBefore)
+            return true;
+        return p->duration > 0 && streamEnd != AV_NOPTS_VALUE && target < streamEnd && p->pts + p->duration <= target;
+    };
     PacketPtr packet(ffmpeg().av_packet_alloc());
     FramePtr frame(ffmpeg().av_frame_alloc());
     FramePtr chosen(ffmpeg().av_frame_alloc());
@@ -315,13 +331,8 @@ QImage Movie::decodeFrame(int index, std::optional<double> seconds)
                 ffmpeg().avcodec_send_packet(codec, nullptr);
             } else {
                 if (packet->stream_index == index) {
-                    // Frames no other frame refers to are skipped while they are well before the
-                    // target; the margin exceeds any reordering delay, so the frames around the
-                    // target are all decoded.
                     if (seconds)
-                        codec->skip_frame = packet->pts != AV_NOPTS_VALUE && packet->pts < skipBefore
-                            ? AVDISCARD_NONREF
-                            : AVDISCARD_DEFAULT;
+                        codec->skip_frame = neverOnScreen(packet.get()) ? AVDISCARD_NONREF : AVDISCARD_DEFAULT;
                     int sent = ffmpeg().avcodec_send_packet(codec, packet.get());
                     while (sent == AVERROR(EAGAIN) && !done && !h.deadline.passed()) {
                         receive();

@@ -191,6 +191,8 @@ struct CodecCase
     QStringList codec;
 };
 
+void PrintTo(const CodecCase &c, std::ostream *os) { *os << c.name; }
+
 class MovieCodecs : public ::testing::TestWithParam<CodecCase>
 {
 };
@@ -211,6 +213,40 @@ INSTANTIATE_TEST_SUITE_P(Formats, MovieCodecs,
         CodecCase { "mpeg4", "clip.avi", { QStringLiteral("-c:v"), QStringLiteral("mpeg4"), QStringLiteral("-q:v"), QStringLiteral("2"), QStringLiteral("-g"), QStringLiteral("25") } },
         CodecCase { "vp9", "clip.webm", { QStringLiteral("-c:v"), QStringLiteral("libvpx-vp9"), QStringLiteral("-crf"), QStringLiteral("10"), QStringLiteral("-b:v"), QStringLiteral("0"), QStringLiteral("-deadline"), QStringLiteral("realtime"), QStringLiteral("-cpu-used"), QStringLiteral("8") } },
         CodecCase { "mpeg2", "clip.mkv", { QStringLiteral("-c:v"), QStringLiteral("mpeg2video"), QStringLiteral("-q:v"), QStringLiteral("2"), QStringLiteral("-bf"), QStringLiteral("2") } }),
+    [](const auto &info) { return std::string(info.param.name); });
+
+// At 30000/1001 frames per second frame n starts at n × 1001/30000 s, so a whole-second time falls
+// between two frames; with B-frames the frame on screen may be one no other frame refers to, which
+// the decoder skips on its way to the time. Every frame has its own colour (colourOfSecond(n)).
+class MovieBFrames : public ::testing::TestWithParam<CodecCase>
+{
+};
+
+TEST_P(MovieBFrames, TheFrameOnScreenIsTheLastOneStartingAtOrBeforeTheTime)
+{
+    TempDir dir;
+    const QString path = dir.file(QString::fromLatin1(GetParam().file));
+    ASSERT_TRUE(writeNumberedFramesMovie(path, 300, QStringLiteral("30000/1001"), GetParam().codec));
+    const MoviePtr movie = Movie::initWithFile(path);
+    ASSERT_TRUE(movie);
+    struct Case
+    {
+        double seconds;
+        int frame;
+    };
+    // 4 s is 119.88 frame times in: frame 119, which began at 3.9706 s; 5.005 s is frame 150 exactly.
+    for (const Case c : { Case { 4.0, 119 }, Case { 5.005, 150 }, Case { 1.0, 29 }, Case { 7.0, 209 },
+             Case { 6.5, 194 }, Case { 2.0, 59 }, Case { 9.0, 269 }, Case { 3.0, 89 }, Case { 8.0, 239 } })
+        EXPECT_TRUE(showsSecond(movie->frameImageAtTime(c.seconds), c.frame)) << c.seconds << " s";
+    // floor(min(10 s / 2, 15)) = 5 s, which is 149.85 frame times in.
+    EXPECT_TRUE(showsSecond(pixelsOf(movie->thumbnailImage()), 149));
+}
+
+INSTANTIATE_TEST_SUITE_P(Formats, MovieBFrames,
+    ::testing::Values(
+        CodecCase { "h264", "clip.mp4", { QStringLiteral("-c:v"), QStringLiteral("libx264"), QStringLiteral("-preset"), QStringLiteral("veryfast"), QStringLiteral("-x264-params"), QStringLiteral("keyint=100000:scenecut=0:bframes=3:b-adapt=0:b-pyramid=none") } },
+        CodecCase { "h264pyramid", "clip.mkv", { QStringLiteral("-c:v"), QStringLiteral("libx264"), QStringLiteral("-preset"), QStringLiteral("veryfast"), QStringLiteral("-x264-params"), QStringLiteral("keyint=100000:scenecut=0:bframes=3:b-adapt=0:b-pyramid=normal") } },
+        CodecCase { "mpeg2", "clip.mkv", { QStringLiteral("-c:v"), QStringLiteral("mpeg2video"), QStringLiteral("-q:v"), QStringLiteral("2"), QStringLiteral("-g"), QStringLiteral("300"), QStringLiteral("-bf"), QStringLiteral("2") } }),
     [](const auto &info) { return std::string(info.param.name); });
 
 // --- Natural size ------------------------------------------------------------------------------
