@@ -357,6 +357,13 @@ TEST(MovieTime, IsKeptAsSetAndTheDurationIsTheFiles)
 
 namespace {
 
+// Whether a library whose file name contains name is mapped into this process.
+bool isMapped(const char *name)
+{
+    QFile maps(QStringLiteral("/proc/self/maps"));
+    return maps.open(QIODevice::ReadOnly) && maps.readAll().contains(name);
+}
+
 [[noreturn]] void childFails(const char *what)
 {
     std::fprintf(stderr, "failed: %s\n", what);
@@ -411,12 +418,12 @@ TEST(MovieLibrary, IsLoadedOnlyWhenTheTypesOfFFmpegOrAMovieAreNeeded)
                 childFails("a classic extension counts");
             if (Movie::initWithFile(QStringLiteral("/no/such/file.mp4")))
                 childFails("a missing file opened");
-            if (movie_detail::isFFmpegLoaded())
+            if (movie_detail::isFFmpegLoaded() || isMapped("libavcodec.so") || isMapped("libavformat.so"))
                 childFails("loaded before it was needed");
             // A suffix only FFmpeg knows needs its demuxer list.
             if (!Movie::isQuickTimeFile(QStringLiteral("/x/clip.mkv")))
                 childFails("a demuxer's extension counts");
-            if (!movie_detail::isFFmpegLoaded())
+            if (!movie_detail::isFFmpegLoaded() || !isMapped("libavformat.so"))
                 childFails("the demuxer list loads FFmpeg");
             if (movie_detail::setFFmpegLibraryFolder(QStringLiteral("/nowhere")))
                 childFails("the folder changed after the load");
