@@ -19,20 +19,7 @@ using namespace movie_detail;
 
 namespace {
 
-std::atomic<bool> libraryLogging { false };
 std::atomic<int> decodingThreads { 0 };
-
-void applyLogLevel() { av_log_set_level(libraryLogging.load() ? AV_LOG_INFO : AV_LOG_QUIET); }
-
-// FFmpeg logs to standard error by default; keep it quiet before the first call into it.
-void ensureFFmpeg()
-{
-    static const bool once = [] {
-        applyLogLevel();
-        return true;
-    }();
-    (void)once;
-}
 
 int interruptCallback(void *opaque)
 {
@@ -49,10 +36,10 @@ bool sizeFits(int w, int h) { return sideFits(w) && sideFits(h) && qint64(w) * h
 int rotationOf(const AVStream *stream)
 {
     size_t size = 0;
-    const uint8_t *matrix = av_stream_get_side_data(stream, AV_PKT_DATA_DISPLAYMATRIX, &size);
+    const uint8_t *matrix = ffmpeg().av_stream_get_side_data(stream, AV_PKT_DATA_DISPLAYMATRIX, &size);
     if (!matrix || size < 9 * sizeof(int32_t))
         return 0;
-    const double counterClockwise = av_display_rotation_get(reinterpret_cast<const int32_t *>(matrix));
+    const double counterClockwise = ffmpeg().av_display_rotation_get(reinterpret_cast<const int32_t *>(matrix));
     if (std::isnan(counterClockwise))
         return 0;
     int degrees = int(std::lround(-counterClockwise)) % 360;
@@ -110,8 +97,8 @@ Movie::~Movie() = default;
 
 void Movie::setLibraryLogging(bool on)
 {
-    libraryLogging.store(on);
-    applyLogLevel();
+    // FFmpeg logs to standard error by default; it is quiet from its loading on unless asked.
+    setFFmpegLogLevel(on ? AV_LOG_INFO : AV_LOG_QUIET);
 }
 
 void Movie::setDecodingThreads(int threads) { decodingThreads.store(std::max(0, threads)); }
@@ -123,18 +110,20 @@ MoviePtr Movie::initWithFile(const QString &path, QString *error)
             *error = why;
         return nullptr;
     };
-    ensureFFmpeg();
     const QFileInfo info(path);
     if (path.isEmpty() || !info.isFile())
         return fail(QStringLiteral("not a regular file"));
     if (info.size() == 0)
         return fail(QStringLiteral("empty file"));
+    QString unavailable;
+    if (!loadFFmpeg(&unavailable))
+        return fail(unavailable);
 
     MoviePtr movie(new Movie());
     movie->m_path = path;
     Handles &h = *movie->m_h;
 
-    AVFormatContext *format = avformat_alloc_context();
+    AVFormatContext *format = ffmpeg().avformat_alloc_context();
     if (!format)
         return fail(QStringLiteral("out of memory"));
     format->interrupt_callback.callback = interruptCallback;
@@ -142,12 +131,12 @@ MoviePtr Movie::initWithFile(const QString &path, QString *error)
     // Opening and probing share one wait: a slow file is used in whatever state it is then in.
     h.deadline.setFromNow(loadWaitSeconds);
     const QByteArray name = QFile::encodeName(path);
-    if (avformat_open_input(&format, name.constData(), nullptr, nullptr) < 0) // frees format on failure
+    if (ffmpeg().avformat_open_input(&format, name.constData(), nullptr, nullptr) < 0) // frees format on failure
         return fail(QStringLiteral("not a movie FFmpeg can read"));
     h.format.reset(format);
 
     // A probe cut short by the wait still leaves every stream that was found; go on with those.
-    avformat_find_stream_info(format, nullptr);
+    ffmpeg().avformat_find_stream_info(format, nullptr);
     h.deadline = Deadline();
 
     for (unsigned i = 0; i < format->nb_streams; ++i) {
@@ -162,7 +151,7 @@ MoviePtr Movie::initWithFile(const QString &path, QString *error)
         }
     }
     if (h.videoStream >= 0) {
-        const int best = av_find_best_stream(format, AVMEDIA_TYPE_VIDEO, -1, -1, nullptr, 0);
+        const int best = ffmpeg().av_find_best_stream(format, AVMEDIA_TYPE_VIDEO, -1, -1, nullptr, 0);
         if (best >= 0 && !(format->streams[best]->disposition & AV_DISPOSITION_ATTACHED_PIC))
             h.videoStream = best;
     }
@@ -196,7 +185,7 @@ QSizeF Movie::movieSize() const
     const int h = stream->codecpar->height;
     if (!sizeFits(w, h))
         return QSizeF(0, 0);
-    QSize size = displaySize(w, h, av_guess_sample_aspect_ratio(m_h->format.get(), stream, nullptr));
+    QSize size = displaySize(w, h, ffmpeg().av_guess_sample_aspect_ratio(m_h->format.get(), stream, nullptr));
     if (rotationOf(stream) % 180 != 0)
         size.transpose();
     return QSizeF(size);
@@ -219,7 +208,7 @@ bool Movie::openDecoder(int index)
 {
     Handles &h = *m_h;
     if (h.codec && h.codecStream == index) {
-        avcodec_flush_buffers(h.codec.get());
+        ffmpeg().avcodec_flush_buffers(h.codec.get());
         return true;
     }
     h.codec.reset();
@@ -230,13 +219,13 @@ bool Movie::openDecoder(int index)
         m_error = QStringLiteral("the movie's picture is too large (%1 × %2)").arg(parameters->width).arg(parameters->height);
         return false;
     }
-    const AVCodec *decoder = avcodec_find_decoder(parameters->codec_id);
+    const AVCodec *decoder = ffmpeg().avcodec_find_decoder(parameters->codec_id);
     if (!decoder) {
         m_error = QStringLiteral("no decoder for the movie's picture");
         return false;
     }
-    CodecContextPtr codec(avcodec_alloc_context3(decoder));
-    if (!codec || avcodec_parameters_to_context(codec.get(), parameters) < 0) {
+    CodecContextPtr codec(ffmpeg().avcodec_alloc_context3(decoder));
+    if (!codec || ffmpeg().avcodec_parameters_to_context(codec.get(), parameters) < 0) {
         m_error = QStringLiteral("cannot set up the decoder");
         return false;
     }
@@ -244,7 +233,7 @@ bool Movie::openDecoder(int index)
     codec->max_pixels = maxPixels;
     codec->thread_count = decodingThreads.load();
     codec->thread_type = FF_THREAD_FRAME | FF_THREAD_SLICE;
-    if (avcodec_open2(codec.get(), decoder, nullptr) < 0) {
+    if (ffmpeg().avcodec_open2(codec.get(), decoder, nullptr) < 0) {
         m_error = QStringLiteral("cannot open the decoder");
         return false;
     }
@@ -269,17 +258,33 @@ QImage Movie::decodeFrame(int index, std::optional<double> seconds)
     const int64_t start = stream->start_time != AV_NOPTS_VALUE ? stream->start_time : 0;
     h.deadline.setFromNow(decodeLimitSeconds);
     if (seconds) {
-        target = start + av_rescale_q(int64_t(std::llround(*seconds * AV_TIME_BASE)), AV_TIME_BASE_Q, stream->time_base);
+        target = start + ffmpeg().av_rescale_q(int64_t(std::llround(*seconds * AV_TIME_BASE)), AV_TIME_BASE_Q, stream->time_base);
         // A file that cannot seek is read from where it stands, which is its beginning.
-        if (av_seek_frame(format, index, target, AVSEEK_FLAG_BACKWARD) < 0)
-            av_seek_frame(format, index, start, AVSEEK_FLAG_BACKWARD | AVSEEK_FLAG_ANY);
-        avcodec_flush_buffers(codec);
+        if (ffmpeg().av_seek_frame(format, index, target, AVSEEK_FLAG_BACKWARD) < 0)
+            ffmpeg().av_seek_frame(format, index, start, AVSEEK_FLAG_BACKWARD | AVSEEK_FLAG_ANY);
+        ffmpeg().avcodec_flush_buffers(codec);
     }
 
-    const int64_t skipBefore = target - av_rescale_q(2 * AV_TIME_BASE, AV_TIME_BASE_Q, stream->time_base);
-    PacketPtr packet(av_packet_alloc());
-    FramePtr frame(av_frame_alloc());
-    FramePtr chosen(av_frame_alloc());
+    const int64_t skipBefore = target - ffmpeg().av_rescale_q(2 * AV_TIME_BASE, AV_TIME_BASE_Q, stream->time_base);
+    // Where the stream ends, when the file says: a frame that ends before it is followed by another.
+    int64_t streamEnd = AV_NOPTS_VALUE;
+    if (stream->duration != AV_NOPTS_VALUE && stream->duration > 0)
+        streamEnd = start + stream->duration;
+    else if (format->duration != AV_NOPTS_VALUE && format->duration > 0)
+        streamEnd = start + ffmpeg().av_rescale_q(format->duration, AV_TIME_BASE_Q, stream->time_base);
+    // A frame no other frame refers to is needed only if it is the one on screen at the target. It
+    // is not when the next frame starts at or before the target: its packet ends there, and the
+    // stream goes on past the target. Without a packet duration only a wide margin tells.
+    auto neverOnScreen = [&](const AVPacket *p) {
+        if (p->pts == AV_NOPTS_VALUE)
+            return false;
+        if (p->pts < skipBefore)
+            return true;
+        return p->duration > 0 && streamEnd != AV_NOPTS_VALUE && target < streamEnd && p->pts + p->duration <= target;
+    };
+    PacketPtr packet(ffmpeg().av_packet_alloc());
+    FramePtr frame(ffmpeg().av_frame_alloc());
+    FramePtr chosen(ffmpeg().av_frame_alloc());
     if (!packet || !frame || !chosen)
         return {};
     bool haveChosen = false;
@@ -289,12 +294,12 @@ QImage Movie::decodeFrame(int index, std::optional<double> seconds)
     // Takes the frames the decoder has ready; done once the frame shown at the target is known.
     auto receive = [&] {
         while (!done) {
-            const int status = avcodec_receive_frame(codec, frame.get());
+            const int status = ffmpeg().avcodec_receive_frame(codec, frame.get());
             if (status < 0)
                 return status;
             // A frame the decoder had to patch up (missing references, damaged data) is never shown.
             if ((frame->flags & AV_FRAME_FLAG_CORRUPT) || frame->decode_error_flags != 0) {
-                av_frame_unref(frame.get());
+                ffmpeg().av_frame_unref(frame.get());
                 continue;
             }
             int64_t pts = frame->best_effort_timestamp;
@@ -302,11 +307,11 @@ QImage Movie::decodeFrame(int index, std::optional<double> seconds)
                 pts = frame->pts;
             const bool atOrBefore = !seconds || pts == AV_NOPTS_VALUE || pts <= target;
             if (atOrBefore || !haveChosen) {
-                av_frame_unref(chosen.get());
-                av_frame_move_ref(chosen.get(), frame.get());
+                ffmpeg().av_frame_unref(chosen.get());
+                ffmpeg().av_frame_move_ref(chosen.get(), frame.get());
                 haveChosen = true;
             }
-            av_frame_unref(frame.get());
+            ffmpeg().av_frame_unref(frame.get());
             // The first frame after the target ends the search: the one before it is on screen.
             if (!seconds || !atOrBefore)
                 done = true;
@@ -320,26 +325,21 @@ QImage Movie::decodeFrame(int index, std::optional<double> seconds)
             return {};
         }
         if (!draining) {
-            const int read = av_read_frame(format, packet.get());
+            const int read = ffmpeg().av_read_frame(format, packet.get());
             if (read < 0) {
                 draining = true;
-                avcodec_send_packet(codec, nullptr);
+                ffmpeg().avcodec_send_packet(codec, nullptr);
             } else {
                 if (packet->stream_index == index) {
-                    // Frames no other frame refers to are skipped while they are well before the
-                    // target; the margin exceeds any reordering delay, so the frames around the
-                    // target are all decoded.
                     if (seconds)
-                        codec->skip_frame = packet->pts != AV_NOPTS_VALUE && packet->pts < skipBefore
-                            ? AVDISCARD_NONREF
-                            : AVDISCARD_DEFAULT;
-                    int sent = avcodec_send_packet(codec, packet.get());
+                        codec->skip_frame = neverOnScreen(packet.get()) ? AVDISCARD_NONREF : AVDISCARD_DEFAULT;
+                    int sent = ffmpeg().avcodec_send_packet(codec, packet.get());
                     while (sent == AVERROR(EAGAIN) && !done && !h.deadline.passed()) {
                         receive();
-                        sent = avcodec_send_packet(codec, packet.get());
+                        sent = ffmpeg().avcodec_send_packet(codec, packet.get());
                     }
                 }
-                av_packet_unref(packet.get());
+                ffmpeg().av_packet_unref(packet.get());
             }
         }
         const int status = receive();
@@ -362,20 +362,20 @@ QImage Movie::toDisplayImage(const void *opaqueFrame)
         m_error = QStringLiteral("the movie's picture is too large (%1 × %2)").arg(frame->width).arg(frame->height);
         return {};
     }
-    const AVRational aspect = av_guess_sample_aspect_ratio(m_h->format.get(), const_cast<AVStream *>(stream),
+    const AVRational aspect = ffmpeg().av_guess_sample_aspect_ratio(m_h->format.get(), const_cast<AVStream *>(stream),
         const_cast<AVFrame *>(frame));
     const QSize size = displaySize(frame->width, frame->height, aspect);
 
-    SwsContextPtr sws(sws_getContext(frame->width, frame->height, AVPixelFormat(frame->format), size.width(),
+    SwsContextPtr sws(ffmpeg().sws_getContext(frame->width, frame->height, AVPixelFormat(frame->format), size.width(),
         size.height(), AV_PIX_FMT_RGBA, SWS_BICUBIC | SWS_ACCURATE_RND | SWS_FULL_CHR_H_INT, nullptr, nullptr,
         nullptr));
     if (!sws) {
         m_error = QStringLiteral("cannot convert the movie's pixels");
         return {};
     }
-    const int *coefficients = sws_getCoefficients(swsColourspace(frame->colorspace));
-    sws_setColorspaceDetails(sws.get(), coefficients, frame->color_range == AVCOL_RANGE_JPEG ? 1 : 0,
-        sws_getCoefficients(SWS_CS_DEFAULT), 1, 0, 1 << 16, 1 << 16);
+    const int *coefficients = ffmpeg().sws_getCoefficients(swsColourspace(frame->colorspace));
+    ffmpeg().sws_setColorspaceDetails(sws.get(), coefficients, frame->color_range == AVCOL_RANGE_JPEG ? 1 : 0,
+        ffmpeg().sws_getCoefficients(SWS_CS_DEFAULT), 1, 0, 1 << 16, 1 << 16);
 
     QImage picture(size, QImage::Format_RGBA8888);
     if (picture.isNull()) {
@@ -384,7 +384,7 @@ QImage Movie::toDisplayImage(const void *opaqueFrame)
     }
     uint8_t *destination[4] = { picture.bits(), nullptr, nullptr, nullptr };
     const int destinationStride[4] = { int(picture.bytesPerLine()), 0, 0, 0 };
-    if (sws_scale(sws.get(), frame->data, frame->linesize, 0, frame->height, destination, destinationStride)
+    if (ffmpeg().sws_scale(sws.get(), frame->data, frame->linesize, 0, frame->height, destination, destinationStride)
         != size.height()) {
         m_error = QStringLiteral("cannot convert the movie's pixels");
         return {};
@@ -413,18 +413,18 @@ ImagePtr Movie::posterImage()
         // The cover is one packet held by the stream itself; no reading of the file is needed.
         Handles &h = *m_h;
         if (openDecoder(h.coverStream)) {
-            PacketPtr packet(av_packet_alloc());
-            FramePtr frame(av_frame_alloc());
-            if (packet && frame && av_packet_ref(packet.get(), &h.format->streams[h.coverStream]->attached_pic) == 0
-                && avcodec_send_packet(h.codec.get(), packet.get()) >= 0) {
-                avcodec_send_packet(h.codec.get(), nullptr);
-                if (avcodec_receive_frame(h.codec.get(), frame.get()) >= 0)
+            PacketPtr packet(ffmpeg().av_packet_alloc());
+            FramePtr frame(ffmpeg().av_frame_alloc());
+            if (packet && frame && ffmpeg().av_packet_ref(packet.get(), &h.format->streams[h.coverStream]->attached_pic) == 0
+                && ffmpeg().avcodec_send_packet(h.codec.get(), packet.get()) >= 0) {
+                ffmpeg().avcodec_send_packet(h.codec.get(), nullptr);
+                if (ffmpeg().avcodec_receive_frame(h.codec.get(), frame.get()) >= 0)
                     picture = toDisplayImage(frame.get());
             }
         }
     }
     if (picture.isNull() && m_h->videoStream >= 0) {
-        av_seek_frame(m_h->format.get(), m_h->videoStream, 0, AVSEEK_FLAG_BACKWARD);
+        ffmpeg().av_seek_frame(m_h->format.get(), m_h->videoStream, 0, AVSEEK_FLAG_BACKWARD);
         picture = decodeFrame(m_h->videoStream, std::nullopt);
     }
     if (picture.isNull() && m_error.isEmpty())

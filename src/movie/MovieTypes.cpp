@@ -13,6 +13,8 @@
 
 namespace orvel {
 
+using namespace movie_detail;
+
 namespace {
 
 // Demuxers for text files (subtitles, text art) and raw dumps: they list common suffixes such as
@@ -95,14 +97,16 @@ QString extensionOfPath(const QString &path)
 QStringList Movie::movieFileTypes()
 {
     QStringList types;
+    if (!loadFFmpeg())
+        return types;
     QSet<QString> seen;
     void *state = nullptr;
-    while (const AVInputFormat *demuxer = av_demuxer_iterate(&state)) {
+    while (const AVInputFormat *demuxer = ffmpeg().av_demuxer_iterate(&state)) {
         if (demuxer->extensions && !isLeftOut(demuxer->name))
             appendExtensions(&types, &seen, demuxer->extensions);
     }
     for (const SniffingDemuxer &sniffing : kSniffingDemuxers) {
-        if (av_find_input_format(sniffing.name))
+        if (ffmpeg().av_find_input_format(sniffing.name))
             appendExtensions(&types, &seen, sniffing.extensions);
     }
     return types;
@@ -124,6 +128,15 @@ const QStringList &Movie::QuickTimeFileTypes()
 
 bool Movie::isQuickTimeExtension(const QString &extension, const QString &type)
 {
+    // The classic strings are all in the list, and looking them up needs no FFmpeg: a batch of
+    // them (or of files with neither extension nor type) answers without loading it.
+    if (extension.isEmpty() && type.isEmpty())
+        return false;
+    if (std::any_of(kClassicTypes.begin(), kClassicTypes.end(), [&](const char *classic) {
+            const QLatin1StringView string(classic);
+            return (!extension.isEmpty() && isEqualToStringNoCase(QString(string), extension)) || type == string;
+        }))
+        return true;
     const QStringList &types = QuickTimeFileTypes();
     if (types.isEmpty())
         return false;

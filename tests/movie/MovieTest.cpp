@@ -2,6 +2,7 @@
 #include "MovieTestSupport.h"
 
 #include "movie/Movie.h"
+#include "movie/FFmpegLibrary.h"
 #include "files/FinderInfo.h"
 #include "testlib/TestSupport.h"
 
@@ -10,6 +11,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstdio>
+#include <cstdlib>
 
 using namespace orvel;
 using namespace orvel::test;
@@ -188,6 +191,8 @@ struct CodecCase
     QStringList codec;
 };
 
+void PrintTo(const CodecCase &c, std::ostream *os) { *os << c.name; }
+
 class MovieCodecs : public ::testing::TestWithParam<CodecCase>
 {
 };
@@ -208,6 +213,40 @@ INSTANTIATE_TEST_SUITE_P(Formats, MovieCodecs,
         CodecCase { "mpeg4", "clip.avi", { QStringLiteral("-c:v"), QStringLiteral("mpeg4"), QStringLiteral("-q:v"), QStringLiteral("2"), QStringLiteral("-g"), QStringLiteral("25") } },
         CodecCase { "vp9", "clip.webm", { QStringLiteral("-c:v"), QStringLiteral("libvpx-vp9"), QStringLiteral("-crf"), QStringLiteral("10"), QStringLiteral("-b:v"), QStringLiteral("0"), QStringLiteral("-deadline"), QStringLiteral("realtime"), QStringLiteral("-cpu-used"), QStringLiteral("8") } },
         CodecCase { "mpeg2", "clip.mkv", { QStringLiteral("-c:v"), QStringLiteral("mpeg2video"), QStringLiteral("-q:v"), QStringLiteral("2"), QStringLiteral("-bf"), QStringLiteral("2") } }),
+    [](const auto &info) { return std::string(info.param.name); });
+
+// At 30000/1001 frames per second frame n starts at n × 1001/30000 s, so a whole-second time falls
+// between two frames; with B-frames the frame on screen may be one no other frame refers to, which
+// the decoder skips on its way to the time. Every frame has its own colour (colourOfSecond(n)).
+class MovieBFrames : public ::testing::TestWithParam<CodecCase>
+{
+};
+
+TEST_P(MovieBFrames, TheFrameOnScreenIsTheLastOneStartingAtOrBeforeTheTime)
+{
+    TempDir dir;
+    const QString path = dir.file(QString::fromLatin1(GetParam().file));
+    ASSERT_TRUE(writeNumberedFramesMovie(path, 300, QStringLiteral("30000/1001"), GetParam().codec));
+    const MoviePtr movie = Movie::initWithFile(path);
+    ASSERT_TRUE(movie);
+    struct Case
+    {
+        double seconds;
+        int frame;
+    };
+    // 4 s is 119.88 frame times in: frame 119, which began at 3.9706 s; 5.005 s is frame 150 exactly.
+    for (const Case c : { Case { 4.0, 119 }, Case { 5.005, 150 }, Case { 1.0, 29 }, Case { 7.0, 209 },
+             Case { 6.5, 194 }, Case { 2.0, 59 }, Case { 9.0, 269 }, Case { 3.0, 89 }, Case { 8.0, 239 } })
+        EXPECT_TRUE(showsSecond(movie->frameImageAtTime(c.seconds), c.frame)) << c.seconds << " s";
+    // floor(min(10 s / 2, 15)) = 5 s, which is 149.85 frame times in.
+    EXPECT_TRUE(showsSecond(pixelsOf(movie->thumbnailImage()), 149));
+}
+
+INSTANTIATE_TEST_SUITE_P(Formats, MovieBFrames,
+    ::testing::Values(
+        CodecCase { "h264", "clip.mp4", { QStringLiteral("-c:v"), QStringLiteral("libx264"), QStringLiteral("-preset"), QStringLiteral("veryfast"), QStringLiteral("-x264-params"), QStringLiteral("keyint=100000:scenecut=0:bframes=3:b-adapt=0:b-pyramid=none") } },
+        CodecCase { "h264pyramid", "clip.mkv", { QStringLiteral("-c:v"), QStringLiteral("libx264"), QStringLiteral("-preset"), QStringLiteral("veryfast"), QStringLiteral("-x264-params"), QStringLiteral("keyint=100000:scenecut=0:bframes=3:b-adapt=0:b-pyramid=normal") } },
+        CodecCase { "mpeg2", "clip.mkv", { QStringLiteral("-c:v"), QStringLiteral("mpeg2video"), QStringLiteral("-q:v"), QStringLiteral("2"), QStringLiteral("-g"), QStringLiteral("300"), QStringLiteral("-bf"), QStringLiteral("2") } }),
     [](const auto &info) { return std::string(info.param.name); });
 
 // --- Natural size ------------------------------------------------------------------------------
@@ -309,4 +348,87 @@ TEST(MovieTime, IsKeptAsSetAndTheDurationIsTheFiles)
     EXPECT_EQ(movie->movieTime(), 2.25);
     EXPECT_NEAR(movie->movieDuration(), 4.0, 0.05);
     EXPECT_TRUE(movie->hasVideo());
+}
+
+// --- Loading FFmpeg ----------------------------------------------------------------------------
+// Each of these runs in a fresh process (the test executable started again for the one test), so
+// that no earlier test has loaded FFmpeg already. The child reports a failed check on standard
+// error and by its exit status.
+
+namespace {
+
+// Whether a library whose file name contains name is mapped into this process.
+bool isMapped(const char *name)
+{
+    QFile maps(QStringLiteral("/proc/self/maps"));
+    return maps.open(QIODevice::ReadOnly) && maps.readAll().contains(name);
+}
+
+[[noreturn]] void childFails(const char *what)
+{
+    std::fprintf(stderr, "failed: %s\n", what);
+    std::fflush(stderr);
+    std::_Exit(1);
+}
+
+} // namespace
+
+TEST(MovieLibrary, WithoutFFmpegTheClassicTypesStillAnswerAndOpeningSaysWhy)
+{
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    // Any regular file reaches the loading; this executable is one that the child cannot leave behind.
+    const QString path = QStringLiteral("/proc/self/exe");
+    EXPECT_EXIT(
+        {
+            if (!movie_detail::setFFmpegLibraryFolder(QStringLiteral("/nonexistent/orvel-nowhere")))
+                childFails("the folder is refused before any load");
+            if (!Movie::movieFileTypes().isEmpty())
+                childFails("no demuxer types without FFmpeg");
+            const QStringList &types = Movie::QuickTimeFileTypes();
+            if (types.size() != 113 || types.first() != QStringLiteral("'MPG '") || types.last() != QStringLiteral("m4v"))
+                childFails("the classic types make the whole list");
+            if (!Movie::isQuickTimeExtension(QStringLiteral("MP4"), {}) || Movie::isQuickTimeExtension(QStringLiteral("mkv"), {}))
+                childFails("classification by the classic types");
+            QString error;
+            if (Movie::initWithFile(path, &error))
+                childFails("a movie opened without FFmpeg");
+            QSizeF size(1, 1);
+            double duration = 1;
+            QString thumbnailError;
+            if (Movie::thumbnailImageForMovieWithFile(path, &size, &duration, &thumbnailError) || !size.isNull()
+                || duration != 0.0 || thumbnailError != error)
+                childFails("the thumbnail answers nil with the same reason");
+            if (movie_detail::isFFmpegLoaded())
+                childFails("reported as loaded");
+            std::fprintf(stderr, "%s\n", qPrintable(error));
+            std::exit(0);
+        },
+        ::testing::ExitedWithCode(0), "FFmpeg is not available: .*orvel-nowhere/libavutil\\.so\\.[0-9]+");
+}
+
+TEST(MovieLibrary, IsLoadedOnlyWhenTheTypesOfFFmpegOrAMovieAreNeeded)
+{
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    EXPECT_EXIT(
+        {
+            // Classic types, files without an extension and files that are not there need no FFmpeg.
+            for (const char *name : { "/x/clip.avi", "/x/song.MP3", "/x/movie.m4v", "/x/README" })
+                (void)Movie::isQuickTimeFile(QString::fromLatin1(name));
+            if (!Movie::isQuickTimeFile(QStringLiteral("/x/clip.avi")))
+                childFails("a classic extension counts");
+            if (Movie::initWithFile(QStringLiteral("/no/such/file.mp4")))
+                childFails("a missing file opened");
+            if (movie_detail::isFFmpegLoaded() || isMapped("libavcodec.so") || isMapped("libavformat.so"))
+                childFails("loaded before it was needed");
+            // A suffix only FFmpeg knows needs its demuxer list.
+            if (!Movie::isQuickTimeFile(QStringLiteral("/x/clip.mkv")))
+                childFails("a demuxer's extension counts");
+            if (!movie_detail::isFFmpegLoaded() || !isMapped("libavformat.so"))
+                childFails("the demuxer list loads FFmpeg");
+            if (movie_detail::setFFmpegLibraryFolder(QStringLiteral("/nowhere")))
+                childFails("the folder changed after the load");
+            std::fprintf(stderr, "all checks passed\n");
+            std::exit(0);
+        },
+        ::testing::ExitedWithCode(0), "all checks passed");
 }

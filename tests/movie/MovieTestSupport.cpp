@@ -48,6 +48,21 @@ bool writeSecondsMovie(const QString &path, double seconds, int w, int h, int fp
     return runFFmpeg(args);
 }
 
+bool writeNumberedFramesMovie(const QString &path, int count, const QString &rate, const QStringList &codecArgs,
+                              int w, int h)
+{
+    const QString source = QStringLiteral("nullsrc=s=%1x%2:r=%3,format=gbrp,"
+                                          "geq=r='30+mod(N*37,196)':g='30+mod(N*71+50,196)':b='30+mod(N*113+90,196)'")
+                               .arg(w)
+                               .arg(h)
+                               .arg(rate);
+    QStringList args { QStringLiteral("-f"), QStringLiteral("lavfi"), QStringLiteral("-i"), source,
+        QStringLiteral("-frames:v"), QString::number(count) };
+    args += codecArgs;
+    args += { QStringLiteral("-pix_fmt"), QStringLiteral("yuv420p"), path };
+    return runFFmpeg(args);
+}
+
 QColor centreColour(const QImage &picture)
 {
     return picture.pixelColor(picture.width() / 2, picture.height() / 2);
