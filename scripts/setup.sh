@@ -15,6 +15,7 @@ packages=(
   qt6-tools-dev qt6-l10n-tools
   qt6-translations-l10n
   desktop-file-utils appstream dbus-daemon xvfb xauth imagemagick
+  clang-format
 )
 missing=()
 for p in "${packages[@]}"; do

@@ -7,6 +7,7 @@ top=$(cd "$(dirname "$0")/.." && pwd)
 jobs=$(nproc)
 
 "$top/scripts/setup.sh" "$top/build-test" -DORVEL_WERROR=ON
+"$top/scripts/check-format.sh"
 (cd "$top/build-test" && ctest --output-on-failure -j"$jobs")
 
 if [ "${ORVEL_SKIP_SANITIZERS:-0}" != 1 ]; then

@@ -47,8 +47,9 @@ bool loadLibraries(const QString &folder, QString *why)
 {
     void *handles[libraryCount] = {};
     for (int i = 0; i < libraryCount; ++i) {
-        const QByteArray name = folder.isEmpty() ? QByteArray(kSonames[i])
-                                                 : QFile::encodeName(folder + u'/' + QLatin1StringView(kSonames[i]));
+        const QByteArray name = folder.isEmpty()
+            ? QByteArray(kSonames[i])
+            : QFile::encodeName(folder + u'/' + QLatin1StringView(kSonames[i]));
         handles[i] = dlopen(name.constData(), RTLD_NOW | RTLD_LOCAL);
         if (!handles[i]) {
             *why = dlFailure();

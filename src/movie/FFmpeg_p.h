@@ -112,7 +112,8 @@ struct Deadline
     void setFromNow(double seconds)
     {
         end = std::chrono::steady_clock::now()
-            + std::chrono::duration_cast<std::chrono::steady_clock::duration>(std::chrono::duration<double>(seconds));
+            + std::chrono::duration_cast<std::chrono::steady_clock::duration>(
+                std::chrono::duration<double>(seconds));
     }
     bool passed() const { return std::chrono::steady_clock::now() >= end; }
 };

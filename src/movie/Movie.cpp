@@ -21,10 +21,7 @@ namespace {
 
 std::atomic<int> decodingThreads { 0 };
 
-int interruptCallback(void *opaque)
-{
-    return static_cast<const Deadline *>(opaque)->passed() ? 1 : 0;
-}
+int interruptCallback(void *opaque) { return static_cast<const Deadline *>(opaque)->passed() ? 1 : 0; }
 
 double secondsOf(int64_t ts, AVRational base) { return double(ts) * av_q2d(base); }
 
@@ -39,7 +36,8 @@ int rotationOf(const AVStream *stream)
     const uint8_t *matrix = ffmpeg().av_stream_get_side_data(stream, AV_PKT_DATA_DISPLAYMATRIX, &size);
     if (!matrix || size < 9 * sizeof(int32_t))
         return 0;
-    const double counterClockwise = ffmpeg().av_display_rotation_get(reinterpret_cast<const int32_t *>(matrix));
+    const double counterClockwise
+        = ffmpeg().av_display_rotation_get(reinterpret_cast<const int32_t *>(matrix));
     if (std::isnan(counterClockwise))
         return 0;
     int degrees = int(std::lround(-counterClockwise)) % 360;
@@ -131,7 +129,8 @@ MoviePtr Movie::initWithFile(const QString &path, QString *error)
     // Opening and probing share one wait: a slow file is used in whatever state it is then in.
     h.deadline.setFromNow(loadWaitSeconds);
     const QByteArray name = QFile::encodeName(path);
-    if (ffmpeg().avformat_open_input(&format, name.constData(), nullptr, nullptr) < 0) // frees format on failure
+    if (ffmpeg().avformat_open_input(&format, name.constData(), nullptr, nullptr)
+        < 0) // frees format on failure
         return fail(QStringLiteral("not a movie FFmpeg can read"));
     h.format.reset(format);
 
@@ -215,8 +214,11 @@ bool Movie::openDecoder(int index)
     const AVStream *stream = h.format->streams[index];
     const AVCodecParameters *parameters = stream->codecpar;
     // Refuse a huge declared picture before any buffer for it is made.
-    if ((parameters->width != 0 || parameters->height != 0) && !sizeFits(parameters->width, parameters->height)) {
-        m_error = QStringLiteral("the movie's picture is too large (%1 × %2)").arg(parameters->width).arg(parameters->height);
+    if ((parameters->width != 0 || parameters->height != 0)
+        && !sizeFits(parameters->width, parameters->height)) {
+        m_error = QStringLiteral("the movie's picture is too large (%1 × %2)")
+                      .arg(parameters->width)
+                      .arg(parameters->height);
         return false;
     }
     const AVCodec *decoder = ffmpeg().avcodec_find_decoder(parameters->codec_id);
@@ -258,14 +260,17 @@ QImage Movie::decodeFrame(int index, std::optional<double> seconds)
     const int64_t start = stream->start_time != AV_NOPTS_VALUE ? stream->start_time : 0;
     h.deadline.setFromNow(decodeLimitSeconds);
     if (seconds) {
-        target = start + ffmpeg().av_rescale_q(int64_t(std::llround(*seconds * AV_TIME_BASE)), AV_TIME_BASE_Q, stream->time_base);
+        target = start
+            + ffmpeg().av_rescale_q(
+                int64_t(std::llround(*seconds * AV_TIME_BASE)), AV_TIME_BASE_Q, stream->time_base);
         // A file that cannot seek is read from where it stands, which is its beginning.
         if (ffmpeg().av_seek_frame(format, index, target, AVSEEK_FLAG_BACKWARD) < 0)
             ffmpeg().av_seek_frame(format, index, start, AVSEEK_FLAG_BACKWARD | AVSEEK_FLAG_ANY);
         ffmpeg().avcodec_flush_buffers(codec);
     }
 
-    const int64_t skipBefore = target - ffmpeg().av_rescale_q(2 * AV_TIME_BASE, AV_TIME_BASE_Q, stream->time_base);
+    const int64_t skipBefore
+        = target - ffmpeg().av_rescale_q(2 * AV_TIME_BASE, AV_TIME_BASE_Q, stream->time_base);
     // Where the stream ends, when the file says: a frame that ends before it is followed by another.
     int64_t streamEnd = AV_NOPTS_VALUE;
     if (stream->duration != AV_NOPTS_VALUE && stream->duration > 0)
@@ -280,7 +285,8 @@ QImage Movie::decodeFrame(int index, std::optional<double> seconds)
             return false;
         if (p->pts < skipBefore)
             return true;
-        return p->duration > 0 && streamEnd != AV_NOPTS_VALUE && target < streamEnd && p->pts + p->duration <= target;
+        return p->duration > 0 && streamEnd != AV_NOPTS_VALUE && target < streamEnd
+            && p->pts + p->duration <= target;
     };
     PacketPtr packet(ffmpeg().av_packet_alloc());
     FramePtr frame(ffmpeg().av_frame_alloc());
@@ -332,7 +338,8 @@ QImage Movie::decodeFrame(int index, std::optional<double> seconds)
             } else {
                 if (packet->stream_index == index) {
                     if (seconds)
-                        codec->skip_frame = neverOnScreen(packet.get()) ? AVDISCARD_NONREF : AVDISCARD_DEFAULT;
+                        codec->skip_frame
+                            = neverOnScreen(packet.get()) ? AVDISCARD_NONREF : AVDISCARD_DEFAULT;
                     int sent = ffmpeg().avcodec_send_packet(codec, packet.get());
                     while (sent == AVERROR(EAGAIN) && !done && !h.deadline.passed()) {
                         receive();
@@ -359,16 +366,18 @@ QImage Movie::toDisplayImage(const void *opaqueFrame)
     const AVFrame *frame = static_cast<const AVFrame *>(opaqueFrame);
     const AVStream *stream = m_h->format->streams[m_h->codecStream];
     if (!sizeFits(frame->width, frame->height)) {
-        m_error = QStringLiteral("the movie's picture is too large (%1 × %2)").arg(frame->width).arg(frame->height);
+        m_error = QStringLiteral("the movie's picture is too large (%1 × %2)")
+                      .arg(frame->width)
+                      .arg(frame->height);
         return {};
     }
-    const AVRational aspect = ffmpeg().av_guess_sample_aspect_ratio(m_h->format.get(), const_cast<AVStream *>(stream),
-        const_cast<AVFrame *>(frame));
+    const AVRational aspect = ffmpeg().av_guess_sample_aspect_ratio(
+        m_h->format.get(), const_cast<AVStream *>(stream), const_cast<AVFrame *>(frame));
     const QSize size = displaySize(frame->width, frame->height, aspect);
 
-    SwsContextPtr sws(ffmpeg().sws_getContext(frame->width, frame->height, AVPixelFormat(frame->format), size.width(),
-        size.height(), AV_PIX_FMT_RGBA, SWS_BICUBIC | SWS_ACCURATE_RND | SWS_FULL_CHR_H_INT, nullptr, nullptr,
-        nullptr));
+    SwsContextPtr sws(ffmpeg().sws_getContext(frame->width, frame->height, AVPixelFormat(frame->format),
+        size.width(), size.height(), AV_PIX_FMT_RGBA, SWS_BICUBIC | SWS_ACCURATE_RND | SWS_FULL_CHR_H_INT,
+        nullptr, nullptr, nullptr));
     if (!sws) {
         m_error = QStringLiteral("cannot convert the movie's pixels");
         return {};
@@ -384,7 +393,8 @@ QImage Movie::toDisplayImage(const void *opaqueFrame)
     }
     uint8_t *destination[4] = { picture.bits(), nullptr, nullptr, nullptr };
     const int destinationStride[4] = { int(picture.bytesPerLine()), 0, 0, 0 };
-    if (ffmpeg().sws_scale(sws.get(), frame->data, frame->linesize, 0, frame->height, destination, destinationStride)
+    if (ffmpeg().sws_scale(
+            sws.get(), frame->data, frame->linesize, 0, frame->height, destination, destinationStride)
         != size.height()) {
         m_error = QStringLiteral("cannot convert the movie's pixels");
         return {};
@@ -415,7 +425,8 @@ ImagePtr Movie::posterImage()
         if (openDecoder(h.coverStream)) {
             PacketPtr packet(ffmpeg().av_packet_alloc());
             FramePtr frame(ffmpeg().av_frame_alloc());
-            if (packet && frame && ffmpeg().av_packet_ref(packet.get(), &h.format->streams[h.coverStream]->attached_pic) == 0
+            if (packet && frame
+                && ffmpeg().av_packet_ref(packet.get(), &h.format->streams[h.coverStream]->attached_pic) == 0
                 && ffmpeg().avcodec_send_packet(h.codec.get(), packet.get()) >= 0) {
                 ffmpeg().avcodec_send_packet(h.codec.get(), nullptr);
                 if (ffmpeg().avcodec_receive_frame(h.codec.get(), frame.get()) >= 0)
@@ -456,7 +467,8 @@ ImagePtr Movie::thumbnailImage()
     return nullptr;
 }
 
-ImagePtr Movie::thumbnailImageForMovieWithFile(const QString &path, QSizeF *size, double *duration, QString *error)
+ImagePtr Movie::thumbnailImageForMovieWithFile(
+    const QString &path, QSizeF *size, double *duration, QString *error)
 {
     if (size)
         *size = QSizeF(0, 0);
@@ -475,7 +487,8 @@ ImagePtr Movie::thumbnailImageForMovieWithFile(const QString &path, QSizeF *size
         if (duration)
             *duration = movie->movieDuration();
     } catch (const std::exception &e) {
-        logFailure("thumbnailImageForMovieWithFile:size:duration:", typeid(e).name(), QString::fromLocal8Bit(e.what()));
+        logFailure("thumbnailImageForMovieWithFile:size:duration:", typeid(e).name(),
+            QString::fromLocal8Bit(e.what()));
         if (error && !image)
             *error = QString::fromLocal8Bit(e.what());
     }

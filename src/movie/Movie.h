@@ -11,7 +11,6 @@
 #include <memory>
 #include <optional>
 
-
 namespace orvel {
 
 class Movie;
@@ -49,8 +48,8 @@ public:
     /// The thumbnail source of a movie file: the frame that thumbnailImage() picks. size and
     /// duration (pass both or neither) receive the natural size and the duration, and are zero
     /// when the file cannot be opened. Null on failure; error (if given) then says why.
-    static ImagePtr thumbnailImageForMovieWithFile(const QString &path, QSizeF *size = nullptr,
-                                                   double *duration = nullptr, QString *error = nullptr);
+    static ImagePtr thumbnailImageForMovieWithFile(
+        const QString &path, QSizeF *size = nullptr, double *duration = nullptr, QString *error = nullptr);
 
     // --- Frames ------------------------------------------------------------------------------
     /// The frame at floor(min(max(duration × 0.5, 0), 15)) seconds, else the poster image; null

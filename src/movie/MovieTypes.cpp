@@ -1,6 +1,6 @@
 // Movie: the movie type list (extensions and quoted HFS type codes) and classification by it.
-#include "movie/Movie.h"
 #include "movie/FFmpeg_p.h"
+#include "movie/Movie.h"
 
 #include "files/FinderInfo.h"
 #include "strings/FastCompare.h"
@@ -20,8 +20,8 @@ namespace {
 // Demuxers for text files (subtitles, text art) and raw dumps: they list common suffixes such as
 // ".txt", ".sub", ".dat" or ".v" whose files have no picture and mostly are something else.
 constexpr std::array kLeftOutDemuxers { "tty", "mpl2", "vplayer", "subviewer", "subviewer1", "mpsub",
-    "webvtt", "realtext", "pjs", "aqtitle", "scc", "stl", "vobsub", "sup", "luodat", "nc", "jacosub",
-    "lrc", "microdvd", "sami", "srt", "ass" };
+    "webvtt", "realtext", "pjs", "aqtitle", "scc", "stl", "vobsub", "sup", "luodat", "nc", "jacosub", "lrc",
+    "microdvd", "sami", "srt", "ass" };
 
 struct SniffingDemuxer
 {
@@ -45,14 +45,14 @@ constexpr std::array<SniffingDemuxer, 7> kSniffingDemuxers { {
 // installed demuxers. "MQV" and "mqv" both stand in it, and the type codes differ by case.
 constexpr std::array<const char *, 113> kClassicTypes { "'MPG '", "mpg", "mpeg", "m4a", "mp4", "mp3", "m3u",
     "m4p", "avi", "swf", "flv", "f4v", "qt", "mid", "midi", "au", "wav", "aif", "aiff", "3gp", "3g2", "3gpp",
-    "flc", "'VfW '", "m1s", "MQV", "'MPGA'", "'.WAV'", "'amr '", "m75", "'cdda'", "'qhtm'", "'mpg4'", "'rtsp'",
-    "mqv", "'hmov'", "'grip'", "m1v", "m2v", "'DIVX'", "bwf", "'SMIL'", "'mxfd'", "pls", "qtpf", "cel", "'sdp '",
-    "gsm", "dvd", "'sdv '", "mpa", "qht", "'PLAY'", "'SWFL'", "'3gp2'", "'attr'", "m15", "'MPG3'", "'M1V '",
-    "amr", "adts", "aac", "sdp", "'MPGa'", "'FLI '", "atr", "skin", "'MPGx'", "dif", "smil", "'adts'", "m4b",
-    "rtsp", "'3gpp'", "'SwaT'", "'amc '", "3gp2", "sdv", "'embd'", "m1a", "'caff'", "swa", "mpm", "sd2",
-    "'dvc!'", "'MPG2'", "cdda", "'MP3 '", "'.SMI'", "'MPGV'", "smf", "'M1A '", "'GSM '", "vfw", "fli", "smi",
-    "mpv", "dv", "caf", "m2a", "kar", "'Sd2f'", "mp2", "amc", "sml", "'MPEG'", "'DAVI'", "'AIFC'", "qtz",
-    "qhtm", "'Midi'", "'MPGv'", "m4v" };
+    "flc", "'VfW '", "m1s", "MQV", "'MPGA'", "'.WAV'", "'amr '", "m75", "'cdda'", "'qhtm'", "'mpg4'",
+    "'rtsp'", "mqv", "'hmov'", "'grip'", "m1v", "m2v", "'DIVX'", "bwf", "'SMIL'", "'mxfd'", "pls", "qtpf",
+    "cel", "'sdp '", "gsm", "dvd", "'sdv '", "mpa", "qht", "'PLAY'", "'SWFL'", "'3gp2'", "'attr'", "m15",
+    "'MPG3'", "'M1V '", "amr", "adts", "aac", "sdp", "'MPGa'", "'FLI '", "atr", "skin", "'MPGx'", "dif",
+    "smil", "'adts'", "m4b", "rtsp", "'3gpp'", "'SwaT'", "'amc '", "3gp2", "sdv", "'embd'", "m1a", "'caff'",
+    "swa", "mpm", "sd2", "'dvc!'", "'MPG2'", "cdda", "'MP3 '", "'.SMI'", "'MPGV'", "smf", "'M1A '", "'GSM '",
+    "vfw", "fli", "smi", "mpv", "dv", "caf", "m2a", "kar", "'Sd2f'", "mp2", "amc", "sml", "'MPEG'", "'DAVI'",
+    "'AIFC'", "qtz", "qhtm", "'Midi'", "'MPGv'", "m4v" };
 
 bool isLeftOut(const char *demuxer)
 {
@@ -134,14 +134,16 @@ bool Movie::isQuickTimeExtension(const QString &extension, const QString &type)
         return false;
     if (std::any_of(kClassicTypes.begin(), kClassicTypes.end(), [&](const char *classic) {
             const QLatin1StringView string(classic);
-            return (!extension.isEmpty() && isEqualToStringNoCase(QString(string), extension)) || type == string;
+            return (!extension.isEmpty() && isEqualToStringNoCase(QString(string), extension))
+                || type == string;
         }))
         return true;
     const QStringList &types = QuickTimeFileTypes();
     if (types.isEmpty())
         return false;
-    if (!extension.isEmpty()
-        && std::any_of(types.cbegin(), types.cend(), [&](const QString &t) { return isEqualToStringNoCase(t, extension); }))
+    if (!extension.isEmpty() && std::any_of(types.cbegin(), types.cend(), [&](const QString &t) {
+            return isEqualToStringNoCase(t, extension);
+        }))
         return true;
     return !type.isEmpty() && types.contains(type, Qt::CaseSensitive);
 }

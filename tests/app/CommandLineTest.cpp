@@ -9,6 +9,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
@@ -454,6 +455,15 @@ TEST(CommandLineRun, TheBatchRunnerLoadsNoDecodersAndNeedsItsEngine)
         0);
     for (const char *library : { "libvips", "libpoppler", "libavcodec", "libavformat", "libQt6Gui" })
         EXPECT_FALSE(dynamic.contains(library)) << library << " is loaded by the batch runner";
+    // The engine links the decoders but not FFmpeg, which it opens when a movie comes.
+    QByteArray engine;
+    ASSERT_EQ(orvel::test::runProgram(QStringLiteral("readelf"),
+                  { QStringLiteral("-d"),
+                      QFileInfo(executable).absolutePath() + QStringLiteral("/orvel-thumbs-engine.so") },
+                  &engine),
+        0);
+    EXPECT_TRUE(engine.contains("libvips")) << engine.constData();
+    EXPECT_FALSE(engine.contains("libavcodec")) << engine.constData();
 
     // A copy without its engine beside it says so once and makes nothing.
     TempDir dir;

@@ -1,9 +1,9 @@
 // The movie type list, loop modes, and the frame a movie's thumbnail is taken from, on real movies.
 #include "MovieTestSupport.h"
 
-#include "movie/Movie.h"
-#include "movie/FFmpegLibrary.h"
 #include "files/FinderInfo.h"
+#include "movie/FFmpegLibrary.h"
+#include "movie/Movie.h"
 #include "testlib/TestSupport.h"
 
 #include <QFile>
@@ -33,8 +33,9 @@ QImage pixelsOf(const ImagePtr &image)
         return ::testing::AssertionFailure() << "no picture";
     const QColor seen = centreColour(picture);
     if (!colourNear(seen, colourOfSecond(second), 12))
-        return ::testing::AssertionFailure() << "centre is " << seen.name().toStdString() << ", second " << second
-                                             << " is " << colourOfSecond(second).name().toStdString();
+        return ::testing::AssertionFailure()
+            << "centre is " << seen.name().toStdString() << ", second " << second << " is "
+            << colourOfSecond(second).name().toStdString();
     for (int other : { second - 1, second + 1 }) {
         if (other >= 0 && colourNear(seen, colourOfSecond(other), 12))
             return ::testing::AssertionFailure() << "looks like second " << other;
@@ -59,13 +60,15 @@ TEST(MovieTypes, TheInstalledDemuxersComeFirstThenTheClassicTypesNotYetListed)
     // The 113 classic strings follow in their order, without the ones the demuxers already gave.
     const QStringList appended = types.mid(platform.size());
     int classicInPlatform = 0;
-    for (const QString &s : { QStringLiteral("mpg"), QStringLiteral("mp4"), QStringLiteral("avi"), QStringLiteral("m4v") })
+    for (const QString &s :
+        { QStringLiteral("mpg"), QStringLiteral("mp4"), QStringLiteral("avi"), QStringLiteral("m4v") })
         classicInPlatform += platform.contains(s) ? 1 : 0;
     EXPECT_GE(classicInPlatform, 3);
     EXPECT_FALSE(appended.contains(QStringLiteral("mp4")));
     EXPECT_EQ(appended.first(), QStringLiteral("'MPG '"));
     // The last classic string, "m4v", is one of FFmpeg's own, so the one before it closes the list.
-    EXPECT_EQ(appended.last(), platform.contains(QStringLiteral("m4v")) ? QStringLiteral("'MPGv'") : QStringLiteral("m4v"));
+    EXPECT_EQ(appended.last(),
+        platform.contains(QStringLiteral("m4v")) ? QStringLiteral("'MPGv'") : QStringLiteral("m4v"));
     EXPECT_EQ(QSet<QString>(types.begin(), types.end()).size(), types.size()) << "no string twice";
     const qsizetype mqvUpper = appended.indexOf(QStringLiteral("MQV"));
     const qsizetype mqvLower = appended.indexOf(QStringLiteral("mqv"));
@@ -77,7 +80,9 @@ TEST(MovieTypes, TheInstalledDemuxersComeFirstThenTheClassicTypesNotYetListed)
     EXPECT_LT(appended.indexOf(QStringLiteral("'MPGa'")), appended.indexOf(QStringLiteral("'MPGv'")));
 
     // The 44 type codes are never extensions, so all of them are appended; at most 113 in all.
-    EXPECT_EQ(std::count_if(appended.begin(), appended.end(), [](const QString &s) { return s.startsWith(u'\''); }), 44);
+    EXPECT_EQ(
+        std::count_if(appended.begin(), appended.end(), [](const QString &s) { return s.startsWith(u'\''); }),
+        44);
     EXPECT_LE(appended.size(), 113);
     EXPECT_EQ(&types, &Movie::QuickTimeFileTypes()) << "the same list on every call";
 }
@@ -136,8 +141,8 @@ TEST_P(MovieLoopMode, SetsBothAttributesAndReadsThemBack)
 }
 
 INSTANTIATE_TEST_SUITE_P(Modes, MovieLoopMode,
-    ::testing::Values(LoopCase { 0, false, false, 0 }, LoopCase { 1, true, false, 1 }, LoopCase { 2, false, true, 2 },
-        LoopCase { 3, false, false, 0 }, LoopCase { -1, false, false, 0 }));
+    ::testing::Values(LoopCase { 0, false, false, 0 }, LoopCase { 1, true, false, 1 },
+        LoopCase { 2, false, true, 2 }, LoopCase { 3, false, false, 0 }, LoopCase { -1, false, false, 0 }));
 
 // --- Which frame -------------------------------------------------------------------------------
 
@@ -209,10 +214,17 @@ TEST_P(MovieCodecs, GiveTheFrameTheRulePicks)
 }
 
 INSTANTIATE_TEST_SUITE_P(Formats, MovieCodecs,
-    ::testing::Values(
-        CodecCase { "mpeg4", "clip.avi", { QStringLiteral("-c:v"), QStringLiteral("mpeg4"), QStringLiteral("-q:v"), QStringLiteral("2"), QStringLiteral("-g"), QStringLiteral("25") } },
-        CodecCase { "vp9", "clip.webm", { QStringLiteral("-c:v"), QStringLiteral("libvpx-vp9"), QStringLiteral("-crf"), QStringLiteral("10"), QStringLiteral("-b:v"), QStringLiteral("0"), QStringLiteral("-deadline"), QStringLiteral("realtime"), QStringLiteral("-cpu-used"), QStringLiteral("8") } },
-        CodecCase { "mpeg2", "clip.mkv", { QStringLiteral("-c:v"), QStringLiteral("mpeg2video"), QStringLiteral("-q:v"), QStringLiteral("2"), QStringLiteral("-bf"), QStringLiteral("2") } }),
+    ::testing::Values(CodecCase { "mpeg4", "clip.avi",
+                          { QStringLiteral("-c:v"), QStringLiteral("mpeg4"), QStringLiteral("-q:v"),
+                              QStringLiteral("2"), QStringLiteral("-g"), QStringLiteral("25") } },
+        CodecCase { "vp9", "clip.webm",
+            { QStringLiteral("-c:v"), QStringLiteral("libvpx-vp9"), QStringLiteral("-crf"),
+                QStringLiteral("10"), QStringLiteral("-b:v"), QStringLiteral("0"),
+                QStringLiteral("-deadline"), QStringLiteral("realtime"), QStringLiteral("-cpu-used"),
+                QStringLiteral("8") } },
+        CodecCase { "mpeg2", "clip.mkv",
+            { QStringLiteral("-c:v"), QStringLiteral("mpeg2video"), QStringLiteral("-q:v"),
+                QStringLiteral("2"), QStringLiteral("-bf"), QStringLiteral("2") } }),
     [](const auto &info) { return std::string(info.param.name); });
 
 // At 30000/1001 frames per second frame n starts at n × 1001/30000 s, so a whole-second time falls
@@ -244,9 +256,18 @@ TEST_P(MovieBFrames, TheFrameOnScreenIsTheLastOneStartingAtOrBeforeTheTime)
 
 INSTANTIATE_TEST_SUITE_P(Formats, MovieBFrames,
     ::testing::Values(
-        CodecCase { "h264", "clip.mp4", { QStringLiteral("-c:v"), QStringLiteral("libx264"), QStringLiteral("-preset"), QStringLiteral("veryfast"), QStringLiteral("-x264-params"), QStringLiteral("keyint=100000:scenecut=0:bframes=3:b-adapt=0:b-pyramid=none") } },
-        CodecCase { "h264pyramid", "clip.mkv", { QStringLiteral("-c:v"), QStringLiteral("libx264"), QStringLiteral("-preset"), QStringLiteral("veryfast"), QStringLiteral("-x264-params"), QStringLiteral("keyint=100000:scenecut=0:bframes=3:b-adapt=0:b-pyramid=normal") } },
-        CodecCase { "mpeg2", "clip.mkv", { QStringLiteral("-c:v"), QStringLiteral("mpeg2video"), QStringLiteral("-q:v"), QStringLiteral("2"), QStringLiteral("-g"), QStringLiteral("300"), QStringLiteral("-bf"), QStringLiteral("2") } }),
+        CodecCase { "h264", "clip.mp4",
+            { QStringLiteral("-c:v"), QStringLiteral("libx264"), QStringLiteral("-preset"),
+                QStringLiteral("veryfast"), QStringLiteral("-x264-params"),
+                QStringLiteral("keyint=100000:scenecut=0:bframes=3:b-adapt=0:b-pyramid=none") } },
+        CodecCase { "h264pyramid", "clip.mkv",
+            { QStringLiteral("-c:v"), QStringLiteral("libx264"), QStringLiteral("-preset"),
+                QStringLiteral("veryfast"), QStringLiteral("-x264-params"),
+                QStringLiteral("keyint=100000:scenecut=0:bframes=3:b-adapt=0:b-pyramid=normal") } },
+        CodecCase { "mpeg2", "clip.mkv",
+            { QStringLiteral("-c:v"), QStringLiteral("mpeg2video"), QStringLiteral("-q:v"),
+                QStringLiteral("2"), QStringLiteral("-g"), QStringLiteral("300"), QStringLiteral("-bf"),
+                QStringLiteral("2") } }),
     [](const auto &info) { return std::string(info.param.name); });
 
 // --- Natural size ------------------------------------------------------------------------------
@@ -255,7 +276,8 @@ TEST(MovieSize, AnamorphicPixelsAreStretchedAsAPlayerShowsThem)
 {
     TempDir dir;
     const QString path = dir.file(QStringLiteral("wide.mp4"));
-    ASSERT_TRUE(writeSecondsMovie(path, 2.0, 32, 24, 10, {}, { QStringLiteral("-vf"), QStringLiteral("setsar=2") }));
+    ASSERT_TRUE(
+        writeSecondsMovie(path, 2.0, 32, 24, 10, {}, { QStringLiteral("-vf"), QStringLiteral("setsar=2") }));
     QSizeF size;
     double duration = 0;
     const ImagePtr image = Movie::thumbnailImageForMovieWithFile(path, &size, &duration);
@@ -273,7 +295,8 @@ TEST(MovieSize, RotationMetadataTurnsTheFrameAsFFmpegShowsIt)
     // A frame whose left half is dark. The muxer writes the rotation only when the stream is copied.
     ASSERT_TRUE(runFFmpeg({ QStringLiteral("-f"), QStringLiteral("lavfi"), QStringLiteral("-i"),
         QStringLiteral("color=c=white:s=48x32:r=10:d=1,drawbox=x=0:y=0:w=24:h=32:c=black:t=fill"),
-        QStringLiteral("-c:v"), QStringLiteral("libx264"), QStringLiteral("-pix_fmt"), QStringLiteral("yuv420p"), plain }));
+        QStringLiteral("-c:v"), QStringLiteral("libx264"), QStringLiteral("-pix_fmt"),
+        QStringLiteral("yuv420p"), plain }));
     ASSERT_TRUE(runFFmpeg({ QStringLiteral("-i"), plain, QStringLiteral("-c"), QStringLiteral("copy"),
         QStringLiteral("-metadata:s:v:0"), QStringLiteral("rotate=90"), path }));
     const MoviePtr movie = Movie::initWithFile(path);
@@ -294,10 +317,11 @@ TEST(MoviePoster, AnAudioFileWithCoverArtGivesTheCover)
     const QString cover = dir.file(QStringLiteral("cover.png"));
     ASSERT_TRUE(writeSolidImage(cover, 40, 30, QColor(200, 40, 90)));
     const QString path = dir.file(QStringLiteral("song.mp3"));
-    ASSERT_TRUE(runFFmpeg({ QStringLiteral("-f"), QStringLiteral("lavfi"), QStringLiteral("-i"), QStringLiteral("sine=d=2"),
-        QStringLiteral("-i"), cover, QStringLiteral("-map"), QStringLiteral("0"), QStringLiteral("-map"), QStringLiteral("1"),
-        QStringLiteral("-c:a"), QStringLiteral("libmp3lame"), QStringLiteral("-c:v"), QStringLiteral("copy"),
-        QStringLiteral("-disposition:v"), QStringLiteral("attached_pic"), QStringLiteral("-id3v2_version"), QStringLiteral("3"), path }));
+    ASSERT_TRUE(runFFmpeg({ QStringLiteral("-f"), QStringLiteral("lavfi"), QStringLiteral("-i"),
+        QStringLiteral("sine=d=2"), QStringLiteral("-i"), cover, QStringLiteral("-map"), QStringLiteral("0"),
+        QStringLiteral("-map"), QStringLiteral("1"), QStringLiteral("-c:a"), QStringLiteral("libmp3lame"),
+        QStringLiteral("-c:v"), QStringLiteral("copy"), QStringLiteral("-disposition:v"),
+        QStringLiteral("attached_pic"), QStringLiteral("-id3v2_version"), QStringLiteral("3"), path }));
     QSizeF size;
     double duration = 0;
     const ImagePtr image = Movie::thumbnailImageForMovieWithFile(path, &size, &duration);
@@ -311,7 +335,8 @@ TEST(MovieFailures, FilesWithoutAPictureAnswerNilAndZeroOutParameters)
 {
     TempDir dir;
     const QString audio = dir.file(QStringLiteral("tone.m4a"));
-    ASSERT_TRUE(runFFmpeg({ QStringLiteral("-f"), QStringLiteral("lavfi"), QStringLiteral("-i"), QStringLiteral("sine=d=1"), audio }));
+    ASSERT_TRUE(runFFmpeg({ QStringLiteral("-f"), QStringLiteral("lavfi"), QStringLiteral("-i"),
+        QStringLiteral("sine=d=1"), audio }));
     const QString empty = dir.file(QStringLiteral("empty.mp4"));
     ASSERT_TRUE(writeBytes(empty, {}));
     const QString noise = dir.file(QStringLiteral("noise.avi"));
@@ -321,7 +346,8 @@ TEST(MovieFailures, FilesWithoutAPictureAnswerNilAndZeroOutParameters)
     ASSERT_TRUE(writeBytes(cut, readBytes(cut).left(readBytes(cut).size() / 2)));
     // A raw stream header declaring a 16000 × 16000 picture, followed by a few bytes of it.
     const QString huge = dir.file(QStringLiteral("huge.y4m"));
-    ASSERT_TRUE(writeBytes(huge, QByteArray("YUV4MPEG2 W16000 H16000 F25:1 Ip A1:1 C420jpeg\nFRAME\n") + QByteArray(4096, '\x80')));
+    ASSERT_TRUE(writeBytes(huge,
+        QByteArray("YUV4MPEG2 W16000 H16000 F25:1 Ip A1:1 C420jpeg\nFRAME\n") + QByteArray(4096, '\x80')));
 
     for (const QString &path : { audio, empty, noise, cut, huge, dir.file(QStringLiteral("missing.mp4")) }) {
         QSizeF size(7, 7);
@@ -385,9 +411,11 @@ TEST(MovieLibrary, WithoutFFmpegTheClassicTypesStillAnswerAndOpeningSaysWhy)
             if (!Movie::movieFileTypes().isEmpty())
                 childFails("no demuxer types without FFmpeg");
             const QStringList &types = Movie::QuickTimeFileTypes();
-            if (types.size() != 113 || types.first() != QStringLiteral("'MPG '") || types.last() != QStringLiteral("m4v"))
+            if (types.size() != 113 || types.first() != QStringLiteral("'MPG '")
+                || types.last() != QStringLiteral("m4v"))
                 childFails("the classic types make the whole list");
-            if (!Movie::isQuickTimeExtension(QStringLiteral("MP4"), {}) || Movie::isQuickTimeExtension(QStringLiteral("mkv"), {}))
+            if (!Movie::isQuickTimeExtension(QStringLiteral("MP4"), {})
+                || Movie::isQuickTimeExtension(QStringLiteral("mkv"), {}))
                 childFails("classification by the classic types");
             QString error;
             if (Movie::initWithFile(path, &error))
@@ -395,8 +423,8 @@ TEST(MovieLibrary, WithoutFFmpegTheClassicTypesStillAnswerAndOpeningSaysWhy)
             QSizeF size(1, 1);
             double duration = 1;
             QString thumbnailError;
-            if (Movie::thumbnailImageForMovieWithFile(path, &size, &duration, &thumbnailError) || !size.isNull()
-                || duration != 0.0 || thumbnailError != error)
+            if (Movie::thumbnailImageForMovieWithFile(path, &size, &duration, &thumbnailError)
+                || !size.isNull() || duration != 0.0 || thumbnailError != error)
                 childFails("the thumbnail answers nil with the same reason");
             if (movie_detail::isFFmpegLoaded())
                 childFails("reported as loaded");

@@ -16,12 +16,12 @@ QColor colourOfSecond(int second);
 /// a seek has to decode forward); extraArgs go before the output (metadata, filters). The container
 /// follows the extension.
 bool writeSecondsMovie(const QString &path, double seconds, int w = 32, int h = 32, int fps = 10,
-                       const QStringList &codecArgs = {}, const QStringList &extraArgs = {});
+    const QStringList &codecArgs = {}, const QStringList &extraArgs = {});
 
 /// Writes a w×h movie of count frames at rate (an ffmpeg rate such as "30000/1001") whose frame n
 /// is filled with colourOfSecond(n), encoded with codecArgs, in the container of the extension.
-bool writeNumberedFramesMovie(const QString &path, int count, const QString &rate, const QStringList &codecArgs,
-                              int w = 32, int h = 32);
+bool writeNumberedFramesMovie(const QString &path, int count, const QString &rate,
+    const QStringList &codecArgs, int w = 32, int h = 32);
 
 /// Runs the ffmpeg tool with the arguments (after "-v error -y"); answers whether it succeeded.
 bool runFFmpeg(const QStringList &args);
