@@ -283,10 +283,11 @@ QImage Movie::decodeFrame(int index, std::optional<double> seconds)
     auto neverOnScreen = [&](const AVPacket *p) {
         if (p->pts == AV_NOPTS_VALUE)
             return false;
+        // Past the known end the last frame is the one on screen, whatever its kind.
+        const bool beforeEnd = streamEnd == AV_NOPTS_VALUE || target < streamEnd;
         if (p->pts < skipBefore)
-            return true;
-        return p->duration > 0 && streamEnd != AV_NOPTS_VALUE && target < streamEnd
-            && p->pts + p->duration <= target;
+            return beforeEnd;
+        return p->duration > 0 && streamEnd != AV_NOPTS_VALUE && beforeEnd && p->pts + p->duration <= target;
     };
     PacketPtr packet(ffmpeg().av_packet_alloc());
     FramePtr frame(ffmpeg().av_frame_alloc());

@@ -250,6 +250,8 @@ TEST_P(MovieBFrames, TheFrameOnScreenIsTheLastOneStartingAtOrBeforeTheTime)
     for (const Case c : { Case { 4.0, 119 }, Case { 5.005, 150 }, Case { 1.0, 29 }, Case { 7.0, 209 },
              Case { 6.5, 194 }, Case { 2.0, 59 }, Case { 9.0, 269 }, Case { 3.0, 89 }, Case { 8.0, 239 } })
         EXPECT_TRUE(showsSecond(movie->frameImageAtTime(c.seconds), c.frame)) << c.seconds << " s";
+    // Past the end the last frame stays on screen, whatever its kind.
+    EXPECT_TRUE(showsSecond(movie->frameImageAtTime(13.0), 299));
     // floor(min(10 s / 2, 15)) = 5 s, which is 149.85 frame times in.
     EXPECT_TRUE(showsSecond(pixelsOf(movie->thumbnailImage()), 149));
 }
