@@ -10,7 +10,7 @@ using namespace orvel::test;
 
 TEST(BadInput, EveryBrokenFileFailsAloneWithAReason)
 {
-    TempDir dir, config, cache;
+    TempDir dir, home;
     const QString d = dir.path();
     ASSERT_TRUE(writeTestImage(d + QStringLiteral("/good.png"), 300, 200));
     ASSERT_TRUE(writeTestImage(d + QStringLiteral("/cut.jpg"), 900, 700));
@@ -31,11 +31,9 @@ TEST(BadInput, EveryBrokenFileFailsAloneWithAReason)
     ASSERT_TRUE(QFile::link(d + QStringLiteral("/nowhere.jpg"), d + QStringLiteral("/dangling.jpg")));
 
     QByteArray out, err;
-    const int status = runProgram(thumbsExecutable(),
+    const int status = runThumbs(home,
         { QStringLiteral("--timeout"), QStringLiteral("3"), QStringLiteral("-j"), QStringLiteral("2"), d },
-        &out, &err, 60000,
-        { QStringLiteral("XDG_CONFIG_HOME=") + config.path(),
-            QStringLiteral("XDG_CACHE_HOME=") + cache.path() });
+        &out, &err);
     EXPECT_EQ(status, 1) << err.constData();
     EXPECT_TRUE(QFileInfo::exists(d + QStringLiteral("/good_thumb.jpg")));
     for (const char *name : { "cut.jpg", "zero.png", "noise.gif", "bomb.png", "canvas.gif", "forever.ps",
@@ -58,7 +56,7 @@ TEST(BadInput, AWorkerPastItsMemoryLimitFailsItsFileWithTheReason)
 #ifdef __SANITIZE_ADDRESS__
     GTEST_SKIP() << "AddressSanitizer's shadow memory rules out a data limit";
 #endif
-    TempDir dir, config;
+    TempDir dir, home;
     const QString d = dir.path();
     // A GIF whose one frame reaches to (12000, 12000): 144 megapixels, under the header limit, but a
     // 576 MB canvas for the decoder. Beside it a good file, made by the worker that replaces it.
@@ -67,19 +65,15 @@ TEST(BadInput, AWorkerPastItsMemoryLimitFailsItsFileWithTheReason)
             "R0lGODlh8AAQAIAAAEdwTCh4yCH/C05FVFNDQVBFMi4wAwEAAAAh+QQFAAAAACwAANAu4C4QAAACEYyP"
             "qcvtD6OctNqLs968+68UADs=")));
     ASSERT_TRUE(writeTestImage(d + QStringLiteral("/b-good.png"), 300, 200));
-    const QStringList environment { QStringLiteral("XDG_CONFIG_HOME=") + config.path() };
 
     QByteArray err;
     EXPECT_EQ(
-        runProgram(thumbsExecutable(), { QStringLiteral("-j1"), QStringLiteral("--memory-limit=256"), d },
-            nullptr, &err, 60000, environment),
+        runThumbs(home, { QStringLiteral("-j1"), QStringLiteral("--memory-limit=256"), d }, nullptr, &err),
         1);
     EXPECT_TRUE(err.contains((d + QStringLiteral("/a-wide.gif: the decoder gave up (GLib: ")).toUtf8()))
         << err.constData();
     EXPECT_TRUE(err.contains("failed to allocate")) << err.constData();
     EXPECT_TRUE(QFileInfo::exists(d + QStringLiteral("/b-good_thumb.jpg")));
 
-    EXPECT_EQ(runProgram(thumbsExecutable(), { QStringLiteral("--memory-limit"), QStringLiteral("lots"), d },
-                  nullptr, &err, 60000, environment),
-        2);
+    EXPECT_EQ(runThumbs(home, { QStringLiteral("--memory-limit"), QStringLiteral("lots"), d }), 2);
 }

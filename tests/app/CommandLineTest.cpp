@@ -15,25 +15,12 @@
 #include <sys/stat.h>
 
 using namespace orvel;
+using orvel::test::runThumbs;
 using orvel::test::TempDir;
 
 namespace {
 
 CommandLineOptions parse(const QStringList &arguments) { return parseCommandLine(arguments); }
-
-/// Runs orvel-thumbs with its own empty settings and cache folders in dir.
-int runThumbs(
-    const TempDir &dir, const QStringList &arguments, QByteArray *out = nullptr, QByteArray *err = nullptr)
-{
-    const QString executable = orvel::test::thumbsExecutable();
-    if (executable.isEmpty()) {
-        ADD_FAILURE() << "ORVEL_THUMBS does not name the orvel-thumbs executable";
-        return -1;
-    }
-    return orvel::test::runProgram(executable, arguments, out, err, 60000,
-        { QStringLiteral("XDG_CONFIG_HOME=") + dir.file(QStringLiteral("config")),
-            QStringLiteral("XDG_CACHE_HOME=") + dir.file(QStringLiteral("cache")) });
-}
 
 struct TypedCase
 {

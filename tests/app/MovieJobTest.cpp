@@ -9,26 +9,16 @@
 
 using namespace orvel::test;
 
-namespace {
-
-int runThumbs(const QStringList &args, QByteArray *err, const TempDir &config, const TempDir &cache)
-{
-    return runProgram(thumbsExecutable(), args, nullptr, err, 60000,
-        { QStringLiteral("XDG_CONFIG_HOME=") + config.path(),
-            QStringLiteral("XDG_CACHE_HOME=") + cache.path() });
-}
-
-} // namespace
-
 TEST(MovieJob, ADroppedMovieGivesAThumbnailOfTheFrameAtItsMiddle)
 {
-    TempDir dir, config, cache;
+    TempDir dir, home;
     const QString movie = dir.file(QStringLiteral("clip.mp4"));
     ASSERT_TRUE(writeSecondsMovie(movie, 10.0, 96, 64));
     QByteArray err;
-    EXPECT_EQ(runThumbs({ QStringLiteral("--quiet"), QStringLiteral("-f"), QStringLiteral("png"),
-                            QStringLiteral("-s"), QStringLiteral("48"), movie },
-                  &err, config, cache),
+    EXPECT_EQ(runThumbs(home,
+                  { QStringLiteral("--quiet"), QStringLiteral("-f"), QStringLiteral("png"),
+                      QStringLiteral("-s"), QStringLiteral("48"), movie },
+                  nullptr, &err),
         0)
         << err.constData();
     const QImage thumb = loadImage(dir.file(QStringLiteral("clip_thumb.png")));
@@ -39,16 +29,17 @@ TEST(MovieJob, ADroppedMovieGivesAThumbnailOfTheFrameAtItsMiddle)
 
 TEST(MovieJob, MoviesInAFolderFollowTheNamingAndFormatSettings)
 {
-    TempDir dir, config, cache;
+    TempDir dir, home;
     ASSERT_TRUE(writeSecondsMovie(dir.file(QStringLiteral("a.webm")), 3.0, 40, 30, 10,
         { QStringLiteral("-c:v"), QStringLiteral("libvpx-vp9"), QStringLiteral("-deadline"),
             QStringLiteral("realtime"), QStringLiteral("-cpu-used"), QStringLiteral("8") }));
     ASSERT_TRUE(writeSecondsMovie(dir.file(QStringLiteral("b.avi")), 4.0, 40, 30, 10,
         { QStringLiteral("-c:v"), QStringLiteral("mpeg4"), QStringLiteral("-q:v"), QStringLiteral("2") }));
     QByteArray err;
-    EXPECT_EQ(runThumbs({ QStringLiteral("--quiet"), QStringLiteral("--folder"), QStringLiteral("small"),
-                            QStringLiteral("-f"), QStringLiteral("jpeg"), dir.path() },
-                  &err, config, cache),
+    EXPECT_EQ(runThumbs(home,
+                  { QStringLiteral("--quiet"), QStringLiteral("--folder"), QStringLiteral("small"),
+                      QStringLiteral("-f"), QStringLiteral("jpeg"), dir.path() },
+                  nullptr, &err),
         0)
         << err.constData();
     const QImage a = loadImage(dir.file(QStringLiteral("small/a.jpg")));
@@ -62,7 +53,7 @@ TEST(MovieJob, MoviesInAFolderFollowTheNamingAndFormatSettings)
 
 TEST(MovieJob, CorruptAndAudioOnlyFilesGiveNoWithAReason)
 {
-    TempDir dir, config, cache;
+    TempDir dir, home;
     const QString d = dir.path();
     ASSERT_TRUE(runFFmpeg({ QStringLiteral("-f"), QStringLiteral("lavfi"), QStringLiteral("-i"),
         QStringLiteral("sine=d=1"), dir.file(QStringLiteral("tone.m4a")) }));
@@ -73,8 +64,9 @@ TEST(MovieJob, CorruptAndAudioOnlyFilesGiveNoWithAReason)
     ASSERT_TRUE(writeBytes(cut, readBytes(cut).left(300)));
 
     QByteArray err;
-    EXPECT_EQ(runThumbs({ QStringLiteral("--quiet"), QStringLiteral("--timeout"), QStringLiteral("20"), d },
-                  &err, config, cache),
+    EXPECT_EQ(
+        runThumbs(home, { QStringLiteral("--quiet"), QStringLiteral("--timeout"), QStringLiteral("20"), d },
+            nullptr, &err),
         1);
     for (const char *name : { "tone.m4a", "noise.mp4", "zero.mov", "cut.mkv" }) {
         const QByteArray line = (d + u'/' + QString::fromLatin1(name) + QStringLiteral(": ")).toUtf8();
@@ -90,15 +82,15 @@ TEST(MovieJob, CorruptAndAudioOnlyFilesGiveNoWithAReason)
 
 TEST(MovieJob, FFmpegsOwnLogIsQuietUnlessVerbose)
 {
-    TempDir dir, config, cache;
+    TempDir dir, home;
     const QString noise = dir.file(QStringLiteral("noise.avi"));
     ASSERT_TRUE(writeBytes(noise, QByteArray("RIFF\x10\0\0\0AVI LIST", 16) + QByteArray(5000, '\x33')));
     QByteArray quiet, verbose;
-    EXPECT_EQ(runThumbs({ QStringLiteral("--quiet"), noise }, &quiet, config, cache), 1);
+    EXPECT_EQ(runThumbs(home, { QStringLiteral("--quiet"), noise }, nullptr, &quiet), 1);
     // Only the one line that says why the file failed.
     EXPECT_EQ(quiet.count('\n'), 1) << quiet.constData();
     EXPECT_EQ(
-        runThumbs({ QStringLiteral("--quiet"), QStringLiteral("--verbose"), noise }, &verbose, config, cache),
+        runThumbs(home, { QStringLiteral("--quiet"), QStringLiteral("--verbose"), noise }, nullptr, &verbose),
         1);
     EXPECT_GT(verbose.count('\n'), 1) << verbose.constData();
 }

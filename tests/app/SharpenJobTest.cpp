@@ -121,12 +121,9 @@ TEST(SharpenCommandLine, SharpenStrongReachesTheJob)
     TempDir dir;
     const QString source = dir.file(QStringLiteral("picture.png"));
     const auto picture = writePicture(source);
-    const int code = runProgram(thumbsExecutable(),
+    const int code = runThumbs(dir,
         { QStringLiteral("--quiet"), QStringLiteral("--format"), QStringLiteral("png"),
-            QStringLiteral("--sharpen"), QStringLiteral("strong"), source },
-        nullptr, nullptr, 60000,
-        { QStringLiteral("XDG_CONFIG_HOME=") + dir.file(QStringLiteral("config")),
-            QStringLiteral("XDG_CACHE_HOME=") + dir.file(QStringLiteral("cache")) });
+            QStringLiteral("--sharpen"), QStringLiteral("strong"), source });
     ASSERT_EQ(code, 0);
     EXPECT_EQ(rgbOf(dir.file(QStringLiteral("picture_thumb.png"))), sharpenedByHand(picture, 5, 1));
 }

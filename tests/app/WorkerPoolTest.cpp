@@ -23,26 +23,12 @@
 #include <unistd.h>
 
 using namespace orvel;
+using orvel::test::runThumbs;
 using orvel::test::TempDir;
 
 namespace {
 
 const QByteArray LoopingPostScript = "%!PS\n{} loop\n";
-
-/// Runs orvel-thumbs with settings, cache and temporary folders of its own in dir.
-int runThumbs(const TempDir &dir, const QStringList &arguments, QByteArray *err = nullptr)
-{
-    QDir().mkpath(dir.file(QStringLiteral("tmp")));
-    const QString executable = orvel::test::thumbsExecutable();
-    if (executable.isEmpty()) {
-        ADD_FAILURE() << "ORVEL_THUMBS does not name the orvel-thumbs executable";
-        return -1;
-    }
-    return orvel::test::runProgram(executable, arguments, nullptr, err, 60000,
-        { QStringLiteral("XDG_CONFIG_HOME=") + dir.file(QStringLiteral("config")),
-            QStringLiteral("XDG_CACHE_HOME=") + dir.file(QStringLiteral("cache")),
-            QStringLiteral("TMPDIR=") + dir.file(QStringLiteral("tmp")) });
-}
 
 QStringList leftovers(const QString &folder)
 {
@@ -225,10 +211,10 @@ void expectParallelRunsMatchOneByOne(
 
     QByteArray errJ1;
     QByteArray errJ3;
-    const int statusJ1
-        = runThumbs(dir, options + QStringList { QStringLiteral("-j1") } + argumentsFor(roots[1]), &errJ1);
-    const int statusJ3
-        = runThumbs(dir, options + QStringList { QStringLiteral("-j3") } + argumentsFor(roots[2]), &errJ3);
+    const int statusJ1 = runThumbs(
+        dir, options + QStringList { QStringLiteral("-j1") } + argumentsFor(roots[1]), nullptr, &errJ1);
+    const int statusJ3 = runThumbs(
+        dir, options + QStringList { QStringLiteral("-j3") } + argumentsFor(roots[2]), nullptr, &errJ3);
 
     EXPECT_EQ(statusJ1, ok ? 0 : 1);
     EXPECT_EQ(statusJ3, ok ? 0 : 1);
@@ -326,7 +312,7 @@ TEST(WorkerPool, FileThatOverrunsTheTimeLimitFailsAndTheBatchGoesOn)
     EXPECT_EQ(runThumbs(dir,
                   { QStringLiteral("-j1"), QStringLiteral("--timeout"), QStringLiteral("1"),
                       dir.file(QStringLiteral("loop.ps")), dir.file(QStringLiteral("good.png")) },
-                  &err),
+                  nullptr, &err),
         1);
     EXPECT_TRUE(
         err.contains(QFile::encodeName(dir.file(QStringLiteral("loop.ps"))) + ": timed out after 1 s\n"))

@@ -1,9 +1,11 @@
 // Helpers shared by the tests: real images and documents made in a temporary folder, pixel checks.
 #include "testlib/TestSupport.h"
 
+#include <QDir>
 #include <QFile>
 #include <QProcess>
 #include <QProcessEnvironment>
+#include <gtest/gtest.h>
 #include <vips/vips8>
 
 namespace orvel::test {
@@ -174,5 +176,19 @@ int runProgram(const QString &program, const QStringList &args, QByteArray *out,
 }
 
 QString thumbsExecutable() { return qEnvironmentVariable("ORVEL_THUMBS"); }
+
+int runThumbs(const TempDir &home, const QStringList &args, QByteArray *out, QByteArray *err)
+{
+    const QString executable = thumbsExecutable();
+    if (executable.isEmpty()) {
+        ADD_FAILURE() << "ORVEL_THUMBS does not name the orvel-thumbs executable";
+        return -1;
+    }
+    QDir().mkpath(home.file(QStringLiteral("tmp")));
+    return runProgram(executable, args, out, err, 60000,
+        { QStringLiteral("XDG_CONFIG_HOME=") + home.file(QStringLiteral("config")),
+            QStringLiteral("XDG_CACHE_HOME=") + home.file(QStringLiteral("cache")),
+            QStringLiteral("TMPDIR=") + home.file(QStringLiteral("tmp")) });
+}
 
 } // namespace orvel::test

@@ -55,5 +55,9 @@ int runProgram(const QString &program, const QStringList &args, QByteArray *out 
     QByteArray *err = nullptr, int timeoutMs = 60000, const QStringList &extraEnv = {});
 /// The orvel-thumbs executable under test (from $ORVEL_THUMBS).
 QString thumbsExecutable();
+/// Runs orvel-thumbs with settings, cache and temporary folders of its own (config/, cache/ and
+/// tmp/ in home), so that nothing of the user's plays a part; answers its exit code.
+int runThumbs(
+    const TempDir &home, const QStringList &args, QByteArray *out = nullptr, QByteArray *err = nullptr);
 
 } // namespace orvel::test
