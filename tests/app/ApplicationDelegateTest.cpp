@@ -14,6 +14,8 @@
 #include <QTest>
 #include <gtest/gtest.h>
 
+using namespace Qt::StringLiterals;
+
 using namespace orvel;
 using namespace orvel::test;
 
@@ -84,8 +86,8 @@ TEST_F(ApplicationDelegateTest, PlainLaunchShowsThePanelAndNeverQuitsByItself)
 
 TEST_F(ApplicationDelegateTest, LaunchByDropProcessesItemsBeforeLaunchingEndsThenQuitsWithoutAWindow)
 {
-    const QString a = picture(QStringLiteral("a.png"));
-    const QString b = picture(QStringLiteral("b.png"));
+    const QString a = picture(u"a.png"_s);
+    const QString b = picture(u"b.png"_s);
     delegate->applicationWillFinishLaunching();
     EXPECT_TRUE(delegate->applicationOpenFile(a));
     EXPECT_TRUE(delegate->applicationOpenFile(b));
@@ -93,8 +95,8 @@ TEST_F(ApplicationDelegateTest, LaunchByDropProcessesItemsBeforeLaunchingEndsThe
     EXPECT_TRUE(delegate->didDrop());
     EXPECT_FALSE(delegate->shouldQuit());
     EXPECT_FALSE(delegate->isTerminateScheduled());
-    EXPECT_TRUE(QFile::exists(dir.file(QStringLiteral("a_thumb.jpg"))));
-    EXPECT_TRUE(QFile::exists(dir.file(QStringLiteral("b_thumb.jpg"))));
+    EXPECT_TRUE(QFile::exists(dir.file(u"a_thumb.jpg"_s)));
+    EXPECT_TRUE(QFile::exists(dir.file(u"b_thumb.jpg"_s)));
 
     delegate->applicationDidFinishLaunching();
     EXPECT_TRUE(delegate->shouldQuit());
@@ -110,8 +112,8 @@ TEST_F(ApplicationDelegateTest, LaunchByDropProcessesItemsBeforeLaunchingEndsThe
 
 TEST_F(ApplicationDelegateTest, EachLaterItemCancelsAndRearmsTheQuit)
 {
-    const QString a = picture(QStringLiteral("a.png"));
-    const QString b = picture(QStringLiteral("b.png"));
+    const QString a = picture(u"a.png"_s);
+    const QString b = picture(u"b.png"_s);
     delegate->applicationOpenFile(a);
     delegate->applicationDidFinishLaunching();
     ASSERT_TRUE(delegate->isTerminateScheduled());
@@ -121,7 +123,7 @@ TEST_F(ApplicationDelegateTest, EachLaterItemCancelsAndRearmsTheQuit)
     EXPECT_TRUE(delegate->applicationOpenFile(b));
     EXPECT_TRUE(delegate->isTerminateScheduled());
     EXPECT_EQ(quits, 0);
-    EXPECT_TRUE(QFile::exists(dir.file(QStringLiteral("b_thumb.jpg"))));
+    EXPECT_TRUE(QFile::exists(dir.file(u"b_thumb.jpg"_s)));
     ASSERT_TRUE(waitForQuit());
     EXPECT_EQ(quits, 1);
     EXPECT_GE(quitClock - arrival, qint64(ApplicationDelegate::QuitDelay * 1000) - 5);
@@ -131,8 +133,8 @@ TEST_F(ApplicationDelegateTest, EachLaterItemCancelsAndRearmsTheQuit)
 
 TEST_F(ApplicationDelegateTest, TheQuitNeverCutsAJobShortWhenTheJobLetsEventsRun)
 {
-    const QString a = picture(QStringLiteral("a.png"));
-    const QString b = picture(QStringLiteral("b.png"));
+    const QString a = picture(u"a.png"_s);
+    const QString b = picture(u"b.png"_s);
     delegate->applicationOpenFile(a);
     delegate->applicationDidFinishLaunching();
     int quitsDuringJob = -1;
@@ -150,15 +152,15 @@ TEST_F(ApplicationDelegateTest, TheQuitNeverCutsAJobShortWhenTheJobLetsEventsRun
 
 TEST_F(ApplicationDelegateTest, WithQuitWhenDoneOffALaunchByDropStaysRunningUntilReopened)
 {
-    UserDefaults::standard().setObject(false, QStringLiteral("QuitWhenDone"));
-    EXPECT_TRUE(delegate->applicationOpenFile(picture(QStringLiteral("a.png"))));
+    UserDefaults::standard().setObject(false, u"QuitWhenDone"_s);
+    EXPECT_TRUE(delegate->applicationOpenFile(picture(u"a.png"_s)));
     EXPECT_FALSE(delegate->applicationOpenUntitledFile()) << "launching has not finished";
     delegate->applicationDidFinishLaunching();
     EXPECT_FALSE(delegate->shouldQuit());
     EXPECT_FALSE(delegate->isTerminateScheduled());
     EXPECT_FALSE(panel->isVisible());
 
-    EXPECT_TRUE(delegate->applicationOpenFile(picture(QStringLiteral("b.png"))));
+    EXPECT_TRUE(delegate->applicationOpenFile(picture(u"b.png"_s)));
     EXPECT_FALSE(delegate->isTerminateScheduled());
     EXPECT_TRUE(delegate->applicationOpenUntitledFile());
     EXPECT_TRUE(panel->isVisible());
@@ -179,8 +181,8 @@ TEST_F(ApplicationDelegateTest, ReopenShowsThePanelAgainAfterItWasClosed)
 TEST_F(ApplicationDelegateTest, ADropOnAPlainlyLaunchedApplicationIsProcessedAndItKeepsRunning)
 {
     delegate->applicationDidFinishLaunching();
-    EXPECT_TRUE(delegate->applicationOpenFile(picture(QStringLiteral("late.png"))));
-    EXPECT_TRUE(QFile::exists(dir.file(QStringLiteral("late_thumb.jpg"))));
+    EXPECT_TRUE(delegate->applicationOpenFile(picture(u"late.png"_s)));
+    EXPECT_TRUE(QFile::exists(dir.file(u"late_thumb.jpg"_s)));
     EXPECT_TRUE(delegate->didDrop());
     EXPECT_FALSE(delegate->shouldQuit());
     EXPECT_FALSE(delegate->isTerminateScheduled());
@@ -189,62 +191,61 @@ TEST_F(ApplicationDelegateTest, ADropOnAPlainlyLaunchedApplicationIsProcessedAnd
 TEST_F(ApplicationDelegateTest, UnappliedEditsInTheVisiblePanelAreStoredAndUsedForTheOpenedFile)
 {
     delegate->applicationDidFinishLaunching();
-    panel->findChild<QLineEdit *>(QStringLiteral("width"))->setText(QStringLiteral("3"));
-    panel->findChild<QLineEdit *>(QStringLiteral("height"))->setText(QStringLiteral("20"));
-    auto *format = panel->findChild<QComboBox *>(QStringLiteral("filetype"));
+    panel->findChild<QLineEdit *>(u"width"_s)->setText(u"3"_s);
+    panel->findChild<QLineEdit *>(u"height"_s)->setText(u"20"_s);
+    auto *format = panel->findChild<QComboBox *>(u"filetype"_s);
     format->setCurrentIndex(format->findData(4));
 
-    const QString source = picture(QStringLiteral("wide.png"), 64, 32);
+    const QString source = picture(u"wide.png"_s, 64, 32);
     EXPECT_TRUE(delegate->applicationOpenFile(source));
-    EXPECT_EQ(UserDefaults::standard().integerForKey(QStringLiteral("width")), 16);
-    EXPECT_EQ(UserDefaults::standard().integerForKey(QStringLiteral("filetype")), 4);
+    EXPECT_EQ(UserDefaults::standard().integerForKey(u"width"_s), 16);
+    EXPECT_EQ(UserDefaults::standard().integerForKey(u"filetype"_s), 4);
     // The worker process read the new settings: a PNG inside 16 by 20.
-    const QImage thumbnail = loadImage(dir.file(QStringLiteral("wide_thumb.png")));
+    const QImage thumbnail = loadImage(dir.file(u"wide_thumb.png"_s));
     ASSERT_FALSE(thumbnail.isNull());
     EXPECT_EQ(thumbnail.size(), QSize(16, 8));
     // Applied without a sender: the field still shows what was typed.
-    EXPECT_EQ(panel->findChild<QLineEdit *>(QStringLiteral("width"))->text(), QStringLiteral("3"));
+    EXPECT_EQ(panel->findChild<QLineEdit *>(u"width"_s)->text(), u"3"_s);
 }
 
 TEST_F(ApplicationDelegateTest, TerminationStoresThePanelOnlyWhenItIsVisible)
 {
-    auto *width = panel->findChild<QLineEdit *>(QStringLiteral("width"));
-    width->setText(QStringLiteral("300"));
+    auto *width = panel->findChild<QLineEdit *>(u"width"_s);
+    width->setText(u"300"_s);
     delegate->applicationWillTerminate();
-    EXPECT_FALSE(UserDefaults::standard().objectForKey(QStringLiteral("width")).isValid());
+    EXPECT_FALSE(UserDefaults::standard().objectForKey(u"width"_s).isValid());
 
     panel->show();
     delegate->terminate();
-    EXPECT_EQ(UserDefaults::standard().integerForKey(QStringLiteral("width")), 300);
+    EXPECT_EQ(UserDefaults::standard().integerForKey(u"width"_s), 300);
     EXPECT_EQ(quits, 1);
 }
 
 TEST_F(ApplicationDelegateTest, AFolderIsWalkedWholeAndAnswersNoWhenAnyFileFails)
 {
-    QDir(dir.path()).mkpath(QStringLiteral("top/inner/deeper"));
-    const QString top = dir.file(QStringLiteral("top"));
-    ASSERT_TRUE(writeTestImage(top + QStringLiteral("/one.png"), 40, 30));
-    ASSERT_TRUE(writeTestImage(top + QStringLiteral("/inner/two.png"), 40, 30));
-    ASSERT_TRUE(writeTestImage(top + QStringLiteral("/inner/deeper/three.png"), 40, 30));
-    ASSERT_TRUE(writeBytes(top + QStringLiteral("/inner/notes.txt"), "not a picture"));
+    QDir(dir.path()).mkpath(u"top/inner/deeper"_s);
+    const QString top = dir.file(u"top"_s);
+    ASSERT_TRUE(writeTestImage(top + u"/one.png"_s, 40, 30));
+    ASSERT_TRUE(writeTestImage(top + u"/inner/two.png"_s, 40, 30));
+    ASSERT_TRUE(writeTestImage(top + u"/inner/deeper/three.png"_s, 40, 30));
+    ASSERT_TRUE(writeBytes(top + u"/inner/notes.txt"_s, "not a picture"));
 
     EXPECT_FALSE(delegate->applicationOpenFile(top));
     EXPECT_EQ(processed.size(), 4);
-    EXPECT_TRUE(QFile::exists(top + QStringLiteral("/one_thumb.jpg")));
-    EXPECT_TRUE(QFile::exists(top + QStringLiteral("/inner/two_thumb.jpg")));
-    EXPECT_TRUE(QFile::exists(top + QStringLiteral("/inner/deeper/three_thumb.jpg")));
+    EXPECT_TRUE(QFile::exists(top + u"/one_thumb.jpg"_s));
+    EXPECT_TRUE(QFile::exists(top + u"/inner/two_thumb.jpg"_s));
+    EXPECT_TRUE(QFile::exists(top + u"/inner/deeper/three_thumb.jpg"_s));
 }
 
 TEST_F(ApplicationDelegateTest, EmptyFolderAnswersYesAndMissingOrDanglingPathsAnswerNo)
 {
-    QDir(dir.path()).mkdir(QStringLiteral("empty"));
-    EXPECT_TRUE(delegate->applicationOpenFile(dir.file(QStringLiteral("empty"))));
-    EXPECT_EQ(
-        QDir(dir.file(QStringLiteral("empty"))).entryList(QDir::NoDotAndDotDot | QDir::AllEntries).size(), 0);
+    QDir(dir.path()).mkdir(u"empty"_s);
+    EXPECT_TRUE(delegate->applicationOpenFile(dir.file(u"empty"_s)));
+    EXPECT_EQ(QDir(dir.file(u"empty"_s)).entryList(QDir::NoDotAndDotDot | QDir::AllEntries).size(), 0);
 
-    EXPECT_FALSE(delegate->applicationOpenFile(dir.file(QStringLiteral("nothing-here.png"))));
-    ASSERT_TRUE(QFile::link(dir.file(QStringLiteral("gone.png")), dir.file(QStringLiteral("dangling.png"))));
-    EXPECT_FALSE(delegate->applicationOpenFile(dir.file(QStringLiteral("dangling.png"))));
+    EXPECT_FALSE(delegate->applicationOpenFile(dir.file(u"nothing-here.png"_s)));
+    ASSERT_TRUE(QFile::link(dir.file(u"gone.png"_s), dir.file(u"dangling.png"_s)));
+    EXPECT_FALSE(delegate->applicationOpenFile(dir.file(u"dangling.png"_s)));
     EXPECT_FALSE(delegate->applicationOpenFile(QString()));
     EXPECT_TRUE(processed.isEmpty());
     EXPECT_TRUE(delegate->didDrop());
@@ -252,11 +253,11 @@ TEST_F(ApplicationDelegateTest, EmptyFolderAnswersYesAndMissingOrDanglingPathsAn
 
 TEST_F(ApplicationDelegateTest, AHostileFileFailsAloneAndTheWorkerGoesOn)
 {
-    const QString broken = dir.file(QStringLiteral("broken.png"));
+    const QString broken = dir.file(u"broken.png"_s);
     ASSERT_TRUE(writeBytes(broken, QByteArray("\x89PNG\r\n\x1a\n", 8) + QByteArray(5000, '\x7f')));
     EXPECT_FALSE(delegate->applicationOpenFile(broken));
-    EXPECT_TRUE(delegate->applicationOpenFile(picture(QStringLiteral("after.png"))));
-    EXPECT_TRUE(QFile::exists(dir.file(QStringLiteral("after_thumb.jpg"))));
+    EXPECT_TRUE(delegate->applicationOpenFile(picture(u"after.png"_s)));
+    EXPECT_TRUE(QFile::exists(dir.file(u"after_thumb.jpg"_s)));
 }
 
 } // namespace

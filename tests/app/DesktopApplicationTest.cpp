@@ -13,6 +13,8 @@
 #include <QUuid>
 #include <gtest/gtest.h>
 
+using namespace Qt::StringLiterals;
+
 using namespace orvel;
 using namespace orvel::test;
 
@@ -26,8 +28,7 @@ protected:
         clearStandardDefaults();
         DesktopApplication::Options options;
         options.workerExecutable = thumbsExecutable();
-        options.applicationId
-            = QStringLiteral("org.orvel.ThumbnailsTest.d") + QUuid::createUuid().toString(QUuid::Id128);
+        options.applicationId = u"org.orvel.ThumbnailsTest.d"_s + QUuid::createUuid().toString(QUuid::Id128);
         application = std::make_unique<DesktopApplication>(options);
         application->delegate().setQuitHandler([this] { ++quits; });
         application->delegate().setFileProcessor([this](const QString &path) {
@@ -50,14 +51,13 @@ TEST_F(DesktopApplicationTest, FilesDroppedOnThePanelAreProcessedAndItKeepsRunni
     application->launch({});
     ASSERT_TRUE(application->panel().isVisible());
     TempDir dir;
-    ASSERT_TRUE(writeTestImage(dir.file(QStringLiteral("b.png")), 30, 20));
-    ASSERT_TRUE(writeTestImage(dir.file(QStringLiteral("a.png")), 30, 20));
-    Q_EMIT application->panel().filesDropped(
-        { dir.file(QStringLiteral("b.png")), dir.file(QStringLiteral("a.png")) });
+    ASSERT_TRUE(writeTestImage(dir.file(u"b.png"_s), 30, 20));
+    ASSERT_TRUE(writeTestImage(dir.file(u"a.png"_s), 30, 20));
+    Q_EMIT application->panel().filesDropped({ dir.file(u"b.png"_s), dir.file(u"a.png"_s) });
     ASSERT_TRUE(processEventsUntil([&] { return order.size() == 2; }));
-    EXPECT_EQ(order, QStringList({ QStringLiteral("b.png"), QStringLiteral("a.png") }));
-    EXPECT_TRUE(QFile::exists(dir.file(QStringLiteral("b_thumb.jpg"))));
-    EXPECT_TRUE(QFile::exists(dir.file(QStringLiteral("a_thumb.jpg"))));
+    EXPECT_EQ(order, QStringList({ u"b.png"_s, u"a.png"_s }));
+    EXPECT_TRUE(QFile::exists(dir.file(u"b_thumb.jpg"_s)));
+    EXPECT_TRUE(QFile::exists(dir.file(u"a_thumb.jpg"_s)));
     EXPECT_FALSE(application->delegate().isTerminateScheduled());
 }
 
@@ -74,29 +74,27 @@ TEST_F(DesktopApplicationTest, PathsArrivingDuringAJobWaitTheirTurn)
     processor = [&](const QString &path) {
         nested = nested || depth > 0;
         ++depth;
-        if (path.endsWith(QStringLiteral("1.png"))) {
-            application->open({ dir.file(QStringLiteral("3.png")) });
+        if (path.endsWith(u"1.png"_s)) {
+            application->open({ dir.file(u"3.png"_s) });
             QCoreApplication::processEvents();
         }
         const bool ok = job.processFile(path);
         --depth;
         return ok;
     };
-    application->open({ dir.file(QStringLiteral("1.png")), dir.file(QStringLiteral("2.png")) });
+    application->open({ dir.file(u"1.png"_s), dir.file(u"2.png"_s) });
     EXPECT_FALSE(nested);
-    EXPECT_EQ(
-        order, QStringList({ QStringLiteral("1.png"), QStringLiteral("2.png"), QStringLiteral("3.png") }));
-    EXPECT_TRUE(QFile::exists(dir.file(QStringLiteral("3_thumb.jpg"))));
+    EXPECT_EQ(order, QStringList({ u"1.png"_s, u"2.png"_s, u"3.png"_s }));
+    EXPECT_TRUE(QFile::exists(dir.file(u"3_thumb.jpg"_s)));
 }
 
 TEST(DesktopLaunchPaths, PathsBecomeAbsoluteAndOptionsAreSkipped)
 {
     const QString here = QDir::currentPath();
-    EXPECT_EQ(
-        launchPaths({ QStringLiteral("a.png"), QStringLiteral("--verbose"), QStringLiteral("/x/b.png") }),
-        QStringList({ here + QStringLiteral("/a.png"), QStringLiteral("/x/b.png") }));
-    EXPECT_EQ(launchPaths({ QStringLiteral("--"), QStringLiteral("-dash.png"), QString() }),
-        QStringList({ here + QStringLiteral("/-dash.png"), QString() }));
+    EXPECT_EQ(launchPaths({ u"a.png"_s, u"--verbose"_s, u"/x/b.png"_s }),
+        QStringList({ here + u"/a.png"_s, u"/x/b.png"_s }));
+    EXPECT_EQ(launchPaths({ u"--"_s, u"-dash.png"_s, QString() }),
+        QStringList({ here + u"/-dash.png"_s, QString() }));
 }
 
 } // namespace

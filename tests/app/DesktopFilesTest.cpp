@@ -13,6 +13,8 @@
 
 #include <algorithm>
 
+using namespace Qt::StringLiterals;
+
 using namespace orvel;
 using namespace orvel::test;
 
@@ -32,41 +34,39 @@ QString desktopEntry(const QString &key)
 
 TEST(DesktopFiles, TheDesktopFileIsValid)
 {
-    if (QStandardPaths::findExecutable(QStringLiteral("desktop-file-validate")).isEmpty())
+    if (QStandardPaths::findExecutable(u"desktop-file-validate"_s).isEmpty())
         GTEST_SKIP() << "desktop-file-validate is not installed (package desktop-file-utils)";
     QByteArray out;
     QByteArray err;
-    EXPECT_EQ(runProgram(QStringLiteral("desktop-file-validate"), { desktopFile() }, &out, &err), 0)
+    EXPECT_EQ(runProgram(u"desktop-file-validate"_s, { desktopFile() }, &out, &err), 0)
         << out.toStdString() << err.toStdString();
     EXPECT_TRUE(out.isEmpty()) << out.toStdString();
 }
 
 TEST(DesktopFiles, TheMetainfoIsValid)
 {
-    if (QStandardPaths::findExecutable(QStringLiteral("appstreamcli")).isEmpty())
+    if (QStandardPaths::findExecutable(u"appstreamcli"_s).isEmpty())
         GTEST_SKIP() << "appstreamcli is not installed (package appstream)";
     QByteArray out;
     QByteArray err;
-    EXPECT_EQ(runProgram(QStringLiteral("appstreamcli"),
-                  { QStringLiteral("validate"), QStringLiteral("--no-net"),
-                      QString::fromUtf8(ORVEL_METAINFO_FILE) },
-                  &out, &err),
+    EXPECT_EQ(runProgram(u"appstreamcli"_s,
+                  { u"validate"_s, u"--no-net"_s, QString::fromUtf8(ORVEL_METAINFO_FILE) }, &out, &err),
         0)
         << out.toStdString() << err.toStdString();
 }
 
 TEST(DesktopFiles, TheProgramTakesFilesAndRunsTheInstalledBinary)
 {
-    const QString exec = desktopEntry(QStringLiteral("Exec"));
-    EXPECT_TRUE(exec.endsWith(QStringLiteral("/orvel-thumbnails %F"))) << exec;
-    EXPECT_EQ(desktopEntry(QStringLiteral("Icon")), QStringLiteral("org.orvel.Thumbnails"));
+    const QString exec = desktopEntry(u"Exec"_s);
+    EXPECT_TRUE(exec.endsWith(u"/orvel-thumbnails %F"_s)) << exec;
+    EXPECT_EQ(desktopEntry(u"Icon"_s), u"org.orvel.Thumbnails"_s);
 }
 
 TEST(DesktopFiles, EveryOfferedTypeIsOneTheApplicationReads)
 {
-    const QStringList types = desktopEntry(QStringLiteral("MimeType")).split(u';', Qt::SkipEmptyParts);
+    const QStringList types = desktopEntry(u"MimeType"_s).split(u';', Qt::SkipEmptyParts);
     ASSERT_GE(types.size(), 10);
-    EXPECT_TRUE(types.contains(QStringLiteral("inode/directory")));
+    EXPECT_TRUE(types.contains(u"inode/directory"_s));
     QMimeDatabase mimes;
     for (const QString &name : types) {
         if (name == u"inode/directory")
@@ -92,26 +92,23 @@ TEST(DesktopFiles, InstallingIntoAPrefixPutsEverythingWhereDesktopsLook)
     QByteArray out;
     QByteArray err;
     ASSERT_EQ(runProgram(QString::fromUtf8(ORVEL_CMAKE_COMMAND),
-                  { QStringLiteral("--install"), QString::fromUtf8(ORVEL_BUILD_DIR),
-                      QStringLiteral("--prefix"), prefix.path() },
-                  &out, &err, 120000),
+                  { u"--install"_s, QString::fromUtf8(ORVEL_BUILD_DIR), u"--prefix"_s, prefix.path() }, &out,
+                  &err, 120000),
         0)
         << err.toStdString();
-    const QString installed = prefix.file(QStringLiteral("share/applications/org.orvel.Thumbnails.desktop"));
+    const QString installed = prefix.file(u"share/applications/org.orvel.Thumbnails.desktop"_s);
     const QString entry = QString::fromUtf8(readBytes(installed));
     // The desktop file runs the program installed beside it, under the prefix given now.
-    const QString program = prefix.file(QStringLiteral("bin/orvel-thumbnails"));
-    EXPECT_TRUE(entry.contains(QStringLiteral("\nExec=") + program + QStringLiteral(" %F\n"))) << entry;
+    const QString program = prefix.file(u"bin/orvel-thumbnails"_s);
+    EXPECT_TRUE(entry.contains(u"\nExec="_s + program + u" %F\n"_s)) << entry;
     EXPECT_TRUE(QFileInfo(program).isExecutable());
-    EXPECT_TRUE(QFileInfo(prefix.file(QStringLiteral("bin/orvel-thumbs"))).isExecutable());
+    EXPECT_TRUE(QFileInfo(prefix.file(u"bin/orvel-thumbs"_s)).isExecutable());
     for (const char *file : { "share/metainfo/org.orvel.Thumbnails.metainfo.xml",
              "share/icons/hicolor/scalable/apps/org.orvel.Thumbnails.svg",
              "share/icons/hicolor/48x48/apps/org.orvel.Thumbnails.png",
              "share/icons/hicolor/256x256/apps/org.orvel.Thumbnails.png" })
         EXPECT_TRUE(QFile::exists(prefix.file(QString::fromLatin1(file)))) << file;
-    EXPECT_EQ(
-        loadImage(prefix.file(QStringLiteral("share/icons/hicolor/48x48/apps/org.orvel.Thumbnails.png")))
-            .size(),
+    EXPECT_EQ(loadImage(prefix.file(u"share/icons/hicolor/48x48/apps/org.orvel.Thumbnails.png"_s)).size(),
         QSize(48, 48));
 }
 

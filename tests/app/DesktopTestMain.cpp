@@ -7,6 +7,8 @@
 #include <gtest/gtest.h>
 #include <vips/vips8>
 
+using namespace Qt::StringLiterals;
+
 int main(int argc, char **argv)
 {
     if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
@@ -15,12 +17,12 @@ int main(int argc, char **argv)
     if (!home.isValid())
         return 2;
     // Before anything asks for a folder: the settings store and the socket are found through these.
-    qputenv("XDG_CONFIG_HOME", QFile::encodeName(home.filePath(QStringLiteral("config"))));
-    qputenv("XDG_CACHE_HOME", QFile::encodeName(home.filePath(QStringLiteral("cache"))));
-    QDir(home.path()).mkdir(QStringLiteral("runtime"));
+    qputenv("XDG_CONFIG_HOME", QFile::encodeName(home.filePath(u"config"_s)));
+    qputenv("XDG_CACHE_HOME", QFile::encodeName(home.filePath(u"cache"_s)));
+    QDir(home.path()).mkdir(u"runtime"_s);
     QFile::setPermissions(
-        home.filePath(QStringLiteral("runtime")), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
-    qputenv("XDG_RUNTIME_DIR", QFile::encodeName(home.filePath(QStringLiteral("runtime"))));
+        home.filePath(u"runtime"_s), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+    qputenv("XDG_RUNTIME_DIR", QFile::encodeName(home.filePath(u"runtime"_s)));
     qunsetenv("DBUS_SESSION_BUS_ADDRESS");
 
     QApplication app(argc, argv);

@@ -12,6 +12,8 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+using namespace Qt::StringLiterals;
+
 using namespace orvel;
 using orvel::test::TempDir;
 
@@ -23,17 +25,17 @@ class Recorder : public FolderWalk::Visitor
 public:
     bool processFile(const QString &path) override
     {
-        events << QStringLiteral("file ") + path;
+        events << u"file "_s + path;
         files << path;
-        return !QFileInfo(path).fileName().startsWith(QStringLiteral("bad"));
+        return !QFileInfo(path).fileName().startsWith(u"bad"_s);
     }
     void failed(const QString &path, const QString &reason) override
     {
-        events << QStringLiteral("failed ") + path;
-        failures << path + QStringLiteral(": ") + reason;
+        events << u"failed "_s + path;
+        failures << path + u": "_s + reason;
     }
-    void willExamine(const QString &path) override { events << QStringLiteral("examine ") + path; }
-    void willListFolder(const QString &path) override { events << QStringLiteral("list ") + path; }
+    void willExamine(const QString &path) override { events << u"examine "_s + path; }
+    void willListFolder(const QString &path) override { events << u"list "_s + path; }
 
     QStringList events;
     QStringList files;
@@ -76,8 +78,8 @@ TEST(FolderWalk, VisitsFilesDepthFirstInListingOrder)
         touch(dir.file(QString::fromLatin1(name)));
 
     Recorder recorder;
-    EXPECT_TRUE(FolderWalk::processPath(dir.file(QStringLiteral("a")), recorder));
-    EXPECT_EQ(recorder.files, depthFirstFiles(dir.file(QStringLiteral("a"))));
+    EXPECT_TRUE(FolderWalk::processPath(dir.file(u"a"_s), recorder));
+    EXPECT_EQ(recorder.files, depthFirstFiles(dir.file(u"a"_s)));
     EXPECT_EQ(recorder.files.size(), 7);
 }
 
@@ -93,16 +95,16 @@ TEST(FolderWalk, AndsTheAnswersAndWalksOnAfterANo)
     EXPECT_TRUE(recorder.failures.isEmpty());
 
     Recorder single;
-    EXPECT_FALSE(FolderWalk::processPath(dir.file(QStringLiteral("bad1")), single));
-    EXPECT_TRUE(FolderWalk::processPath(dir.file(QStringLiteral("good1")), single));
+    EXPECT_FALSE(FolderWalk::processPath(dir.file(u"bad1"_s), single));
+    EXPECT_TRUE(FolderWalk::processPath(dir.file(u"good1"_s), single));
 }
 
 TEST(FolderWalk, EmptyFolderAnswersYesWithoutVisitingAnything)
 {
     TempDir dir;
-    QDir().mkpath(dir.file(QStringLiteral("empty/inner")));
+    QDir().mkpath(dir.file(u"empty/inner"_s));
     Recorder recorder;
-    EXPECT_TRUE(FolderWalk::processPath(dir.file(QStringLiteral("empty")), recorder));
+    EXPECT_TRUE(FolderWalk::processPath(dir.file(u"empty"_s), recorder));
     EXPECT_TRUE(recorder.files.isEmpty());
     EXPECT_TRUE(recorder.failures.isEmpty());
 }
@@ -110,103 +112,96 @@ TEST(FolderWalk, EmptyFolderAnswersYesWithoutVisitingAnything)
 TEST(FolderWalk, MissingPathsAndBrokenLinksAnswerNoWithAReason)
 {
     TempDir dir;
-    link(dir.file(QStringLiteral("gone.png")), dir.file(QStringLiteral("dangling")));
-    link(dir.file(QStringLiteral("self")), dir.file(QStringLiteral("self")));
+    link(dir.file(u"gone.png"_s), dir.file(u"dangling"_s));
+    link(dir.file(u"self"_s), dir.file(u"self"_s));
 
     Recorder recorder;
-    EXPECT_FALSE(FolderWalk::processPath(dir.file(QStringLiteral("nothing")), recorder));
-    EXPECT_FALSE(FolderWalk::processPath(dir.file(QStringLiteral("dangling")), recorder));
-    EXPECT_FALSE(FolderWalk::processPath(dir.file(QStringLiteral("self")), recorder));
+    EXPECT_FALSE(FolderWalk::processPath(dir.file(u"nothing"_s), recorder));
+    EXPECT_FALSE(FolderWalk::processPath(dir.file(u"dangling"_s), recorder));
+    EXPECT_FALSE(FolderWalk::processPath(dir.file(u"self"_s), recorder));
     EXPECT_FALSE(FolderWalk::processPath(QString(), recorder));
     EXPECT_TRUE(recorder.files.isEmpty());
     ASSERT_EQ(recorder.failures.size(), 4);
-    EXPECT_EQ(recorder.failures[0],
-        dir.file(QStringLiteral("nothing")) + QStringLiteral(": no such file or folder"));
-    EXPECT_EQ(recorder.failures[1],
-        dir.file(QStringLiteral("dangling")) + QStringLiteral(": broken link to ")
-            + dir.file(QStringLiteral("gone.png")));
-    EXPECT_EQ(recorder.failures[2],
-        dir.file(QStringLiteral("self")) + QStringLiteral(": link loop: its links lead round in a circle"));
+    EXPECT_EQ(recorder.failures[0], dir.file(u"nothing"_s) + u": no such file or folder"_s);
+    EXPECT_EQ(
+        recorder.failures[1], dir.file(u"dangling"_s) + u": broken link to "_s + dir.file(u"gone.png"_s));
+    EXPECT_EQ(recorder.failures[2], dir.file(u"self"_s) + u": link loop: its links lead round in a circle"_s);
 }
 
 TEST(FolderWalk, BrokenLinkInsideAFolderMakesTheFolderAnswerNo)
 {
     TempDir dir;
-    touch(dir.file(QStringLiteral("f/ok")));
-    link(QStringLiteral("missing"), dir.file(QStringLiteral("f/dangling")));
+    touch(dir.file(u"f/ok"_s));
+    link(u"missing"_s, dir.file(u"f/dangling"_s));
     Recorder recorder;
-    EXPECT_FALSE(FolderWalk::processPath(dir.file(QStringLiteral("f")), recorder));
-    EXPECT_EQ(recorder.files, QStringList { dir.file(QStringLiteral("f/ok")) });
+    EXPECT_FALSE(FolderWalk::processPath(dir.file(u"f"_s), recorder));
+    EXPECT_EQ(recorder.files, QStringList { dir.file(u"f/ok"_s) });
     EXPECT_EQ(recorder.failures.size(), 1);
 }
 
 TEST(FolderWalk, LinkToAnAncestorIsALoopAndTheRestIsWalkedOnce)
 {
     TempDir dir;
-    touch(dir.file(QStringLiteral("top/file")));
-    touch(dir.file(QStringLiteral("top/sub/inner")));
-    link(QStringLiteral(".."), dir.file(QStringLiteral("top/sub/up")));
-    link(dir.file(QStringLiteral("top/sub")), dir.file(QStringLiteral("top/sub/here")));
+    touch(dir.file(u"top/file"_s));
+    touch(dir.file(u"top/sub/inner"_s));
+    link(u".."_s, dir.file(u"top/sub/up"_s));
+    link(dir.file(u"top/sub"_s), dir.file(u"top/sub/here"_s));
 
     Recorder recorder;
-    EXPECT_FALSE(FolderWalk::processPath(dir.file(QStringLiteral("top")), recorder));
+    EXPECT_FALSE(FolderWalk::processPath(dir.file(u"top"_s), recorder));
     QStringList files = recorder.files;
     files.sort();
-    EXPECT_EQ(files,
-        (QStringList { dir.file(QStringLiteral("top/file")), dir.file(QStringLiteral("top/sub/inner")) }));
+    EXPECT_EQ(files, (QStringList { dir.file(u"top/file"_s), dir.file(u"top/sub/inner"_s) }));
     ASSERT_EQ(recorder.failures.size(), 2);
     for (const QString &failure : recorder.failures)
-        EXPECT_TRUE(failure.contains(QStringLiteral(": link loop: leads back to "))) << failure.toStdString();
-    EXPECT_TRUE(recorder.failures.join(u'\n').contains(dir.file(QStringLiteral("top/sub/up"))
-        + QStringLiteral(": link loop: leads back to ") + dir.file(QStringLiteral("top"))));
+        EXPECT_TRUE(failure.contains(u": link loop: leads back to "_s)) << failure.toStdString();
+    EXPECT_TRUE(recorder.failures.join(u'\n').contains(
+        dir.file(u"top/sub/up"_s) + u": link loop: leads back to "_s + dir.file(u"top"_s)));
 }
 
 TEST(FolderWalk, LinkToAFolderBesideIsNoLoopAndIsWalked)
 {
     TempDir dir;
-    touch(dir.file(QStringLiteral("x/pic")));
-    QDir().mkpath(dir.file(QStringLiteral("y")));
-    link(QStringLiteral("../x"), dir.file(QStringLiteral("y/to-x")));
+    touch(dir.file(u"x/pic"_s));
+    QDir().mkpath(dir.file(u"y"_s));
+    link(u"../x"_s, dir.file(u"y/to-x"_s));
 
     Recorder recorder;
     EXPECT_TRUE(FolderWalk::processPath(dir.path(), recorder));
     // Reached once directly and once through the link, both times as the resolved file.
-    EXPECT_EQ(recorder.files,
-        (QStringList { dir.file(QStringLiteral("x/pic")), dir.file(QStringLiteral("x/pic")) }));
+    EXPECT_EQ(recorder.files, (QStringList { dir.file(u"x/pic"_s), dir.file(u"x/pic"_s) }));
 }
 
 TEST(FolderWalk, LinksAreResolvedBeforeTheFileIsHandedOn)
 {
     TempDir dir;
-    touch(dir.file(QStringLiteral("real/pic.png")));
-    link(dir.file(QStringLiteral("real")), dir.file(QStringLiteral("alias")));
-    link(QStringLiteral("pic.png"), dir.file(QStringLiteral("real/pic-link")));
+    touch(dir.file(u"real/pic.png"_s));
+    link(dir.file(u"real"_s), dir.file(u"alias"_s));
+    link(u"pic.png"_s, dir.file(u"real/pic-link"_s));
 
     Recorder recorder;
-    EXPECT_TRUE(FolderWalk::processPath(dir.file(QStringLiteral("alias/pic-link")), recorder));
-    EXPECT_EQ(recorder.files, QStringList { dir.file(QStringLiteral("real/pic.png")) });
+    EXPECT_TRUE(FolderWalk::processPath(dir.file(u"alias/pic-link"_s), recorder));
+    EXPECT_EQ(recorder.files, QStringList { dir.file(u"real/pic.png"_s) });
 }
 
 TEST(FolderWalk, HooksComeBeforeEachLookAndEachListing)
 {
     TempDir dir;
-    touch(dir.file(QStringLiteral("real/f")));
-    link(dir.file(QStringLiteral("real")), dir.file(QStringLiteral("alias")));
+    touch(dir.file(u"real/f"_s));
+    link(dir.file(u"real"_s), dir.file(u"alias"_s));
 
     Recorder recorder;
-    EXPECT_TRUE(FolderWalk::processPath(dir.file(QStringLiteral("alias")), recorder));
+    EXPECT_TRUE(FolderWalk::processPath(dir.file(u"alias"_s), recorder));
     EXPECT_EQ(recorder.events,
-        (QStringList { QStringLiteral("examine ") + dir.file(QStringLiteral("alias")),
-            QStringLiteral("list ") + dir.file(QStringLiteral("real")),
-            QStringLiteral("examine ") + dir.file(QStringLiteral("real/f")),
-            QStringLiteral("file ") + dir.file(QStringLiteral("real/f")) }));
+        (QStringList { u"examine "_s + dir.file(u"alias"_s), u"list "_s + dir.file(u"real"_s),
+            u"examine "_s + dir.file(u"real/f"_s), u"file "_s + dir.file(u"real/f"_s) }));
 }
 
 TEST(FolderWalk, UnreadableFolderIsReportedAndAnswersWhatTheVisitorSays)
 {
     TempDir dir;
-    touch(dir.file(QStringLiteral("locked/f")));
-    const QString locked = dir.file(QStringLiteral("locked"));
+    touch(dir.file(u"locked/f"_s));
+    const QString locked = dir.file(u"locked"_s);
     ASSERT_EQ(::chmod(QFile::encodeName(dir.path()).constData(), 0755), 0);
     ASSERT_EQ(::chmod(QFile::encodeName(locked).constData(), 0), 0);
     struct Restore
@@ -219,7 +214,7 @@ TEST(FolderWalk, UnreadableFolderIsReportedAndAnswersWhatTheVisitorSays)
     {
         bool unreadableFolder(const QString &path, const QString &reason) override
         {
-            failures << path + QStringLiteral(": ") + reason;
+            failures << path + u": "_s + reason;
             return false;
         }
     };
@@ -233,8 +228,7 @@ TEST(FolderWalk, UnreadableFolderIsReportedAndAnswersWhatTheVisitorSays)
         Strict strict;
         if (FolderWalk::processPath(dir.path(), strict))
             return 3;
-        if (strict.failures
-            != QStringList { locked + QStringLiteral(": cannot read folder: permission denied") })
+        if (strict.failures != QStringList { locked + u": cannot read folder: permission denied"_s })
             return 4;
         return 0;
     };

@@ -16,6 +16,8 @@
 #include <sys/stat.h>
 #include <utime.h>
 
+using namespace Qt::StringLiterals;
+
 using orvel::IconService;
 using Size = IconService::CacheSize;
 using namespace orvel::test;
@@ -23,10 +25,10 @@ using namespace orvel::test;
 namespace {
 
 const QList<QPair<Size, QString>> Folders = {
-    { Size::Normal, QStringLiteral("normal") },
-    { Size::Large, QStringLiteral("large") },
-    { Size::XLarge, QStringLiteral("x-large") },
-    { Size::XXLarge, QStringLiteral("xx-large") },
+    { Size::Normal, u"normal"_s },
+    { Size::Large, u"large"_s },
+    { Size::XLarge, u"x-large"_s },
+    { Size::XXLarge, u"xx-large"_s },
 };
 
 QImage filledImage(int w, int h, QColor colour, QImage::Format format = QImage::Format_RGBA8888_Premultiplied)
@@ -74,8 +76,8 @@ protected:
             qunsetenv("XDG_CACHE_HOME");
     }
 
-    QString cacheHome() const { return m_cache.file(QStringLiteral("cache")); }
-    QString thumbnails() const { return cacheHome() + QStringLiteral("/thumbnails"); }
+    QString cacheHome() const { return m_cache.file(u"cache"_s); }
+    QString thumbnails() const { return cacheHome() + u"/thumbnails"_s; }
 
     // A real source file whose modification time is fixed at mtime.
     QString makeSource(const QString &name, time_t mtime = 1000000000)
@@ -95,26 +97,24 @@ protected:
 
 TEST_F(IconServiceTest, KeysEntriesByTheEscapedFileUri)
 {
-    const QString dir = m_files.path() + QStringLiteral("/Fotos März 2024");
-    const QString path = dir + QStringLiteral("/Bild #1 (Kopie) ü€.jpg");
+    const QString dir = m_files.path() + u"/Fotos März 2024"_s;
+    const QString path = dir + u"/Bild #1 (Kopie) ü€.jpg"_s;
     // Built by another route than the service's: QUrl's own encoding of a local file.
     const QString expectedUri = QString::fromLatin1(QUrl::fromLocalFile(path).toEncoded());
-    ASSERT_TRUE(expectedUri.contains(QStringLiteral("%20")));
+    ASSERT_TRUE(expectedUri.contains(u"%20"_s));
     EXPECT_EQ(IconService::uriForFile(path), expectedUri);
-    EXPECT_EQ(IconService::uriForFile(QStringLiteral("/tmp/a b/\u00e9+x.png")),
-        QStringLiteral("file:///tmp/a%20b/%C3%A9+x.png"));
+    EXPECT_EQ(IconService::uriForFile(u"/tmp/a b/\u00e9+x.png"_s), u"file:///tmp/a%20b/%C3%A9+x.png"_s);
 
     const QString md5 = QString::fromLatin1(
         QCryptographicHash::hash(expectedUri.toUtf8(), QCryptographicHash::Md5).toHex());
     for (const auto &[size, folder] : Folders)
-        EXPECT_EQ(IconService::cachePathForFile(path, size),
-            thumbnails() + u'/' + folder + u'/' + md5 + QStringLiteral(".png"));
+        EXPECT_EQ(
+            IconService::cachePathForFile(path, size), thumbnails() + u'/' + folder + u'/' + md5 + u".png"_s);
 
     // A relative or unclean path names the same file, hence the same entry.
     const QString saved = QDir::currentPath();
     ASSERT_TRUE(QDir::setCurrent(m_files.path()));
-    EXPECT_EQ(IconService::uriForFile(QStringLiteral("./x/../Fotos März 2024//Bild #1 (Kopie) ü€.jpg")),
-        expectedUri);
+    EXPECT_EQ(IconService::uriForFile(u"./x/../Fotos März 2024//Bild #1 (Kopie) ü€.jpg"_s), expectedUri);
     QDir::setCurrent(saved);
 
     EXPECT_TRUE(IconService::uriForFile(QString()).isEmpty());
@@ -123,7 +123,7 @@ TEST_F(IconServiceTest, KeysEntriesByTheEscapedFileUri)
 
 TEST_F(IconServiceTest, WritesEveryEntryWithTheStandardTextChunks)
 {
-    const QString source = makeSource(QStringLiteral("photo with spaces é.jpg"), 1000000000);
+    const QString source = makeSource(u"photo with spaces é.jpg"_s, 1000000000);
     ASSERT_TRUE(IconService::setIconForFile(filledImage(2000, 2000, Qt::blue), source, 4));
 
     const QString uri = QString::fromLatin1(QUrl::fromLocalFile(source).toEncoded());
@@ -133,10 +133,10 @@ TEST_F(IconServiceTest, WritesEveryEntryWithTheStandardTextChunks)
         EXPECT_EQ(reader.format(), "png");
         // QImageReader::text() cuts keys at their first colon; the image read keeps them whole.
         const QImage entry = reader.read();
-        EXPECT_EQ(entry.text(QStringLiteral("Thumb::URI")), uri);
-        EXPECT_EQ(entry.text(QStringLiteral("Thumb::MTime")), QStringLiteral("1000000000"));
-        EXPECT_EQ(entry.text(QStringLiteral("Thumb::Size")), QStringLiteral("1234"));
-        EXPECT_FALSE(entry.text(QStringLiteral("Software")).isEmpty());
+        EXPECT_EQ(entry.text(u"Thumb::URI"_s), uri);
+        EXPECT_EQ(entry.text(u"Thumb::MTime"_s), u"1000000000"_s);
+        EXPECT_EQ(entry.text(u"Thumb::Size"_s), u"1234"_s);
+        EXPECT_FALSE(entry.text(u"Software"_s).isEmpty());
         EXPECT_EQ(entry.size(), QSize(int(size), int(size)));
         EXPECT_TRUE(colourNear(entry.pixelColor(5, 5), Qt::blue, 1));
     }
@@ -144,7 +144,7 @@ TEST_F(IconServiceTest, WritesEveryEntryWithTheStandardTextChunks)
 
 TEST_F(IconServiceTest, MakesPrivateFoldersAndFilesAndLeavesNothingElse)
 {
-    const QString source = makeSource(QStringLiteral("a.png"));
+    const QString source = makeSource(u"a.png"_s);
     const mode_t oldMask = ::umask(0);
     const bool ok = IconService::setIconForFile(filledImage(600, 600, Qt::red), source);
     ::umask(oldMask);
@@ -165,7 +165,7 @@ TEST_F(IconServiceTest, MakesPrivateFoldersAndFilesAndLeavesNothingElse)
 
 TEST_F(IconServiceTest, ScalesDownToEachSizeButNeverUp)
 {
-    const QString source = makeSource(QStringLiteral("s.tif"));
+    const QString source = makeSource(u"s.tif"_s);
     struct Case
     {
         QSize image;
@@ -179,7 +179,7 @@ TEST_F(IconServiceTest, ScalesDownToEachSizeButNeverUp)
         { { 3000, 2 }, { { 128, 1 }, { 256, 1 }, { 512, 1 }, { 1024, 1 } } },
     };
     for (const Case &c : cases) {
-        SCOPED_TRACE(QStringLiteral("%1x%2").arg(c.image.width()).arg(c.image.height()).toStdString());
+        SCOPED_TRACE(u"%1x%2"_s.arg(c.image.width()).arg(c.image.height()).toStdString());
         ASSERT_TRUE(
             IconService::setIconForFile(filledImage(c.image.width(), c.image.height(), Qt::green), source));
         for (qsizetype i = 0; i < Folders.size(); ++i)
@@ -190,7 +190,7 @@ TEST_F(IconServiceTest, ScalesDownToEachSizeButNeverUp)
 
 TEST_F(IconServiceTest, KeepsTransparencyOfAnyInputFormat)
 {
-    const QString source = makeSource(QStringLiteral("t.png"));
+    const QString source = makeSource(u"t.png"_s);
     for (QImage::Format format :
         { QImage::Format_RGBA8888_Premultiplied, QImage::Format_ARGB32, QImage::Format_RGBA64 }) {
         SCOPED_TRACE(int(format));
@@ -211,27 +211,26 @@ TEST_F(IconServiceTest, KeepsTransparencyOfAnyInputFormat)
 
 TEST_F(IconServiceTest, MissingSourceOrNullImageWritesNothing)
 {
-    EXPECT_FALSE(IconService::setIconForFile(
-        filledImage(200, 200, Qt::red), m_files.file(QStringLiteral("gone.jpg"))));
-    EXPECT_FALSE(IconService::setIconForFile(QImage(), makeSource(QStringLiteral("there.jpg"))));
+    EXPECT_FALSE(IconService::setIconForFile(filledImage(200, 200, Qt::red), m_files.file(u"gone.jpg"_s)));
+    EXPECT_FALSE(IconService::setIconForFile(QImage(), makeSource(u"there.jpg"_s)));
     EXPECT_FALSE(IconService::setIconForFile(filledImage(200, 200, Qt::red), QString()));
     EXPECT_FALSE(QFileInfo::exists(thumbnails()));
 }
 
 TEST_F(IconServiceTest, UnwritableCacheAnswersFalseAndLeavesNothing)
 {
-    const QString source = makeSource(QStringLiteral("u.jpg"));
-    const QString blocker = m_cache.file(QStringLiteral("not-a-folder"));
+    const QString source = makeSource(u"u.jpg"_s);
+    const QString blocker = m_cache.file(u"not-a-folder"_s);
     ASSERT_TRUE(writeBytes(blocker, "plain file"));
     qputenv("XDG_CACHE_HOME", QFile::encodeName(blocker));
     EXPECT_FALSE(IconService::setIconForFile(filledImage(300, 300, Qt::red), source));
     EXPECT_EQ(readBytes(blocker), QByteArray("plain file"));
-    EXPECT_EQ(filesUnder(m_cache.path()), QStringList { QStringLiteral("not-a-folder") });
+    EXPECT_EQ(filesUnder(m_cache.path()), QStringList { u"not-a-folder"_s });
 }
 
 TEST_F(IconServiceTest, FailedWriteLeavesNoPartialEntryNorOlderOne)
 {
-    const QString source = makeSource(QStringLiteral("big.jpg"));
+    const QString source = makeSource(u"big.jpg"_s);
     ASSERT_TRUE(IconService::setIconForFile(filledImage(2000, 2000, Qt::red), source));
 
     // Noise does not compress: the 1024-pixel entry (about 4 MB) cannot be written under a 600 kB
@@ -257,23 +256,23 @@ TEST_F(IconServiceTest, FailedWriteLeavesNoPartialEntryNorOlderOne)
     EXPECT_FALSE(colourNear(normal.pixelColor(64, 64), Qt::red, 10)
         && colourNear(normal.pixelColor(3, 3), Qt::red, 10));
     for (const QString &f : filesUnder(thumbnails()))
-        EXPECT_TRUE(f.endsWith(QStringLiteral(".png"))) << f.toStdString();
+        EXPECT_TRUE(f.endsWith(u".png"_s)) << f.toStdString();
 }
 
 TEST_F(IconServiceTest, ReplacingAndRemovingEntries)
 {
-    const QString source = makeSource(QStringLiteral("r.jpg"), 1000000000);
+    const QString source = makeSource(u"r.jpg"_s, 1000000000);
     ASSERT_TRUE(IconService::setIconForFile(filledImage(256, 256, Qt::red), source));
     const utimbuf later { 1200000000, 1200000000 };
     ASSERT_EQ(::utime(QFile::encodeName(source).constData(), &later), 0);
     ASSERT_TRUE(IconService::setIconForFile(filledImage(256, 256, Qt::green), source));
 
     const QImage entry(IconService::cachePathForFile(source, Size::Large));
-    EXPECT_EQ(entry.text(QStringLiteral("Thumb::MTime")), QStringLiteral("1200000000"));
+    EXPECT_EQ(entry.text(u"Thumb::MTime"_s), u"1200000000"_s);
     EXPECT_TRUE(colourNear(entry.pixelColor(10, 10), Qt::green, 1));
 
     // Another file's entries are not touched by a removal.
-    const QString other = makeSource(QStringLiteral("other.jpg"));
+    const QString other = makeSource(u"other.jpg"_s);
     ASSERT_TRUE(IconService::setIconForFile(filledImage(64, 64, Qt::red), other));
     EXPECT_TRUE(IconService::removeIconOfFile(source));
     for (const auto &[size, folder] : Folders) {

@@ -27,6 +27,8 @@
 
 #include <set>
 
+using namespace Qt::StringLiterals;
+
 using namespace orvel;
 using namespace orvel::test;
 
@@ -134,8 +136,8 @@ TEST_F(InLanguage, TheProgressWindowCountsInGerman)
     use(QLocale::German);
     ProgressWindow window;
     window.addExpectedFiles(10);
-    window.fileStarted(QStringLiteral("/tmp/a.png"));
-    window.fileFinished(QStringLiteral("/tmp/a.png"), true);
+    window.fileStarted(u"/tmp/a.png"_s);
+    window.fileFinished(u"/tmp/a.png"_s, true);
     EXPECT_EQ(window.windowTitle(), u"Miniaturen werden erstellt");
     EXPECT_EQ(window.countText(), u"1 von 10 Dateien");
     window.runFinished();
@@ -202,12 +204,11 @@ std::set<QString> shownTexts()
     }
     EXPECT_FALSE(xml.hasError()) << xml.errorString().toStdString();
 
-    // localizedText(QStringLiteral("..." "...")): adjacent literals joined.
+    // localizedText(u"..." "..."_s): adjacent literals joined.
     static const QRegularExpression call(
         QStringLiteral(R"re(localizedText\(QStringLiteral\(((?:\s*"[^"\\]*")+)\)\))re"));
     static const QRegularExpression literal(QStringLiteral(R"re("([^"\\]*)")re"));
-    QDirIterator sources(
-        QStringLiteral(ORVEL_SOURCE_DIR "/src/app"), { QStringLiteral("*.cpp") }, QDir::Files);
+    QDirIterator sources(QStringLiteral(ORVEL_SOURCE_DIR "/src/app"), { u"*.cpp"_s }, QDir::Files);
     int calls = 0;
     while (sources.hasNext()) {
         QFile source(sources.next());
@@ -243,9 +244,8 @@ TEST(ShippedTranslations, EveryShownTextHasAnEntryInEachLanguageAndNothingElseDo
 {
     const std::set<QString> texts = shownTexts();
     ASSERT_GT(texts.size(), 30u);
-    ASSERT_TRUE(texts.count(QStringLiteral("&Quit")) && texts.count(QStringLiteral("Name:"))
-        && texts.count(QStringLiteral("%1 of %2 files")));
-    const QString missing = QStringLiteral("\x01missing");
+    ASSERT_TRUE(texts.count(u"&Quit"_s) && texts.count(u"Name:"_s) && texts.count(u"%1 of %2 files"_s));
+    const QString missing = u"\x01missing"_s;
     for (const auto &[language, code] :
         { std::pair { QLocale::German, "de" }, std::pair { QLocale::French, "fr" } }) {
         // The compiled-in table the application loads.

@@ -20,6 +20,8 @@
 #include <algorithm>
 #include <limits>
 
+using namespace Qt::StringLiterals;
+
 using namespace orvel;
 using namespace orvel::test;
 
@@ -50,17 +52,17 @@ TEST_F(PreferencesPanelTest, AnEmptyStoreShowsEveryDefault)
 {
     EXPECT_EQ(outlet<QButtonGroup>("createIcons")->checkedId(), 0);
     EXPECT_TRUE(outlet<QCheckBox>("quitWhenDone")->isChecked());
-    EXPECT_EQ(field("extension")->text(), QStringLiteral("_thumb"));
-    EXPECT_EQ(field("width")->text(), QStringLiteral("128"));
-    EXPECT_EQ(field("height")->text(), QStringLiteral("128"));
-    EXPECT_EQ(field("quality")->text(), QStringLiteral("80"));
+    EXPECT_EQ(field("extension")->text(), u"_thumb"_s);
+    EXPECT_EQ(field("width")->text(), u"128"_s);
+    EXPECT_EQ(field("height")->text(), u"128"_s);
+    EXPECT_EQ(field("quality")->text(), u"80"_s);
     EXPECT_EQ(outlet<QComboBox>("filetype")->currentData().toInt(), 3);
     EXPECT_EQ(outlet<QComboBox>("antialiasing")->currentData().toInt(), 3);
     EXPECT_EQ(outlet<QComboBox>("sharpen")->currentData().toInt(), 0);
     EXPECT_EQ(outlet<QButtonGroup>("sizing")->checkedId(), 0);
-    EXPECT_EQ(field("scale")->text(), QStringLiteral("100"));
+    EXPECT_EQ(field("scale")->text(), u"100"_s);
     EXPECT_EQ(outlet<QButtonGroup>("extensionFormat")->checkedId(), 1);
-    EXPECT_EQ(outlet<QLabel>("extensionName")->text(), QStringLiteral("Extension:"));
+    EXPECT_EQ(outlet<QLabel>("extensionName")->text(), u"Extension:"_s);
 }
 
 TEST_F(PreferencesPanelTest, EveryCellAndItemCarriesItsTag)
@@ -85,7 +87,7 @@ TEST_F(PreferencesPanelTest, EveryCellAndItemCarriesItsTag)
     EXPECT_EQ(tags(outlet<QComboBox>("antialiasing")), QList<int>({ 0, 1, 2, 3 }));
     EXPECT_EQ(tags(outlet<QComboBox>("sharpen")), QList<int>({ 0, 1, 2, 3 }));
     // The file type items in the order of their codes.
-    EXPECT_EQ(outlet<QComboBox>("filetype")->itemText(5), QStringLiteral("JPEG 2000"));
+    EXPECT_EQ(outlet<QComboBox>("filetype")->itemText(5), u"JPEG 2000"_s);
 }
 
 TEST_F(PreferencesPanelTest, ApplyStoresTheSelectedTagsWithTheirTypes)
@@ -97,19 +99,19 @@ TEST_F(PreferencesPanelTest, ApplyStoresTheSelectedTagsWithTheirTypes)
     outlet<QComboBox>("antialiasing")->setCurrentIndex(outlet<QComboBox>("antialiasing")->findData(1));
     outlet<QComboBox>("sharpen")->setCurrentIndex(outlet<QComboBox>("sharpen")->findData(2));
     outlet<QCheckBox>("quitWhenDone")->setChecked(false);
-    field("extension")->setText(QStringLiteral("small-"));
+    field("extension")->setText(u"small-"_s);
     panel->apply(nullptr);
 
     const QVariantMap stored = store().dictionaryRepresentation();
-    EXPECT_EQ(stored.value(QStringLiteral("create")), QVariant(qint64(2)));
-    EXPECT_EQ(stored.value(QStringLiteral("extensionFormat")), QVariant(qint64(0)));
-    EXPECT_EQ(stored.value(QStringLiteral("sizing")), QVariant(qint64(1)));
-    EXPECT_EQ(stored.value(QStringLiteral("filetype")), QVariant(qint64(5)));
-    EXPECT_EQ(stored.value(QStringLiteral("Antialiasing")), QVariant(qint64(1)));
-    EXPECT_EQ(stored.value(QStringLiteral("sharpen")), QVariant(qint64(2)));
-    EXPECT_EQ(stored.value(QStringLiteral("QuitWhenDone")), QVariant(false));
-    EXPECT_EQ(stored.value(QStringLiteral("extension")), QVariant(QStringLiteral("small-")));
-    EXPECT_EQ(stored.value(QStringLiteral("quality")).typeId(), QMetaType::Double);
+    EXPECT_EQ(stored.value(u"create"_s), QVariant(qint64(2)));
+    EXPECT_EQ(stored.value(u"extensionFormat"_s), QVariant(qint64(0)));
+    EXPECT_EQ(stored.value(u"sizing"_s), QVariant(qint64(1)));
+    EXPECT_EQ(stored.value(u"filetype"_s), QVariant(qint64(5)));
+    EXPECT_EQ(stored.value(u"Antialiasing"_s), QVariant(qint64(1)));
+    EXPECT_EQ(stored.value(u"sharpen"_s), QVariant(qint64(2)));
+    EXPECT_EQ(stored.value(u"QuitWhenDone"_s), QVariant(false));
+    EXPECT_EQ(stored.value(u"extension"_s), QVariant(u"small-"_s));
+    EXPECT_EQ(stored.value(u"quality"_s).typeId(), QMetaType::Double);
     EXPECT_EQ(stored.size(), 12);
 }
 
@@ -153,100 +155,98 @@ TEST_F(PreferencesPanelTest, AnEmptyNamingStringIsStoredAsAnUnderscore)
 {
     field("extension")->setText(QString());
     panel->apply(nullptr);
-    EXPECT_EQ(store().stringForKey(QStringLiteral("extension")), QStringLiteral("_"));
+    EXPECT_EQ(store().stringForKey(u"extension"_s), u"_"_s);
     EXPECT_EQ(field("extension")->text(), QString()) << "without a sender the field is left alone";
 }
 
 TEST_F(PreferencesPanelTest, ApplyFromAControlShowsTheValuesAsStored)
 {
-    field("width")->setText(QStringLiteral("3"));
+    field("width")->setText(u"3"_s);
     field("extension")->setText(QString());
-    field("scale")->setText(QStringLiteral("250"));
-    field("quality")->setText(QStringLiteral("150"));
+    field("scale")->setText(u"250"_s);
+    field("quality")->setText(u"150"_s);
     panel->apply(field("width"));
-    EXPECT_EQ(field("width")->text(), QStringLiteral("16"));
-    EXPECT_EQ(field("extension")->text(), QStringLiteral("_"));
-    EXPECT_EQ(field("scale")->text(), QStringLiteral("100"));
-    EXPECT_EQ(field("quality")->text(), QStringLiteral("150"));
+    EXPECT_EQ(field("width")->text(), u"16"_s);
+    EXPECT_EQ(field("extension")->text(), u"_"_s);
+    EXPECT_EQ(field("scale")->text(), u"100"_s);
+    EXPECT_EQ(field("quality")->text(), u"150"_s);
 }
 
 TEST_F(PreferencesPanelTest, EditingAFieldAppliesIt)
 {
-    field("height")->setText(QStringLiteral("5"));
+    field("height")->setText(u"5"_s);
     Q_EMIT field("height")->editingFinished();
-    EXPECT_EQ(store().integerForKey(QStringLiteral("height")), 16);
-    EXPECT_EQ(field("height")->text(), QStringLiteral("16"));
+    EXPECT_EQ(store().integerForKey(u"height"_s), 16);
+    EXPECT_EQ(field("height")->text(), u"16"_s);
 }
 
 TEST_F(PreferencesPanelTest, ChoosingTheSubFolderRuleSwitchesTheLabel)
 {
     auto *label = outlet<QLabel>("extensionName");
     outlet<QRadioButton>("nameFolder")->click();
-    EXPECT_EQ(label->text(), QStringLiteral("Name:"));
-    EXPECT_EQ(store().integerForKey(QStringLiteral("extensionFormat")), 2);
+    EXPECT_EQ(label->text(), u"Name:"_s);
+    EXPECT_EQ(store().integerForKey(u"extensionFormat"_s), 2);
     outlet<QRadioButton>("namePrefix")->click();
-    EXPECT_EQ(label->text(), QStringLiteral("Extension:"));
+    EXPECT_EQ(label->text(), u"Extension:"_s);
     outlet<QRadioButton>("nameFolder")->click();
     outlet<QRadioButton>("nameSuffix")->click();
-    EXPECT_EQ(label->text(), QStringLiteral("Extension:"));
+    EXPECT_EQ(label->text(), u"Extension:"_s);
     EXPECT_TRUE(field("extension")->isEnabled());
 }
 
 TEST_F(PreferencesPanelTest, StoredValuesWithoutAMatchingTagSelectNothingAndStoreZero)
 {
-    store().setObject(qint64(9), QStringLiteral("filetype"));
-    store().setObject(qint64(7), QStringLiteral("create"));
-    store().setObject(qint64(2), QStringLiteral("extensionFormat"));
-    store().setObject(0.25, QStringLiteral("scale"));
+    store().setObject(qint64(9), u"filetype"_s);
+    store().setObject(qint64(7), u"create"_s);
+    store().setObject(qint64(2), u"extensionFormat"_s);
+    store().setObject(0.25, u"scale"_s);
     panel->awakeFromNib();
     EXPECT_EQ(outlet<QComboBox>("filetype")->currentIndex(), -1);
     EXPECT_EQ(outlet<QButtonGroup>("createIcons")->checkedId(), -1);
-    EXPECT_EQ(outlet<QLabel>("extensionName")->text(), QStringLiteral("Name:"));
-    EXPECT_EQ(field("scale")->text(), QStringLiteral("25"));
+    EXPECT_EQ(outlet<QLabel>("extensionName")->text(), u"Name:"_s);
+    EXPECT_EQ(field("scale")->text(), u"25"_s);
     panel->apply(nullptr);
-    EXPECT_EQ(store().integerForKey(QStringLiteral("filetype")), 0);
-    EXPECT_EQ(store().integerForKey(QStringLiteral("create")), 0);
+    EXPECT_EQ(store().integerForKey(u"filetype"_s), 0);
+    EXPECT_EQ(store().integerForKey(u"create"_s), 0);
 }
 
 TEST_F(PreferencesPanelTest, ClosingStoresAndAFreshPanelShowsTheStoredValues)
 {
     panel->show();
     QSignalSpy closed(panel.get(), &PreferencesPanel::closed);
-    field("width")->setText(QStringLiteral("200"));
-    field("extension")->setText(QStringLiteral("-small"));
+    field("width")->setText(u"200"_s);
+    field("extension")->setText(u"-small"_s);
     outlet<QRadioButton>("sizeScale")->setChecked(true);
     panel->close();
     EXPECT_EQ(closed.size(), 1);
-    EXPECT_EQ(store().integerForKey(QStringLiteral("width")), 200);
+    EXPECT_EQ(store().integerForKey(u"width"_s), 200);
 
     PreferencesPanel reopened;
-    EXPECT_EQ(reopened.findChild<QLineEdit *>(QStringLiteral("width"))->text(), QStringLiteral("200"));
-    EXPECT_EQ(reopened.findChild<QLineEdit *>(QStringLiteral("extension"))->text(), QStringLiteral("-small"));
-    EXPECT_EQ(reopened.findChild<QButtonGroup *>(QStringLiteral("sizing"))->checkedId(), 1);
+    EXPECT_EQ(reopened.findChild<QLineEdit *>(u"width"_s)->text(), u"200"_s);
+    EXPECT_EQ(reopened.findChild<QLineEdit *>(u"extension"_s)->text(), u"-small"_s);
+    EXPECT_EQ(reopened.findChild<QButtonGroup *>(u"sizing"_s)->checkedId(), 1);
 }
 
 TEST_F(PreferencesPanelTest, DroppedLocalFilesAreHandedOnInOrder)
 {
     QSignalSpy dropped(panel.get(), &PreferencesPanel::filesDropped);
     QMimeData data;
-    data.setUrls({ QUrl::fromLocalFile(QStringLiteral("/tmp/b.png")),
-        QUrl(QStringLiteral("https://example.org/x.png")),
-        QUrl::fromLocalFile(QStringLiteral("/tmp/a folder")) });
+    data.setUrls({ QUrl::fromLocalFile(u"/tmp/b.png"_s), QUrl(u"https://example.org/x.png"_s),
+        QUrl::fromLocalFile(u"/tmp/a folder"_s) });
     QDragEnterEvent enter(QPoint(10, 10), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
     QCoreApplication::sendEvent(panel.get(), &enter);
     EXPECT_TRUE(enter.isAccepted());
     QDropEvent drop(QPointF(10, 10), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
     QCoreApplication::sendEvent(panel.get(), &drop);
     ASSERT_EQ(dropped.size(), 1);
-    EXPECT_EQ(dropped.at(0).at(0).toStringList(),
-        QStringList({ QStringLiteral("/tmp/b.png"), QStringLiteral("/tmp/a folder") }));
+    EXPECT_EQ(dropped.at(0).at(0).toStringList(), QStringList({ u"/tmp/b.png"_s, u"/tmp/a folder"_s }));
 }
 
 TEST_F(PreferencesPanelTest, TheLayoutMakesRoomForLongerTexts)
 {
     panel->show();
     auto *label = outlet<QLabel>("extensionName");
-    label->setText(QStringLiteral("Name des Unterordners für die Miniaturen:"));
+    label->setText(u"Name des Unterordners für die Miniaturen:"_s);
     panel->adjustSize();
     QCoreApplication::processEvents();
     EXPECT_GE(label->width(), label->sizeHint().width());
@@ -255,14 +255,14 @@ TEST_F(PreferencesPanelTest, TheLayoutMakesRoomForLongerTexts)
 
 TEST(PreferencesPanelValues, FieldsReadTheirLeadingNumber)
 {
-    EXPECT_EQ(PreferencesPanel::integerValue(QStringLiteral("12px")), 12);
-    EXPECT_EQ(PreferencesPanel::integerValue(QStringLiteral("7.9")), 7);
-    EXPECT_EQ(PreferencesPanel::integerValue(QStringLiteral("-7.9")), -7);
-    EXPECT_EQ(PreferencesPanel::integerValue(QStringLiteral("x12")), 0);
-    EXPECT_EQ(PreferencesPanel::integerValue(QStringLiteral("1e30")), std::numeric_limits<qint64>::max());
-    EXPECT_DOUBLE_EQ(PreferencesPanel::floatValue(QStringLiteral("  .5%")), 0.5);
-    EXPECT_DOUBLE_EQ(PreferencesPanel::floatValue(QStringLiteral("2e1")), 20.0);
-    EXPECT_DOUBLE_EQ(PreferencesPanel::floatValue(QStringLiteral("nan")), 0.0);
+    EXPECT_EQ(PreferencesPanel::integerValue(u"12px"_s), 12);
+    EXPECT_EQ(PreferencesPanel::integerValue(u"7.9"_s), 7);
+    EXPECT_EQ(PreferencesPanel::integerValue(u"-7.9"_s), -7);
+    EXPECT_EQ(PreferencesPanel::integerValue(u"x12"_s), 0);
+    EXPECT_EQ(PreferencesPanel::integerValue(u"1e30"_s), std::numeric_limits<qint64>::max());
+    EXPECT_DOUBLE_EQ(PreferencesPanel::floatValue(u"  .5%"_s), 0.5);
+    EXPECT_DOUBLE_EQ(PreferencesPanel::floatValue(u"2e1"_s), 20.0);
+    EXPECT_DOUBLE_EQ(PreferencesPanel::floatValue(u"nan"_s), 0.0);
 }
 
 } // namespace

@@ -8,6 +8,8 @@
 #include <QTest>
 #include <gtest/gtest.h>
 
+using namespace Qt::StringLiterals;
+
 using namespace orvel;
 using namespace orvel::test;
 
@@ -17,17 +19,17 @@ TEST(ProgressWindow, CountsTheFilesDoneOfTheExpectedTotal)
 {
     ProgressWindow window;
     window.addExpectedFiles(3);
-    window.fileStarted(QStringLiteral("/a/one.png"));
-    window.fileFinished(QStringLiteral("/a/one.png"), true);
-    window.fileStarted(QStringLiteral("/a/two.png"));
-    EXPECT_EQ(window.countText(), QStringLiteral("1 of 3 files"));
-    EXPECT_EQ(window.currentFile(), QStringLiteral("/a/two.png"));
+    window.fileStarted(u"/a/one.png"_s);
+    window.fileFinished(u"/a/one.png"_s, true);
+    window.fileStarted(u"/a/two.png"_s);
+    EXPECT_EQ(window.countText(), u"1 of 3 files"_s);
+    EXPECT_EQ(window.currentFile(), u"/a/two.png"_s);
     // More files than expected (the folder grew): the total follows.
     window.fileFinished(QString(), false);
     window.fileStarted(QString());
     window.fileFinished(QString(), true);
     window.fileStarted(QString());
-    EXPECT_EQ(window.countText(), QStringLiteral("3 of 4 files"));
+    EXPECT_EQ(window.countText(), u"3 of 4 files"_s);
 }
 
 TEST(ProgressWindow, AppearsOnceARunHasTakenAboutASecondEvenInTheMiddleOfAFile)
@@ -36,17 +38,17 @@ TEST(ProgressWindow, AppearsOnceARunHasTakenAboutASecondEvenInTheMiddleOfAFile)
     QElapsedTimer clock;
     clock.start();
     window.addExpectedFiles(2);
-    window.fileStarted(QStringLiteral("/a/one.png"));
+    window.fileStarted(u"/a/one.png"_s);
     EXPECT_FALSE(window.isVisible());
     // The event loop runs while the job works; no other file event comes.
     ASSERT_TRUE(processEventsUntil([&] { return window.isVisible(); }, 10000));
     EXPECT_GE(clock.elapsed(), ProgressWindow::ShowDelay * 9 / 10);
-    EXPECT_EQ(window.countText(), QStringLiteral("0 of 2 files"));
+    EXPECT_EQ(window.countText(), u"0 of 2 files"_s);
 
     // Processing stops between two items of one delivery: the run goes on.
-    window.fileFinished(QStringLiteral("/a/one.png"), true);
+    window.fileFinished(u"/a/one.png"_s, true);
     window.runFinished();
-    window.fileStarted(QStringLiteral("/a/two.png"));
+    window.fileStarted(u"/a/two.png"_s);
     EXPECT_TRUE(window.isVisible());
     window.runFinished();
     ASSERT_TRUE(processEventsUntil([&] { return !window.isVisible(); }));
@@ -56,8 +58,8 @@ TEST(ProgressWindow, AppearsOnceARunHasTakenAboutASecondEvenInTheMiddleOfAFile)
 TEST(ProgressWindow, AShortRunNeverShowsIt)
 {
     ProgressWindow window;
-    window.fileStarted(QStringLiteral("/a/one.png"));
-    window.fileFinished(QStringLiteral("/a/one.png"), true);
+    window.fileStarted(u"/a/one.png"_s);
+    window.fileFinished(u"/a/one.png"_s, true);
     window.runFinished();
     QTest::qWait(ProgressWindow::ShowDelay + 200);
     EXPECT_FALSE(window.isVisible());
@@ -66,13 +68,13 @@ TEST(ProgressWindow, AShortRunNeverShowsIt)
 TEST(ProgressWindow, CountFilesSearchesFoldersAndStopsAtTheLimit)
 {
     TempDir dir;
-    QDir(dir.path()).mkpath(QStringLiteral("f/g"));
+    QDir(dir.path()).mkpath(u"f/g"_s);
     for (const char *name : { "f/a", "f/.hidden", "f/g/b", "f/g/c", "single" })
         ASSERT_TRUE(writeBytes(dir.file(QString::fromLatin1(name)), "x"));
     // A link back up is not followed.
-    ASSERT_TRUE(QFile::link(dir.file(QStringLiteral("f")), dir.file(QStringLiteral("f/g/up"))));
-    EXPECT_EQ(countFiles({ dir.file(QStringLiteral("f")), dir.file(QStringLiteral("single")) }), 5);
-    EXPECT_EQ(countFiles({ dir.file(QStringLiteral("f")) }, 2), 2);
+    ASSERT_TRUE(QFile::link(dir.file(u"f"_s), dir.file(u"f/g/up"_s)));
+    EXPECT_EQ(countFiles({ dir.file(u"f"_s), dir.file(u"single"_s) }), 5);
+    EXPECT_EQ(countFiles({ dir.file(u"f"_s) }, 2), 2);
     EXPECT_EQ(countFiles({}), 0);
 }
 

@@ -10,6 +10,8 @@
 #include <random>
 #include <vips/vips8>
 
+using namespace Qt::StringLiterals;
+
 using namespace orvel;
 using namespace orvel::test;
 
@@ -70,8 +72,8 @@ protected:
     void SetUp() override
     {
         qputenv("XDG_CACHE_HOME", cache.path().toUtf8());
-        defaults = std::make_unique<UserDefaults>(settings.file(QStringLiteral("thumbnails.conf")));
-        defaults->setObject(4, QStringLiteral("filetype"));
+        defaults = std::make_unique<UserDefaults>(settings.file(u"thumbnails.conf"_s));
+        defaults->setObject(4, u"filetype"_s);
     }
     TempDir dir, settings, cache;
     std::unique_ptr<UserDefaults> defaults;
@@ -81,14 +83,14 @@ protected:
 
 TEST_P(SharpenJob, PngThumbnailEqualsTheKernelAppliedByHand)
 {
-    const QString source = dir.file(QStringLiteral("picture.png"));
+    const QString source = dir.file(u"picture.png"_s);
     const auto picture = writePicture(source);
-    defaults->setObject(GetParam().setting, QStringLiteral("sharpen"));
+    defaults->setObject(GetParam().setting, u"sharpen"_s);
     QString why;
     ASSERT_TRUE(ThumbnailJob::processFile(source, defaults.get(), &why)) << why.toStdString();
     const auto expected
         = GetParam().divisor ? sharpenedByHand(picture, GetParam().centre, GetParam().divisor) : picture;
-    EXPECT_EQ(rgbOf(dir.file(QStringLiteral("picture_thumb.png"))), expected);
+    EXPECT_EQ(rgbOf(dir.file(u"picture_thumb.png"_s)), expected);
 }
 
 INSTANTIATE_TEST_SUITE_P(ThumbnailJob, SharpenJob,
@@ -99,16 +101,16 @@ TEST(SharpenJobIcon, TheIconIsMadeFromTheSharpenedThumbnail)
 {
     TempDir dir, settings, cache;
     qputenv("XDG_CACHE_HOME", cache.path().toUtf8());
-    UserDefaults defaults(settings.file(QStringLiteral("thumbnails.conf")));
-    defaults.setObject(4, QStringLiteral("filetype"));
-    defaults.setObject(1, QStringLiteral("create"));
-    const QString source = dir.file(QStringLiteral("picture.png"));
+    UserDefaults defaults(settings.file(u"thumbnails.conf"_s));
+    defaults.setObject(4, u"filetype"_s);
+    defaults.setObject(1, u"create"_s);
+    const QString source = dir.file(u"picture.png"_s);
     writePicture(source);
-    const QString out = dir.file(QStringLiteral("picture_thumb.png"));
+    const QString out = dir.file(u"picture_thumb.png"_s);
     const QString icon = IconService::cachePathForFile(out, IconService::CacheSize::Normal);
     ASSERT_TRUE(ThumbnailJob::processFile(source, &defaults));
     const QImage plain = loadImage(icon);
-    defaults.setObject(3, QStringLiteral("sharpen"));
+    defaults.setObject(3, u"sharpen"_s);
     ASSERT_TRUE(ThumbnailJob::processFile(source, &defaults));
     const QImage sharp = loadImage(icon);
     ASSERT_FALSE(plain.isNull());
@@ -119,11 +121,10 @@ TEST(SharpenJobIcon, TheIconIsMadeFromTheSharpenedThumbnail)
 TEST(SharpenCommandLine, SharpenStrongReachesTheJob)
 {
     TempDir dir;
-    const QString source = dir.file(QStringLiteral("picture.png"));
+    const QString source = dir.file(u"picture.png"_s);
     const auto picture = writePicture(source);
-    const int code = runThumbs(dir,
-        { QStringLiteral("--quiet"), QStringLiteral("--format"), QStringLiteral("png"),
-            QStringLiteral("--sharpen"), QStringLiteral("strong"), source });
+    const int code
+        = runThumbs(dir, { u"--quiet"_s, u"--format"_s, u"png"_s, u"--sharpen"_s, u"strong"_s, source });
     ASSERT_EQ(code, 0);
-    EXPECT_EQ(rgbOf(dir.file(QStringLiteral("picture_thumb.png"))), sharpenedByHand(picture, 5, 1));
+    EXPECT_EQ(rgbOf(dir.file(u"picture_thumb.png"_s)), sharpenedByHand(picture, 5, 1));
 }

@@ -14,17 +14,16 @@
 #include <QUuid>
 #include <gtest/gtest.h>
 
+using namespace Qt::StringLiterals;
+
 using namespace orvel;
 using namespace orvel::test;
 
 namespace {
 
-QString uniqueId()
-{
-    return QStringLiteral("org.orvel.ThumbnailsTest.t") + QUuid::createUuid().toString(QUuid::Id128);
-}
+QString uniqueId() { return u"org.orvel.ThumbnailsTest.t"_s + QUuid::createUuid().toString(QUuid::Id128); }
 
-QDBusConnection noBus() { return QDBusConnection(QStringLiteral("no bus")); }
+QDBusConnection noBus() { return QDBusConnection(u"no bus"_s); }
 
 /// A private session bus, started for the test and ended with it.
 class PrivateBus
@@ -32,8 +31,7 @@ class PrivateBus
 public:
     PrivateBus()
     {
-        m_daemon.start(QStringLiteral("dbus-daemon"),
-            { QStringLiteral("--session"), QStringLiteral("--nofork"), QStringLiteral("--print-address=1") });
+        m_daemon.start(u"dbus-daemon"_s, { u"--session"_s, u"--nofork"_s, u"--print-address=1"_s });
         if (!m_daemon.waitForStarted(5000))
             return;
         processEventsUntil([this] { return m_daemon.canReadLine(); }, 5000);
@@ -49,7 +47,7 @@ public:
     QString address() const { return m_address; }
     QDBusConnection connect()
     {
-        const QString name = QStringLiteral("test-%1").arg(m_connections.size());
+        const QString name = u"test-%1"_s.arg(m_connections.size());
         m_connections << name;
         return QDBusConnection::connectToBus(m_address, name);
     }
@@ -62,10 +60,8 @@ private:
 
 TEST(SingleInstance, TheObjectPathComesFromTheApplicationId)
 {
-    EXPECT_EQ(SingleInstance(QStringLiteral("org.orvel.Thumbnails"), noBus()).objectPath(),
-        QStringLiteral("/org/orvel/Thumbnails"));
-    EXPECT_EQ(SingleInstance(QStringLiteral("org.orvel.my-app"), noBus()).objectPath(),
-        QStringLiteral("/org/orvel/my_app"));
+    EXPECT_EQ(SingleInstance(u"org.orvel.Thumbnails"_s, noBus()).objectPath(), u"/org/orvel/Thumbnails"_s);
+    EXPECT_EQ(SingleInstance(u"org.orvel.my-app"_s, noBus()).objectPath(), u"/org/orvel/my_app"_s);
 }
 
 TEST(SingleInstance, WithoutABusASecondInstanceHandsOverThroughTheSocket)
@@ -73,13 +69,13 @@ TEST(SingleInstance, WithoutABusASecondInstanceHandsOverThroughTheSocket)
     const QString id = uniqueId();
     SingleInstance first(id, noBus());
     ASSERT_TRUE(first.listen());
-    EXPECT_EQ(first.transport(), QStringLiteral("socket"));
+    EXPECT_EQ(first.transport(), u"socket"_s);
     QSignalSpy opened(&first, &SingleInstance::openRequested);
     QSignalSpy activated(&first, &SingleInstance::activateRequested);
 
     SingleInstance second(id, noBus());
     EXPECT_FALSE(second.listen());
-    const QStringList paths = { QStringLiteral("/tmp/b b.png"), QStringLiteral("/tmp/ä/a.png") };
+    const QStringList paths = { u"/tmp/b b.png"_s, u"/tmp/ä/a.png"_s };
     ASSERT_TRUE(second.handOver(paths));
     ASSERT_TRUE(processEventsUntil([&] { return opened.size() == 1; }));
     EXPECT_EQ(opened.at(0).at(0).toStringList(), paths);
@@ -126,19 +122,19 @@ TEST(SingleInstance, OnASessionBusTheSecondInstanceCallsOpenAndActivate)
     const QString id = SingleInstance::defaultApplicationId();
     SingleInstance first(id, bus.connect());
     ASSERT_TRUE(first.listen());
-    EXPECT_EQ(first.transport(), QStringLiteral("dbus"));
+    EXPECT_EQ(first.transport(), u"dbus"_s);
     QSignalSpy opened(&first, &SingleInstance::openRequested);
     QSignalSpy activated(&first, &SingleInstance::activateRequested);
 
     // The second launch is the real program, on the same bus.
     QByteArray out;
     QByteArray err;
-    const QString path = QStringLiteral("/tmp/some folder/pic #1.png");
+    const QString path = u"/tmp/some folder/pic #1.png"_s;
     QProcess second;
     second.setProgram(QString::fromUtf8(ORVEL_THUMBNAILS_PATH));
     second.setArguments({ path });
     QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-    env.insert(QStringLiteral("DBUS_SESSION_BUS_ADDRESS"), bus.address());
+    env.insert(u"DBUS_SESSION_BUS_ADDRESS"_s, bus.address());
     second.setProcessEnvironment(env);
     second.start();
     ASSERT_TRUE(processEventsUntil([&] { return second.state() == QProcess::NotRunning; }, 30000));
@@ -159,14 +155,13 @@ TEST(SingleInstance, OnASessionBusTheSecondInstanceCallsOpenAndActivate)
 QProcessEnvironment programEnvironment(const TempDir &home)
 {
     QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-    env.remove(QStringLiteral("DBUS_SESSION_BUS_ADDRESS"));
-    env.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen"));
-    env.insert(QStringLiteral("XDG_CONFIG_HOME"), home.file(QStringLiteral("config")));
-    env.insert(QStringLiteral("XDG_CACHE_HOME"), home.file(QStringLiteral("cache")));
-    QDir(home.path()).mkdir(QStringLiteral("runtime"));
-    QFile::setPermissions(
-        home.file(QStringLiteral("runtime")), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
-    env.insert(QStringLiteral("XDG_RUNTIME_DIR"), home.file(QStringLiteral("runtime")));
+    env.remove(u"DBUS_SESSION_BUS_ADDRESS"_s);
+    env.insert(u"QT_QPA_PLATFORM"_s, u"offscreen"_s);
+    env.insert(u"XDG_CONFIG_HOME"_s, home.file(u"config"_s));
+    env.insert(u"XDG_CACHE_HOME"_s, home.file(u"cache"_s));
+    QDir(home.path()).mkdir(u"runtime"_s);
+    QFile::setPermissions(home.file(u"runtime"_s), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+    env.insert(u"XDG_RUNTIME_DIR"_s, home.file(u"runtime"_s));
     return env;
 }
 
@@ -174,45 +169,45 @@ TEST(DesktopProgram, ALaunchByDropWritesTheThumbnailsAndQuitsByItself)
 {
     TempDir home;
     TempDir pictures;
-    ASSERT_TRUE(writeTestImage(pictures.file(QStringLiteral("one.png")), 80, 60));
-    QDir(pictures.path()).mkdir(QStringLiteral("more"));
-    ASSERT_TRUE(writeTestImage(pictures.file(QStringLiteral("more/two.jpg")), 60, 80));
+    ASSERT_TRUE(writeTestImage(pictures.file(u"one.png"_s), 80, 60));
+    QDir(pictures.path()).mkdir(u"more"_s);
+    ASSERT_TRUE(writeTestImage(pictures.file(u"more/two.jpg"_s), 60, 80));
     QProcess program;
     program.setProcessEnvironment(programEnvironment(home));
-    program.start(QString::fromUtf8(ORVEL_THUMBNAILS_PATH),
-        { pictures.file(QStringLiteral("one.png")), pictures.file(QStringLiteral("more")) });
+    program.start(
+        QString::fromUtf8(ORVEL_THUMBNAILS_PATH), { pictures.file(u"one.png"_s), pictures.file(u"more"_s) });
     ASSERT_TRUE(program.waitForFinished(60000)) << "it did not quit by itself";
     EXPECT_EQ(program.exitStatus(), QProcess::NormalExit);
     EXPECT_EQ(program.exitCode(), 0) << program.readAllStandardError().toStdString();
-    EXPECT_TRUE(QFile::exists(pictures.file(QStringLiteral("one_thumb.jpg"))));
-    EXPECT_TRUE(QFile::exists(pictures.file(QStringLiteral("more/two_thumb.jpg"))));
+    EXPECT_TRUE(QFile::exists(pictures.file(u"one_thumb.jpg"_s)));
+    EXPECT_TRUE(QFile::exists(pictures.file(u"more/two_thumb.jpg"_s)));
 }
 
 TEST(DesktopProgram, WithQuitWhenDoneOffItStaysUntilAnotherLaunchAndTakesItsFiles)
 {
     TempDir home;
     TempDir pictures;
-    QDir(home.path()).mkpath(QStringLiteral("config/orvel"));
-    ASSERT_TRUE(writeBytes(
-        home.file(QStringLiteral("config/orvel/thumbnails.conf")), "QuitWhenDone = false\nfiletype = 4\n"));
-    ASSERT_TRUE(writeTestImage(pictures.file(QStringLiteral("first.jpg")), 80, 60));
-    ASSERT_TRUE(writeTestImage(pictures.file(QStringLiteral("second.jpg")), 80, 60));
+    QDir(home.path()).mkpath(u"config/orvel"_s);
+    ASSERT_TRUE(
+        writeBytes(home.file(u"config/orvel/thumbnails.conf"_s), "QuitWhenDone = false\nfiletype = 4\n"));
+    ASSERT_TRUE(writeTestImage(pictures.file(u"first.jpg"_s), 80, 60));
+    ASSERT_TRUE(writeTestImage(pictures.file(u"second.jpg"_s), 80, 60));
 
     QProcess running;
     running.setProcessEnvironment(programEnvironment(home));
-    running.start(QString::fromUtf8(ORVEL_THUMBNAILS_PATH), { pictures.file(QStringLiteral("first.jpg")) });
+    running.start(QString::fromUtf8(ORVEL_THUMBNAILS_PATH), { pictures.file(u"first.jpg"_s) });
     ASSERT_TRUE(running.waitForStarted());
-    ASSERT_TRUE(processEventsUntil(
-        [&] { return QFile::exists(pictures.file(QStringLiteral("first_thumb.png"))); }, 60000));
+    ASSERT_TRUE(
+        processEventsUntil([&] { return QFile::exists(pictures.file(u"first_thumb.png"_s)); }, 60000));
     EXPECT_FALSE(running.waitForFinished(500)) << "it quit although QuitWhenDone is off";
 
     QProcess second;
     second.setProcessEnvironment(programEnvironment(home));
-    second.start(QString::fromUtf8(ORVEL_THUMBNAILS_PATH), { pictures.file(QStringLiteral("second.jpg")) });
+    second.start(QString::fromUtf8(ORVEL_THUMBNAILS_PATH), { pictures.file(u"second.jpg"_s) });
     ASSERT_TRUE(second.waitForFinished(30000));
     EXPECT_EQ(second.exitCode(), 0) << second.readAllStandardError().toStdString();
-    ASSERT_TRUE(processEventsUntil(
-        [&] { return QFile::exists(pictures.file(QStringLiteral("second_thumb.png"))); }, 60000));
+    ASSERT_TRUE(
+        processEventsUntil([&] { return QFile::exists(pictures.file(u"second_thumb.png"_s)); }, 60000));
     EXPECT_EQ(running.state(), QProcess::Running);
 
     running.terminate();

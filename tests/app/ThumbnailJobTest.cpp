@@ -10,6 +10,8 @@
 #include <gtest/gtest.h>
 #include <vips/vips8>
 
+using namespace Qt::StringLiterals;
+
 using namespace orvel;
 using namespace orvel::test;
 
@@ -21,7 +23,7 @@ protected:
     void SetUp() override
     {
         qputenv("XDG_CACHE_HOME", cache.path().toUtf8());
-        defaults = std::make_unique<UserDefaults>(settings.file(QStringLiteral("thumbnails.conf")));
+        defaults = std::make_unique<UserDefaults>(settings.file(u"thumbnails.conf"_s));
     }
     void set(const char *key, const QVariant &value) { defaults->setObject(value, QString::fromLatin1(key)); }
     bool run(const QString &path, QString *why = nullptr)
@@ -64,16 +66,15 @@ TEST_F(ThumbnailJobTest, NamingRulesPlaceTheThumbnail)
     ASSERT_TRUE(run(file("photo.png")));
     EXPECT_TRUE(QFileInfo::exists(file("_thumbphoto.jpg")));
     set("extensionFormat", 5); // any rule but 0 and 1 is the sub-folder
-    set("extension", QStringLiteral("small"));
+    set("extension", u"small"_s);
     ASSERT_TRUE(run(file("photo.png")));
     EXPECT_TRUE(QFileInfo::exists(file("small/photo.jpg")));
     set("extensionFormat", 1);
-    set("extension", QStringLiteral("-t"));
+    set("extension", u"-t"_s);
     set("filetype", 4);
     ASSERT_TRUE(run(file("photo.png")));
     EXPECT_TRUE(QFileInfo::exists(file("photo-t.png")));
-    EXPECT_EQ(ThumbnailJob::outputPathForFile(QStringLiteral("/a/b/c.d.png"), defaults.get()),
-        QStringLiteral("/a/b/c.d-t.png"));
+    EXPECT_EQ(ThumbnailJob::outputPathForFile(u"/a/b/c.d.png"_s, defaults.get()), u"/a/b/c.d-t.png"_s);
 }
 
 TEST_F(ThumbnailJobTest, SizesFollowTheBoxOrTheScaleWithoutEnlarging)
@@ -123,7 +124,7 @@ TEST_F(ThumbnailJobTest, EveryOutputFormatIsWrittenAndUnknownOnesFail)
     QString why;
     EXPECT_FALSE(run(file("p.png"), &why));
     EXPECT_EQ(entries(), before);
-    EXPECT_TRUE(why.contains(QStringLiteral("format")));
+    EXPECT_TRUE(why.contains(u"format"_s));
 }
 
 TEST_F(ThumbnailJobTest, UnknownCreateModesDoNothing)
@@ -133,7 +134,7 @@ TEST_F(ThumbnailJobTest, UnknownCreateModesDoNothing)
         set("create", mode);
         EXPECT_FALSE(run(file("p.png")));
     }
-    EXPECT_EQ(entries(), QStringList { QStringLiteral("p.png") });
+    EXPECT_EQ(entries(), QStringList { u"p.png"_s });
 }
 
 TEST_F(ThumbnailJobTest, IconModesWriteTheThumbnailCacheAndKeepTheSourceDate)
@@ -142,7 +143,7 @@ TEST_F(ThumbnailJobTest, IconModesWriteTheThumbnailCacheAndKeepTheSourceDate)
     const std::optional<FileTime> before = FileManager::fileModificationDateAtPath(file("p.png"));
     set("create", 2);
     ASSERT_TRUE(run(file("p.png")));
-    EXPECT_EQ(entries(), QStringList { QStringLiteral("p.png") });
+    EXPECT_EQ(entries(), QStringList { u"p.png"_s });
     EXPECT_EQ(FileManager::fileModificationDateAtPath(file("p.png")), before);
     EXPECT_TRUE(
         QFileInfo::exists(IconService::cachePathForFile(file("p.png"), IconService::CacheSize::Normal)));
@@ -173,9 +174,9 @@ TEST_F(ThumbnailJobTest, OriginalsAreNeverReplacedAndBadFilesSayWhy)
     QString why;
     EXPECT_FALSE(run(file("photo.jpg"), &why)); // the output path is the source itself
     EXPECT_EQ(readBytes(file("photo.jpg")), original);
-    EXPECT_TRUE(why.contains(QStringLiteral("replace"))) << why.toStdString();
+    EXPECT_TRUE(why.contains(u"replace"_s)) << why.toStdString();
 
-    set("extension", QStringLiteral("_thumb"));
+    set("extension", u"_thumb"_s);
     ASSERT_TRUE(writeBytes(file("notes.txt"), "hello"));
     ASSERT_TRUE(writeBytes(file("broken.png"), "\x89PNG\r\n\x1a\n garbage"));
     ASSERT_TRUE(writeBytes(file("empty.jpg"), ""));
@@ -189,7 +190,7 @@ TEST_F(ThumbnailJobTest, OriginalsAreNeverReplacedAndBadFilesSayWhy)
     why.clear();
     EXPECT_FALSE(run(file("photo.jpg"), &why));
     EXPECT_TRUE(QFileInfo(file("photo_thumb.jpg")).isDir());
-    EXPECT_TRUE(why.contains(QStringLiteral("cannot write"))) << why.toStdString();
+    EXPECT_TRUE(why.contains(u"cannot write"_s)) << why.toStdString();
 }
 
 TEST_F(ThumbnailJobTest, QualityAndInterpolationReachTheOutput)

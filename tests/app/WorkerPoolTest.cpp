@@ -22,6 +22,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+using namespace Qt::StringLiterals;
+
 using namespace orvel;
 using orvel::test::runThumbs;
 using orvel::test::TempDir;
@@ -72,21 +74,21 @@ QStringList walkOrder(const QString &root)
 /// and taken up again, a file that is not an image, nested folders, one large picture.
 void makeMixedTree(const QString &root)
 {
-    QDir().mkpath(root + QStringLiteral("/sub/deeper"));
-    QDir().mkpath(root + QStringLiteral("/empty"));
-    ASSERT_TRUE(orvel::test::writeTestImage(root + QStringLiteral("/a.png"), 300, 200));
-    ASSERT_TRUE(orvel::test::writeSolidImage(root + QStringLiteral("/a.gif"), 120, 80, Qt::red));
-    ASSERT_TRUE(orvel::test::writeTestImage(root + QStringLiteral("/b.jpg"), 200, 300));
-    ASSERT_TRUE(orvel::test::writeSolidImage(root + QStringLiteral("/b_thumb.jpg"), 90, 60, Qt::green));
-    ASSERT_TRUE(orvel::test::writeTestImage(root + QStringLiteral("/big.png"), 2000, 1500, true));
-    ASSERT_TRUE(orvel::test::writeBytes(root + QStringLiteral("/notes.txt"), "not a picture"));
-    ASSERT_TRUE(orvel::test::writeBytes(root + QStringLiteral("/broken.png"), "\x89PNG\r\n\x1a\n truncated"));
-    ASSERT_TRUE(orvel::test::writeTestImage(root + QStringLiteral("/sub/c.png"), 64, 64, true));
-    ASSERT_TRUE(orvel::test::writeTestImage(root + QStringLiteral("/sub/c.tiff"), 50, 70));
-    ASSERT_TRUE(orvel::test::writeTestImage(root + QStringLiteral("/sub/deeper/e.png"), 500, 20));
+    QDir().mkpath(root + u"/sub/deeper"_s);
+    QDir().mkpath(root + u"/empty"_s);
+    ASSERT_TRUE(orvel::test::writeTestImage(root + u"/a.png"_s, 300, 200));
+    ASSERT_TRUE(orvel::test::writeSolidImage(root + u"/a.gif"_s, 120, 80, Qt::red));
+    ASSERT_TRUE(orvel::test::writeTestImage(root + u"/b.jpg"_s, 200, 300));
+    ASSERT_TRUE(orvel::test::writeSolidImage(root + u"/b_thumb.jpg"_s, 90, 60, Qt::green));
+    ASSERT_TRUE(orvel::test::writeTestImage(root + u"/big.png"_s, 2000, 1500, true));
+    ASSERT_TRUE(orvel::test::writeBytes(root + u"/notes.txt"_s, "not a picture"));
+    ASSERT_TRUE(orvel::test::writeBytes(root + u"/broken.png"_s, "\x89PNG\r\n\x1a\n truncated"));
+    ASSERT_TRUE(orvel::test::writeTestImage(root + u"/sub/c.png"_s, 64, 64, true));
+    ASSERT_TRUE(orvel::test::writeTestImage(root + u"/sub/c.tiff"_s, 50, 70));
+    ASSERT_TRUE(orvel::test::writeTestImage(root + u"/sub/deeper/e.png"_s, 500, 20));
     for (int i = 0; i < 12; ++i) {
         ASSERT_TRUE(orvel::test::writeSolidImage(
-            root + QStringLiteral("/n%1.png").arg(i), 40 + i, 30, QColor(i * 20, 255 - i * 20, 128)));
+            root + u"/n%1.png"_s.arg(i), 40 + i, 30, QColor(i * 20, 255 - i * 20, 128)));
     }
 }
 
@@ -104,14 +106,10 @@ public:
         QString reason;
         const bool ok = ThumbnailJob::processFile(path, &m_defaults, &reason);
         if (!ok)
-            failures << path + QStringLiteral(": ")
-                    + (reason.isEmpty() ? QStringLiteral("no thumbnail made") : reason);
+            failures << path + u": "_s + (reason.isEmpty() ? u"no thumbnail made"_s : reason);
         return ok;
     }
-    void failed(const QString &path, const QString &reason) override
-    {
-        failures << path + QStringLiteral(": ") + reason;
-    }
+    void failed(const QString &path, const QString &reason) override { failures << path + u": "_s + reason; }
 
     QStringList failures;
 
@@ -122,11 +120,11 @@ private:
 /// The per-file lines of a run's standard error (the summary left out), with root written as ROOT.
 QStringList failureLines(const QByteArray &err, const QString &root)
 {
-    static const QRegularExpression summary(QStringLiteral("^\\d+ thumbnails? made, "));
+    static const QRegularExpression summary(u"^\\d+ thumbnails? made, "_s);
     QStringList lines = QString::fromLocal8Bit(err).split(u'\n', Qt::SkipEmptyParts);
     lines.removeIf([](const QString &line) { return summary.match(line).hasMatch(); });
     for (QString &line : lines)
-        line.replace(root, QStringLiteral("ROOT"));
+        line.replace(root, u"ROOT"_s);
     return lines;
 }
 
@@ -159,14 +157,14 @@ private:
 QList<qint64> liveProcessesInGroup(qint64 group)
 {
     QList<qint64> result;
-    const QStringList entries = QDir(QStringLiteral("/proc")).entryList(QDir::Dirs | QDir::NoDotAndDotDot);
+    const QStringList entries = QDir(u"/proc"_s).entryList(QDir::Dirs | QDir::NoDotAndDotDot);
     for (const QString &entry : entries) {
         bool isPid = false;
         const qint64 pid = entry.toLongLong(&isPid);
         if (!isPid)
             continue;
         // "pid (name) state ppid pgrp ...": the name may hold anything, so look after its last ")".
-        const QByteArray stat = orvel::test::readBytes(QStringLiteral("/proc/%1/stat").arg(pid));
+        const QByteArray stat = orvel::test::readBytes(u"/proc/%1/stat"_s.arg(pid));
         const QList<QByteArray> fields = stat.mid(stat.lastIndexOf(')') + 2).split(' ');
         if (fields.size() > 2 && fields[0] != "Z" && fields[2].toLongLong() == group)
             result << pid;
@@ -176,9 +174,8 @@ QList<qint64> liveProcessesInGroup(qint64 group)
 
 int openDescriptors()
 {
-    return int(QDir(QStringLiteral("/proc/self/fd"))
-                   .entryList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::System)
-                   .size());
+    return int(
+        QDir(u"/proc/self/fd"_s).entryList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::System).size());
 }
 
 /// Compares one-by-one processing of a tree in this process with orvel-thumbs -j1 and -j3 on copies.
@@ -186,8 +183,7 @@ void expectParallelRunsMatchOneByOne(
     const QStringList &options, const QStringList &argumentsInRoot, const QVariantMap &settings)
 {
     TempDir dir;
-    const QStringList roots
-        = { dir.file(QStringLiteral("one")), dir.file(QStringLiteral("j1")), dir.file(QStringLiteral("j3")) };
+    const QStringList roots = { dir.file(u"one"_s), dir.file(u"j1"_s), dir.file(u"j3"_s) };
     for (const QString &root : roots)
         makeMixedTree(root);
     if (walkOrder(roots[0]) != walkOrder(roots[1]) || walkOrder(roots[0]) != walkOrder(roots[2]))
@@ -200,21 +196,21 @@ void expectParallelRunsMatchOneByOne(
         return arguments;
     };
 
-    UserDefaults defaults(dir.file(QStringLiteral("one.conf")));
+    UserDefaults defaults(dir.file(u"one.conf"_s));
     defaults.setArgumentDomain(settings);
     InProcessRun oneByOne(defaults);
     bool ok = true;
     for (const QString &path : argumentsFor(roots[0]))
         ok = FolderWalk::processPath(path, oneByOne) && ok;
     for (QString &line : oneByOne.failures)
-        line.replace(roots[0], QStringLiteral("ROOT"));
+        line.replace(roots[0], u"ROOT"_s);
 
     QByteArray errJ1;
     QByteArray errJ3;
-    const int statusJ1 = runThumbs(
-        dir, options + QStringList { QStringLiteral("-j1") } + argumentsFor(roots[1]), nullptr, &errJ1);
-    const int statusJ3 = runThumbs(
-        dir, options + QStringList { QStringLiteral("-j3") } + argumentsFor(roots[2]), nullptr, &errJ3);
+    const int statusJ1
+        = runThumbs(dir, options + QStringList { u"-j1"_s } + argumentsFor(roots[1]), nullptr, &errJ1);
+    const int statusJ3
+        = runThumbs(dir, options + QStringList { u"-j3"_s } + argumentsFor(roots[2]), nullptr, &errJ3);
 
     EXPECT_EQ(statusJ1, ok ? 0 : 1);
     EXPECT_EQ(statusJ3, ok ? 0 : 1);
@@ -229,48 +225,36 @@ void expectParallelRunsMatchOneByOne(
 
 TEST(WorkerPool, ParallelRunMakesTheFilesOfOneByOneProcessing)
 {
-    expectParallelRunsMatchOneByOne({ QStringLiteral("--quiet") },
-        { QString(), QStringLiteral("a.png"), QStringLiteral("a.png"), QStringLiteral("b_thumb_thumb.jpg"),
-            QStringLiteral("sub") },
-        {});
+    expectParallelRunsMatchOneByOne(
+        { u"--quiet"_s }, { QString(), u"a.png"_s, u"a.png"_s, u"b_thumb_thumb.jpg"_s, u"sub"_s }, {});
 }
 
 TEST(WorkerPool, ParallelRunIntoSubFoldersMakesTheFilesOfOneByOneProcessing)
 {
     // The sub-folders made by the first jobs are walked again by the later arguments.
-    expectParallelRunsMatchOneByOne(
-        { QStringLiteral("--folder"), QStringLiteral("t"), QStringLiteral("-f"), QStringLiteral("png") },
-        { QString(), QStringLiteral("t"), QStringLiteral("sub/t"), QStringLiteral("t") },
-        { { QStringLiteral("extensionFormat"), qint64(2) },
-            { QStringLiteral("extension"), QStringLiteral("t") },
-            { QStringLiteral("filetype"), qint64(4) } });
+    expectParallelRunsMatchOneByOne({ u"--folder"_s, u"t"_s, u"-f"_s, u"png"_s },
+        { QString(), u"t"_s, u"sub/t"_s, u"t"_s },
+        { { u"extensionFormat"_s, qint64(2) }, { u"extension"_s, u"t"_s }, { u"filetype"_s, qint64(4) } });
 }
 
 TEST(WorkerPool, LaterFileWithTheSameOutputWins)
 {
     TempDir dir;
     // The first file is much slower than the second, so in parallel it would finish last.
-    ASSERT_TRUE(orvel::test::writeSolidImage(dir.file(QStringLiteral("photo.png")), 4000, 3000, Qt::blue));
-    ASSERT_TRUE(orvel::test::writeSolidImage(dir.file(QStringLiteral("photo.gif")), 40, 30, Qt::red));
-    const QString output = dir.file(QStringLiteral("photo_thumb.png"));
-    const QStringList options
-        = { QStringLiteral("--quiet"), QStringLiteral("-j2"), QStringLiteral("-f"), QStringLiteral("png") };
+    ASSERT_TRUE(orvel::test::writeSolidImage(dir.file(u"photo.png"_s), 4000, 3000, Qt::blue));
+    ASSERT_TRUE(orvel::test::writeSolidImage(dir.file(u"photo.gif"_s), 40, 30, Qt::red));
+    const QString output = dir.file(u"photo_thumb.png"_s);
+    const QStringList options = { u"--quiet"_s, u"-j2"_s, u"-f"_s, u"png"_s };
 
-    ASSERT_EQ(runThumbs(dir,
-                  options
-                      + QStringList { dir.file(QStringLiteral("photo.png")),
-                          dir.file(QStringLiteral("photo.gif")) }),
-        0);
+    ASSERT_EQ(
+        runThumbs(dir, options + QStringList { dir.file(u"photo.png"_s), dir.file(u"photo.gif"_s) }), 0);
     QImage thumb = orvel::test::loadImage(output);
     ASSERT_FALSE(thumb.isNull());
     EXPECT_EQ(thumb.size(), QSize(40, 30));
     EXPECT_TRUE(orvel::test::colourNear(thumb.pixelColor(10, 10), Qt::red, 2));
 
-    ASSERT_EQ(runThumbs(dir,
-                  options
-                      + QStringList { dir.file(QStringLiteral("photo.gif")),
-                          dir.file(QStringLiteral("photo.png")) }),
-        0);
+    ASSERT_EQ(
+        runThumbs(dir, options + QStringList { dir.file(u"photo.gif"_s), dir.file(u"photo.png"_s) }), 0);
     thumb = orvel::test::loadImage(output);
     EXPECT_EQ(thumb.size(), QSize(128, 96));
     EXPECT_TRUE(orvel::test::colourNear(thumb.pixelColor(10, 10), Qt::blue, 2));
@@ -279,53 +263,48 @@ TEST(WorkerPool, LaterFileWithTheSameOutputWins)
 TEST(WorkerPool, FilesAndFoldersMadeByEarlierJobsAreThereForLaterPaths)
 {
     TempDir dir;
-    ASSERT_TRUE(orvel::test::writeTestImage(dir.file(QStringLiteral("a.png")), 3000, 2000));
-    EXPECT_EQ(runThumbs(dir,
-                  { QStringLiteral("--quiet"), QStringLiteral("-j2"), dir.file(QStringLiteral("a.png")),
-                      dir.file(QStringLiteral("a_thumb.jpg")) }),
-        0);
-    EXPECT_TRUE(QFile::exists(dir.file(QStringLiteral("a_thumb_thumb.jpg"))));
+    ASSERT_TRUE(orvel::test::writeTestImage(dir.file(u"a.png"_s), 3000, 2000));
+    EXPECT_EQ(
+        runThumbs(dir, { u"--quiet"_s, u"-j2"_s, dir.file(u"a.png"_s), dir.file(u"a_thumb.jpg"_s) }), 0);
+    EXPECT_TRUE(QFile::exists(dir.file(u"a_thumb_thumb.jpg"_s)));
 
     EXPECT_EQ(runThumbs(dir,
-                  { QStringLiteral("--quiet"), QStringLiteral("-j2"), QStringLiteral("--folder"),
-                      QStringLiteral("small"), dir.file(QStringLiteral("a.png")),
-                      dir.file(QStringLiteral("small")) }),
+                  { u"--quiet"_s, u"-j2"_s, u"--folder"_s, u"small"_s, dir.file(u"a.png"_s),
+                      dir.file(u"small"_s) }),
         0);
-    EXPECT_TRUE(QFile::exists(dir.file(QStringLiteral("small/small/a.jpg"))));
+    EXPECT_TRUE(QFile::exists(dir.file(u"small/small/a.jpg"_s)));
 }
 
 TEST(WorkerPool, PathsWithAnyCharactersReachTheJob)
 {
     TempDir dir;
-    const QString name = QStringLiteral("we ird\nname \"ü\" \\ %s.png");
+    const QString name = u"we ird\nname \"ü\" \\ %s.png"_s;
     ASSERT_TRUE(orvel::test::writeTestImage(dir.file(name), 30, 20));
-    EXPECT_EQ(runThumbs(dir, { QStringLiteral("--quiet"), QStringLiteral("-j2"), dir.path() }), 0);
-    EXPECT_TRUE(QFile::exists(dir.file(QStringLiteral("we ird\nname \"ü\" \\ %s_thumb.jpg"))));
+    EXPECT_EQ(runThumbs(dir, { u"--quiet"_s, u"-j2"_s, dir.path() }), 0);
+    EXPECT_TRUE(QFile::exists(dir.file(u"we ird\nname \"ü\" \\ %s_thumb.jpg"_s)));
 }
 
 TEST(WorkerPool, FileThatOverrunsTheTimeLimitFailsAndTheBatchGoesOn)
 {
     TempDir dir;
-    ASSERT_TRUE(orvel::test::writeBytes(dir.file(QStringLiteral("loop.ps")), LoopingPostScript));
-    ASSERT_TRUE(orvel::test::writeTestImage(dir.file(QStringLiteral("good.png")), 60, 40));
+    ASSERT_TRUE(orvel::test::writeBytes(dir.file(u"loop.ps"_s), LoopingPostScript));
+    ASSERT_TRUE(orvel::test::writeTestImage(dir.file(u"good.png"_s), 60, 40));
     QByteArray err;
-    EXPECT_EQ(runThumbs(dir,
-                  { QStringLiteral("-j1"), QStringLiteral("--timeout"), QStringLiteral("1"),
-                      dir.file(QStringLiteral("loop.ps")), dir.file(QStringLiteral("good.png")) },
-                  nullptr, &err),
+    EXPECT_EQ(
+        runThumbs(dir, { u"-j1"_s, u"--timeout"_s, u"1"_s, dir.file(u"loop.ps"_s), dir.file(u"good.png"_s) },
+            nullptr, &err),
         1);
-    EXPECT_TRUE(
-        err.contains(QFile::encodeName(dir.file(QStringLiteral("loop.ps"))) + ": timed out after 1 s\n"))
+    EXPECT_TRUE(err.contains(QFile::encodeName(dir.file(u"loop.ps"_s)) + ": timed out after 1 s\n"))
         << err.toStdString();
     EXPECT_TRUE(err.contains("1 thumbnail made, 1 failed")) << err.toStdString();
-    EXPECT_TRUE(QFile::exists(dir.file(QStringLiteral("good_thumb.jpg"))));
-    EXPECT_EQ(leftovers(dir.file(QStringLiteral("tmp"))), QStringList());
+    EXPECT_TRUE(QFile::exists(dir.file(u"good_thumb.jpg"_s)));
+    EXPECT_EQ(leftovers(dir.file(u"tmp"_s)), QStringList());
 
     // Nothing the killed worker started (Ghostscript) runs on.
-    QDirIterator processes(QStringLiteral("/proc"), QDir::Dirs | QDir::NoDotAndDotDot);
+    QDirIterator processes(u"/proc"_s, QDir::Dirs | QDir::NoDotAndDotDot);
     while (processes.hasNext()) {
         const QString cmdline
-            = QString::fromLocal8Bit(orvel::test::readBytes(processes.next() + QStringLiteral("/cmdline")));
+            = QString::fromLocal8Bit(orvel::test::readBytes(processes.next() + u"/cmdline"_s));
         EXPECT_FALSE(cmdline.contains(dir.path())) << cmdline.toStdString();
     }
 }
@@ -333,12 +312,12 @@ TEST(WorkerPool, FileThatOverrunsTheTimeLimitFailsAndTheBatchGoesOn)
 TEST(WorkerPool, KilledWorkerAnswersNoAndIsReplacedLeavingNothingBehind)
 {
     TempDir dir;
-    ASSERT_TRUE(orvel::test::writeBytes(dir.file(QStringLiteral("loop.ps")), LoopingPostScript));
-    ASSERT_TRUE(orvel::test::writeTestImage(dir.file(QStringLiteral("good.png")), 60, 40));
+    ASSERT_TRUE(orvel::test::writeBytes(dir.file(u"loop.ps"_s), LoopingPostScript));
+    ASSERT_TRUE(orvel::test::writeTestImage(dir.file(u"good.png"_s), 60, 40));
     // The workers inherit this process's environment.
-    QDir().mkpath(dir.file(QStringLiteral("tmp")));
-    const EnvironmentOverride config("XDG_CONFIG_HOME", dir.file(QStringLiteral("config")));
-    const EnvironmentOverride temporary("TMPDIR", dir.file(QStringLiteral("tmp")));
+    QDir().mkpath(dir.file(u"tmp"_s));
+    const EnvironmentOverride config("XDG_CONFIG_HOME", dir.file(u"config"_s));
+    const EnvironmentOverride temporary("TMPDIR", dir.file(u"tmp"_s));
     const int descriptorsBefore = openDescriptors();
 
     QList<WorkerPool::Result> results;
@@ -350,7 +329,7 @@ TEST(WorkerPool, KilledWorkerAnswersNoAndIsReplacedLeavingNothingBehind)
         options.timeoutSeconds = 0;
         WorkerPool pool(options, [&](const WorkerPool::Result &result) { results << result; });
 
-        pool.submit(1, dir.file(QStringLiteral("loop.ps")), dir.file(QStringLiteral("loop_thumb.jpg")));
+        pool.submit(1, dir.file(u"loop.ps"_s), dir.file(u"loop_thumb.jpg"_s));
         ASSERT_EQ(pool.runningCount(), 1);
         const qint64 busy = pool.workerProcessIds().value(0);
         ASSERT_GT(busy, 0);
@@ -359,7 +338,7 @@ TEST(WorkerPool, KilledWorkerAnswersNoAndIsReplacedLeavingNothingBehind)
             ::usleep(10000);
         ASSERT_EQ(::kill(pid_t(busy), SIGKILL), 0);
 
-        pool.submit(2, dir.file(QStringLiteral("good.png")), dir.file(QStringLiteral("good_thumb.jpg")));
+        pool.submit(2, dir.file(u"good.png"_s), dir.file(u"good_thumb.jpg"_s));
         pool.waitForAll();
         workers << busy << pool.workerProcessIds();
         EXPECT_EQ(workers.size(), 2);
@@ -369,11 +348,11 @@ TEST(WorkerPool, KilledWorkerAnswersNoAndIsReplacedLeavingNothingBehind)
     ASSERT_EQ(results.size(), 2);
     EXPECT_EQ(results[0].tag, 1);
     EXPECT_FALSE(results[0].ok);
-    EXPECT_TRUE(results[0].reason.startsWith(QStringLiteral("the decoder crashed (signal 9")))
+    EXPECT_TRUE(results[0].reason.startsWith(u"the decoder crashed (signal 9"_s))
         << results[0].reason.toStdString();
     EXPECT_EQ(results[1].tag, 2);
     EXPECT_TRUE(results[1].ok) << results[1].reason.toStdString();
-    EXPECT_TRUE(QFile::exists(dir.file(QStringLiteral("good_thumb.jpg"))));
+    EXPECT_TRUE(QFile::exists(dir.file(u"good_thumb.jpg"_s)));
 
     // Every worker was reaped (no zombies), its process group is empty, and no descriptor leaked.
     for (qint64 pid : workers) {
@@ -382,5 +361,5 @@ TEST(WorkerPool, KilledWorkerAnswersNoAndIsReplacedLeavingNothingBehind)
         EXPECT_EQ(liveProcessesInGroup(pid), QList<qint64>());
     }
     EXPECT_EQ(openDescriptors(), descriptorsBefore);
-    EXPECT_EQ(leftovers(dir.file(QStringLiteral("tmp"))), QStringList());
+    EXPECT_EQ(leftovers(dir.file(u"tmp"_s)), QStringList());
 }

@@ -8,6 +8,8 @@
 #include <QFileInfo>
 #include <gtest/gtest.h>
 
+using namespace Qt::StringLiterals;
+
 using namespace orvel;
 using orvel::test::TempDir;
 using orvel::test::writeBytes;
@@ -83,7 +85,7 @@ TEST(LinkResolution, MissingPathsComeBackStandardised)
 TEST(LinkResolution, EmptyPathGivesNull)
 {
     EXPECT_TRUE(stringByResolvingLinkOfPath(QString()).isNull());
-    EXPECT_TRUE(stringByResolvingLinkOfPath(QStringLiteral("")).isNull());
+    EXPECT_TRUE(stringByResolvingLinkOfPath(u""_s).isNull());
     EXPECT_EQ(stringByResolvingSymlinksInPath(QString()), QString());
 }
 

@@ -7,6 +7,8 @@
 #include <gtest/gtest.h>
 #include <vector>
 
+using namespace Qt::StringLiterals;
+
 using namespace orvel;
 using namespace orvel::test;
 
@@ -83,7 +85,7 @@ TEST(ImageEffects, NegativeImageTakesTheFirstRepresentationOnly)
     EXPECT_EQ(bytesOf(*negative->bitmapImageRep()), (Bytes { 254, 253, 252, 251, 250, 249 }));
 
     TempDir dir;
-    const QString pdf = dir.file(QStringLiteral("page.pdf"));
+    const QString pdf = dir.file(u"page.pdf"_s);
     ASSERT_TRUE(writeTestPdf(pdf, 72, 72, Qt::blue));
     EXPECT_EQ(Image::initByReferencingFile(pdf)->negativeImage(), nullptr);
 }
@@ -112,7 +114,7 @@ TEST(ImageEffects, TintComposesOnPremultipliedPixels)
 TEST(ImageEffects, TintRendersADocumentIntoABitmap)
 {
     TempDir dir;
-    const QString pdf = dir.file(QStringLiteral("page.pdf"));
+    const QString pdf = dir.file(u"page.pdf"_s);
     ASSERT_TRUE(writeTestPdf(pdf, 20, 10, Qt::blue));
     ImagePtr image = Image::initByReferencingFile(pdf);
     image->tintWithColor(QColor(255, 0, 0), CompositingOperation::SourceAtop);

@@ -5,6 +5,8 @@
 #include <gtest/gtest.h>
 #include <vips/vips8>
 
+using namespace Qt::StringLiterals;
+
 using namespace orvel;
 using namespace orvel::test;
 
@@ -48,8 +50,8 @@ TEST(ImageEncoding, EveryFileTypeDecodesBackToTheSamePicture)
 TEST(ImageEncoding, TheCompressionFactorControlsJpegQuality)
 {
     TempDir dir;
-    ASSERT_TRUE(writeTestImage(dir.file(QStringLiteral("p.png")), 256, 256));
-    auto rep = BitmapImageRep::fromQImage(loadImage(dir.file(QStringLiteral("p.png"))));
+    ASSERT_TRUE(writeTestImage(dir.file(u"p.png"_s), 256, 256));
+    auto rep = BitmapImageRep::fromQImage(loadImage(dir.file(u"p.png"_s)));
     const QByteArray low = rep->representationUsingType(JPEGFileType, 0.1f);
     const QByteArray high = rep->representationUsingType(JPEGFileType, 1.0f);
     EXPECT_LT(low.size(), high.size());
@@ -98,7 +100,7 @@ TEST(ImageEncoding, ImagesEncodeTheirBestBitmapAndTiffData)
     EXPECT_TRUE(tiff.startsWith("II*") || tiff.startsWith("MM"));
     QString extension;
     const QByteArray best = image->bestRepresentationAndFileExtension(&extension);
-    EXPECT_EQ(extension, QStringLiteral("tiff"));
+    EXPECT_EQ(extension, u"tiff"_s);
     EXPECT_EQ(decode(best).width(), 30);
     EXPECT_EQ(decode(image->snapshotData()).width(), 30);
     ImagePtr again = image->bitmapImage();

@@ -6,6 +6,8 @@
 #include <cstring>
 #include <gtest/gtest.h>
 
+using namespace Qt::StringLiterals;
+
 using namespace orvel;
 using namespace orvel::test;
 
@@ -59,7 +61,7 @@ TEST(ImageFilters, OneFilterableBitmapIsEnoughForCanFilter)
 TEST(ImageFilters, DocumentImagesAreLeftAlone)
 {
     TempDir dir;
-    const QString pdf = dir.file(QStringLiteral("page.pdf"));
+    const QString pdf = dir.file(u"page.pdf"_s);
     ASSERT_TRUE(writeTestPdf(pdf, 72, 72, Qt::blue));
     ImagePtr image = Image::initByReferencingFile(pdf);
     ASSERT_TRUE(image);

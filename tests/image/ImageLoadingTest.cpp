@@ -4,13 +4,15 @@
 
 #include <gtest/gtest.h>
 
+using namespace Qt::StringLiterals;
+
 using namespace orvel;
 using namespace orvel::test;
 
 TEST(ImageLoading, ThumbnailForFileReportsSizeAndMetadataWithoutDecoding)
 {
     TempDir dir;
-    const QString path = dir.file(QStringLiteral("wide.png"));
+    const QString path = dir.file(u"wide.png"_s);
     ASSERT_TRUE(writeTestImage(path, 300, 100, true));
     QVariantMap properties;
     ImagePtr image = Image::thumbnailForFile(path, 32767, true, true, &properties);
@@ -18,8 +20,8 @@ TEST(ImageLoading, ThumbnailForFileReportsSizeAndMetadataWithoutDecoding)
     EXPECT_EQ(image->size(), QSizeF(300, 100));
     EXPECT_TRUE(image->hasAlpha());
     EXPECT_TRUE(image->bitmapImageRep()->isLazy());
-    EXPECT_EQ(properties.value(QStringLiteral("PixelWidth")).toInt(), 300);
-    EXPECT_EQ(properties.value(QStringLiteral("HasAlpha")).toBool(), true);
+    EXPECT_EQ(properties.value(u"PixelWidth"_s).toInt(), 300);
+    EXPECT_EQ(properties.value(u"HasAlpha"_s).toBool(), true);
     // The long side is limited to the maximum pixel size.
     ImagePtr small = Image::thumbnailForFile(path, 150);
     ASSERT_TRUE(small);
@@ -31,12 +33,12 @@ TEST(ImageLoading, ThumbnailForFileReportsSizeAndMetadataWithoutDecoding)
 TEST(ImageLoading, BadFilesGiveNilAndLeaveThePropertiesEmpty)
 {
     TempDir dir;
-    const QString empty = dir.file(QStringLiteral("empty.png"));
-    const QString junk = dir.file(QStringLiteral("junk.png"));
+    const QString empty = dir.file(u"empty.png"_s);
+    const QString junk = dir.file(u"junk.png"_s);
     ASSERT_TRUE(writeBytes(empty, {}));
     ASSERT_TRUE(writeBytes(junk, QByteArray(4096, 'x')));
-    for (const QString &path : { QString(), dir.file(QStringLiteral("missing.png")), empty, junk }) {
-        QVariantMap properties { { QStringLiteral("stale"), 1 } };
+    for (const QString &path : { QString(), dir.file(u"missing.png"_s), empty, junk }) {
+        QVariantMap properties { { u"stale"_s, 1 } };
         QString why;
         EXPECT_FALSE(Image::thumbnailForFile(path, 32767, true, true, &properties, &why)) << path;
         EXPECT_TRUE(properties.isEmpty());
@@ -47,23 +49,23 @@ TEST(ImageLoading, BadFilesGiveNilAndLeaveThePropertiesEmpty)
 TEST(ImageLoading, DecompressionBombsAreRefusedBeforeDecoding)
 {
     TempDir dir;
-    const QString bomb = dir.file(QStringLiteral("bomb.png"));
+    const QString bomb = dir.file(u"bomb.png"_s);
     ASSERT_TRUE(writeBytes(bomb, pngDeclaring(200000, 200000)));
     QString why;
     EXPECT_FALSE(Image::thumbnailForFile(bomb, 32767, true, true, nullptr, &why));
-    EXPECT_TRUE(why.contains(QStringLiteral("too large"))) << why.toStdString();
+    EXPECT_TRUE(why.contains(u"too large"_s)) << why.toStdString();
 }
 
 TEST(ImageLoading, ReferencedFilesAreReadWhenFirstNeeded)
 {
     TempDir dir;
-    const QString path = dir.file(QStringLiteral("late.png"));
+    const QString path = dir.file(u"late.png"_s);
     ImagePtr image = Image::initByReferencingFile(path);
     ASSERT_TRUE(image); // nothing is read yet
     ASSERT_TRUE(writeTestImage(path, 20, 10));
     EXPECT_EQ(image->size(), QSizeF(20, 10));
     EXPECT_TRUE(image->isReallyValid());
-    ImagePtr missing = Image::initByReferencingFile(dir.file(QStringLiteral("nope.pdf")));
+    ImagePtr missing = Image::initByReferencingFile(dir.file(u"nope.pdf"_s));
     EXPECT_FALSE(missing->isReallyValid());
     EXPECT_FALSE(missing->loadError().isEmpty());
     EXPECT_FALSE(Image::initByReferencingFile(QString()));
@@ -72,11 +74,11 @@ TEST(ImageLoading, ReferencedFilesAreReadWhenFirstNeeded)
 TEST(ImageLoading, DataAndPicturesBecomeImages)
 {
     TempDir dir;
-    ASSERT_TRUE(writeTestImage(dir.file(QStringLiteral("a.gif")), 12, 8));
-    ImagePtr fromData = Image::initWithData(readBytes(dir.file(QStringLiteral("a.gif"))));
+    ASSERT_TRUE(writeTestImage(dir.file(u"a.gif"_s), 12, 8));
+    ImagePtr fromData = Image::initWithData(readBytes(dir.file(u"a.gif"_s)));
     ASSERT_TRUE(fromData);
     EXPECT_EQ(fromData->size(), QSizeF(12, 8));
-    ImagePtr downloaded = Image::initWithDownloadedData(readBytes(dir.file(QStringLiteral("a.gif"))));
+    ImagePtr downloaded = Image::initWithDownloadedData(readBytes(dir.file(u"a.gif"_s)));
     ASSERT_TRUE(downloaded);
     EXPECT_FALSE(downloaded->bitmapImageRep()->isLazy());
     EXPECT_FALSE(Image::initWithDownloadedData(QByteArray("GIF89a")));

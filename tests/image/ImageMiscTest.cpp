@@ -15,6 +15,8 @@
 #include <thread>
 #include <vector>
 
+using namespace Qt::StringLiterals;
+
 using namespace orvel;
 using orvel::test::TempDir;
 
@@ -24,7 +26,7 @@ namespace {
 QByteArray encodedPicture(const char *extension, int w, int h)
 {
     TempDir dir;
-    const QString path = dir.file(QStringLiteral("picture.") + QLatin1StringView(extension));
+    const QString path = dir.file(u"picture."_s + QLatin1StringView(extension));
     return orvel::test::writeTestImage(path, w, h) ? orvel::test::readBytes(path) : QByteArray();
 }
 
@@ -39,8 +41,7 @@ QList<QUrl> fileUrls(const QStringList &paths)
 /// A bundle identifier of its own for each test run: the caches outlive a test (and --gtest_repeat).
 QString identifier(const char *stem, const TempDir &dir)
 {
-    return QStringLiteral("org.orvel.test.") + QLatin1StringView(stem) + u'.'
-        + QFileInfo(dir.path()).fileName();
+    return u"org.orvel.test."_s + QLatin1StringView(stem) + u'.' + QFileInfo(dir.path()).fileName();
 }
 
 } // namespace
@@ -58,7 +59,7 @@ TEST(ImagePasteboard, ImageDataOfAnyKnownTypeIsProbablyAnImage)
     EXPECT_TRUE(Image::canProbablyInitWithPasteboard(&picture));
 
     QMimeData text;
-    text.setText(QStringLiteral("/tmp/picture.png"));
+    text.setText(u"/tmp/picture.png"_s);
     EXPECT_FALSE(Image::canProbablyInitWithPasteboard(&text));
     EXPECT_FALSE(Image::canProbablyInitWithPasteboard(nullptr));
 }
@@ -66,9 +67,9 @@ TEST(ImagePasteboard, ImageDataOfAnyKnownTypeIsProbablyAnImage)
 TEST(ImagePasteboard, OnlyASingleImageFileOrFileURLIsProbablyAnImage)
 {
     TempDir dir;
-    const QString png = dir.file(QStringLiteral("a.png"));
-    const QString other = dir.file(QStringLiteral("b.png"));
-    const QString text = dir.file(QStringLiteral("notes.txt"));
+    const QString png = dir.file(u"a.png"_s);
+    const QString other = dir.file(u"b.png"_s);
+    const QString text = dir.file(u"notes.txt"_s);
     auto decides = [](const QList<QUrl> &urls) {
         QMimeData pasteboard;
         pasteboard.setUrls(urls);
@@ -77,16 +78,16 @@ TEST(ImagePasteboard, OnlyASingleImageFileOrFileURLIsProbablyAnImage)
     EXPECT_TRUE(decides(fileUrls({ png })));
     EXPECT_FALSE(decides(fileUrls({ png, other })));
     EXPECT_FALSE(decides(fileUrls({ text })));
-    EXPECT_FALSE(decides({ QUrl(QStringLiteral("https://example.org/picture.png")) }));
+    EXPECT_FALSE(decides({ QUrl(u"https://example.org/picture.png"_s) }));
     EXPECT_FALSE(decides({}));
 }
 
 TEST(ImagePasteboard, DecodesTheFirstTypeThatHoldsAPicture)
 {
     QMimeData pasteboard;
-    pasteboard.setData(QStringLiteral("image/png"), "not a PNG at all");
-    pasteboard.setData(QStringLiteral("image/tiff"), encodedPicture("tif", 24, 12));
-    pasteboard.setData(QStringLiteral("image/jpeg"), encodedPicture("jpg", 30, 10));
+    pasteboard.setData(u"image/png"_s, "not a PNG at all");
+    pasteboard.setData(u"image/tiff"_s, encodedPicture("tif", 24, 12));
+    pasteboard.setData(u"image/jpeg"_s, encodedPicture("jpg", 30, 10));
     const ImagePtr image = Image::initWithPasteboard(&pasteboard);
     ASSERT_TRUE(image);
     EXPECT_EQ(image->size(), QSizeF(30, 10));
@@ -97,7 +98,7 @@ TEST(ImagePasteboard, DecodesQtPicturesAndOtherImageFormats)
     QMimeData picture;
     picture.setImageData(QImage(20, 5, QImage::Format_ARGB32));
     QMimeData gif;
-    gif.setData(QStringLiteral("image/gif"), encodedPicture("gif", 7, 9));
+    gif.setData(u"image/gif"_s, encodedPicture("gif", 7, 9));
     const ImagePtr fromPicture = Image::initWithPasteboard(&picture);
     const ImagePtr fromGif = Image::initWithPasteboard(&gif);
     ASSERT_TRUE(fromPicture && fromGif);
@@ -108,9 +109,9 @@ TEST(ImagePasteboard, DecodesQtPicturesAndOtherImageFormats)
 TEST(ImagePasteboard, DecodesASingleImageFileButNotOtherFiles)
 {
     TempDir dir;
-    const QString png = dir.file(QStringLiteral("a.png"));
+    const QString png = dir.file(u"a.png"_s);
     ASSERT_TRUE(orvel::test::writeTestImage(png, 16, 8));
-    const QString broken = dir.file(QStringLiteral("broken.png"));
+    const QString broken = dir.file(u"broken.png"_s);
     ASSERT_TRUE(orvel::test::writeBytes(broken, "truncated"));
 
     QMimeData pasteboard;
@@ -129,26 +130,26 @@ TEST(ImagePasteboard, DecodesASingleImageFileButNotOtherFiles)
 TEST(ImagePasteboard, IconPrefersTheSingleImageFileThenTheIconFamily)
 {
     TempDir dir;
-    const QString png = dir.file(QStringLiteral("a.png"));
+    const QString png = dir.file(u"a.png"_s);
     ASSERT_TRUE(orvel::test::writeTestImage(png, 16, 8));
 
     QMimeData file;
     file.setUrls(fileUrls({ png }));
-    file.setData(QStringLiteral("image/x-icns"), encodedPicture("png", 32, 32));
+    file.setData(u"image/x-icns"_s, encodedPicture("png", 32, 32));
     ImagePtr image = Image::initWithPasteboardIcon(&file);
     ASSERT_TRUE(image);
     EXPECT_EQ(image->name(), png);
     EXPECT_EQ(image->size(), QSizeF(16, 8));
 
     QMimeData icon;
-    icon.setData(QStringLiteral("image/x-icns"), encodedPicture("png", 32, 16));
-    icon.setData(QStringLiteral("image/png"), encodedPicture("png", 5, 5));
+    icon.setData(u"image/x-icns"_s, encodedPicture("png", 32, 16));
+    icon.setData(u"image/png"_s, encodedPicture("png", 5, 5));
     image = Image::initWithPasteboardIcon(&icon);
     ASSERT_TRUE(image);
     EXPECT_EQ(image->size(), QSizeF(32, 16));
 
     // Icon data that does not decode gives way to the pasteboard's picture.
-    icon.setData(QStringLiteral("image/x-icns"), "icns");
+    icon.setData(u"image/x-icns"_s, "icns");
     image = Image::initWithPasteboardIcon(&icon);
     ASSERT_TRUE(image);
     EXPECT_EQ(image->size(), QSizeF(5, 5));
@@ -157,7 +158,7 @@ TEST(ImagePasteboard, IconPrefersTheSingleImageFileThenTheIconFamily)
 TEST(ImagePasteboard, ProvidesTIFFDataOnlyForTheTIFFType)
 {
     TempDir dir;
-    const QString png = dir.file(QStringLiteral("a.png"));
+    const QString png = dir.file(u"a.png"_s);
     ASSERT_TRUE(orvel::test::writeTestImage(png, 12, 6));
     const ImagePtr image = Image::imageAtPath(png);
     ASSERT_TRUE(image);
@@ -165,12 +166,12 @@ TEST(ImagePasteboard, ProvidesTIFFDataOnlyForTheTIFFType)
     for (const char *type : { "image/tiff", "public.tiff" }) {
         QMimeData pasteboard;
         image->pasteboardProvideDataForType(&pasteboard, QLatin1StringView(type));
-        const ImagePtr back = Image::initWithData(pasteboard.data(QStringLiteral("image/tiff")));
+        const ImagePtr back = Image::initWithData(pasteboard.data(u"image/tiff"_s));
         ASSERT_TRUE(back) << type;
         EXPECT_EQ(back->size(), QSizeF(12, 6));
     }
     QMimeData png2;
-    image->pasteboardProvideDataForType(&png2, QStringLiteral("image/png"));
+    image->pasteboardProvideDataForType(&png2, u"image/png"_s);
     EXPECT_TRUE(png2.formats().isEmpty());
 }
 
@@ -179,7 +180,7 @@ TEST(ImagePasteboard, ReadsTheSystemClipboard)
     QClipboard *clipboard = QGuiApplication::clipboard();
     ASSERT_TRUE(clipboard);
     auto *data = new QMimeData;
-    data->setData(QStringLiteral("image/png"), encodedPicture("png", 9, 4));
+    data->setData(u"image/png"_s, encodedPicture("png", 9, 4));
     clipboard->setMimeData(data);
     const QMimeData *pasteboard = clipboard->mimeData();
     EXPECT_TRUE(Image::canProbablyInitWithPasteboard(pasteboard));
@@ -192,51 +193,49 @@ TEST(ImagePasteboard, ReadsTheSystemClipboard)
 TEST(ImageCache, BundleImagesAreSharedPerIdentifierAndName)
 {
     TempDir dir;
-    ASSERT_TRUE(orvel::test::writeTestImage(dir.file(QStringLiteral("dot.png")), 8, 4));
+    ASSERT_TRUE(orvel::test::writeTestImage(dir.file(u"dot.png"_s), 8, 4));
     const Bundle bundle(identifier("shared", dir), dir.path());
-    const ImagePtr first = Image::cachedImageNamedInBundle(QStringLiteral("dot"), bundle);
+    const ImagePtr first = Image::cachedImageNamedInBundle(u"dot"_s, bundle);
     ASSERT_TRUE(first);
-    EXPECT_EQ(first->name(), QStringLiteral("dot"));
+    EXPECT_EQ(first->name(), u"dot"_s);
     EXPECT_EQ(first->size(), QSizeF(8, 4));
-    EXPECT_EQ(Image::cachedImageNamedInBundle(QStringLiteral("dot"), bundle), first);
+    EXPECT_EQ(Image::cachedImageNamedInBundle(u"dot"_s, bundle), first);
     // Keyed by the identifier, not by where the bundle's files are.
     TempDir elsewhere;
-    EXPECT_EQ(Image::cachedImageNamedInBundle(
-                  QStringLiteral("dot"), Bundle(identifier("shared", dir), elsewhere.path())),
+    EXPECT_EQ(Image::cachedImageNamedInBundle(u"dot"_s, Bundle(identifier("shared", dir), elsewhere.path())),
         first);
-    EXPECT_FALSE(Image::cachedImageNamedInBundle(
-        QStringLiteral("dot"), Bundle(identifier("other", dir), elsewhere.path())));
+    EXPECT_FALSE(
+        Image::cachedImageNamedInBundle(u"dot"_s, Bundle(identifier("other", dir), elsewhere.path())));
     // Without the cache every call loads anew.
-    const ImagePtr uncached = Image::imageNamedInBundle(QStringLiteral("dot"), bundle);
+    const ImagePtr uncached = Image::imageNamedInBundle(u"dot"_s, bundle);
     ASSERT_TRUE(uncached);
     EXPECT_NE(uncached, first);
-    EXPECT_NE(uncached, Image::imageNamedInBundle(QStringLiteral("dot"), bundle));
-    EXPECT_EQ(uncached->name(), QStringLiteral("dot"));
+    EXPECT_NE(uncached, Image::imageNamedInBundle(u"dot"_s, bundle));
+    EXPECT_EQ(uncached->name(), u"dot"_s);
 }
 
 TEST(ImageCache, MissesAreNotRememberedAndBundlesNeedAnIdentifier)
 {
     TempDir dir;
     const Bundle bundle(identifier("later", dir), dir.path());
-    EXPECT_FALSE(Image::cachedImageNamedInBundle(QStringLiteral("later"), bundle));
-    ASSERT_TRUE(orvel::test::writeTestImage(dir.file(QStringLiteral("later.png")), 3, 3));
-    EXPECT_TRUE(Image::cachedImageNamedInBundle(QStringLiteral("later"), bundle));
+    EXPECT_FALSE(Image::cachedImageNamedInBundle(u"later"_s, bundle));
+    ASSERT_TRUE(orvel::test::writeTestImage(dir.file(u"later.png"_s), 3, 3));
+    EXPECT_TRUE(Image::cachedImageNamedInBundle(u"later"_s, bundle));
 
     const Bundle anonymous(QString(), dir.path());
-    EXPECT_TRUE(Image::imageNamedInBundle(QStringLiteral("later"), anonymous));
-    EXPECT_FALSE(Image::cachedImageNamedInBundle(QStringLiteral("later"), anonymous));
+    EXPECT_TRUE(Image::imageNamedInBundle(u"later"_s, anonymous));
+    EXPECT_FALSE(Image::cachedImageNamedInBundle(u"later"_s, anonymous));
 }
 
 TEST(ImageCache, ThreadsAskingAtOnceShareOneImage)
 {
     TempDir dir;
-    ASSERT_TRUE(orvel::test::writeTestImage(dir.file(QStringLiteral("race.png")), 4, 4));
+    ASSERT_TRUE(orvel::test::writeTestImage(dir.file(u"race.png"_s), 4, 4));
     const Bundle bundle(identifier("race", dir), dir.path());
     std::vector<ImagePtr> results(8);
     std::vector<std::thread> threads;
     for (size_t i = 0; i < results.size(); ++i)
-        threads.emplace_back(
-            [&, i] { results[i] = Image::cachedImageNamedInBundle(QStringLiteral("race"), bundle); });
+        threads.emplace_back([&, i] { results[i] = Image::cachedImageNamedInBundle(u"race"_s, bundle); });
     for (std::thread &thread : threads)
         thread.join();
     ASSERT_TRUE(results[0]);
@@ -251,19 +250,16 @@ protected:
     // made here and registered at run time puts a picture there.
     void SetUp() override
     {
-        const QString picture = m_dir.file(QStringLiteral("picture.png"));
+        const QString picture = m_dir.file(u"picture.png"_s);
         ASSERT_TRUE(orvel::test::writeTestImage(picture, 24, 12));
-        const QString qrc = m_dir.file(QStringLiteral("named.qrc"));
+        const QString qrc = m_dir.file(u"named.qrc"_s);
         ASSERT_TRUE(orvel::test::writeBytes(qrc,
-            QStringLiteral("<RCC><qresource prefix=\"/orvel\"><file alias=\"orvel-test-named.png\">%1</file>"
-                           "</qresource></RCC>\n")
-                .arg(picture)
+            u"<RCC><qresource prefix=\"/orvel\"><file alias=\"orvel-test-named.png\">%1</file>"
+            "</qresource></RCC>\n"_s.arg(picture)
                 .toUtf8()));
-        const QString rcc = QLibraryInfo::path(QLibraryInfo::LibraryExecutablesPath) + QStringLiteral("/rcc");
-        m_resource = m_dir.file(QStringLiteral("named.rcc"));
-        if (orvel::test::runProgram(
-                rcc, { QStringLiteral("--binary"), QStringLiteral("-o"), m_resource, qrc })
-            != 0)
+        const QString rcc = QLibraryInfo::path(QLibraryInfo::LibraryExecutablesPath) + u"/rcc"_s;
+        m_resource = m_dir.file(u"named.rcc"_s);
+        if (orvel::test::runProgram(rcc, { u"--binary"_s, u"-o"_s, m_resource, qrc }) != 0)
             GTEST_SKIP() << "Qt's resource compiler did not run";
         ASSERT_TRUE(QResource::registerResource(m_resource));
     }
@@ -275,22 +271,22 @@ protected:
 
 TEST_F(MainBundleImages, NamedImagesComeFromTheMainBundle)
 {
-    const ImagePtr a = Image::imageNamed(QStringLiteral("orvel-test-named"));
+    const ImagePtr a = Image::imageNamed(u"orvel-test-named"_s);
     ASSERT_TRUE(a);
-    EXPECT_EQ(a->name(), QStringLiteral("orvel-test-named"));
+    EXPECT_EQ(a->name(), u"orvel-test-named"_s);
     EXPECT_EQ(a->size(), QSizeF(24, 12));
-    EXPECT_NE(Image::imageNamed(QStringLiteral("orvel-test-named")), a);
-    EXPECT_FALSE(Image::imageNamed(QStringLiteral("orvel-test-no-such-image")));
-    EXPECT_FALSE(Image::cachedImageNamed(QStringLiteral("orvel-test-no-such-image")));
+    EXPECT_NE(Image::imageNamed(u"orvel-test-named"_s), a);
+    EXPECT_FALSE(Image::imageNamed(u"orvel-test-no-such-image"_s));
+    EXPECT_FALSE(Image::cachedImageNamed(u"orvel-test-no-such-image"_s));
 }
 
 TEST_F(MainBundleImages, SizedCopiesShareTheCachedRepresentations)
 {
-    const ImagePtr cached = Image::cachedImageNamed(QStringLiteral("orvel-test-named"));
+    const ImagePtr cached = Image::cachedImageNamed(u"orvel-test-named"_s);
     ASSERT_TRUE(cached);
-    EXPECT_EQ(Image::cachedImageNamed(QStringLiteral("orvel-test-named")), cached);
+    EXPECT_EQ(Image::cachedImageNamed(u"orvel-test-named"_s), cached);
 
-    const ImagePtr small = Image::cachedImageNamed(QStringLiteral("orvel-test-named"), QSizeF(12, 6));
+    const ImagePtr small = Image::cachedImageNamed(u"orvel-test-named"_s, QSizeF(12, 6));
     ASSERT_TRUE(small);
     EXPECT_NE(small, cached);
     EXPECT_EQ(small->size(), QSizeF(12, 6));

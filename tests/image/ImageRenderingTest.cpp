@@ -7,6 +7,8 @@
 #include <gtest/gtest.h>
 #include <vips/vips8>
 
+using namespace Qt::StringLiterals;
+
 using namespace orvel;
 using namespace orvel::test;
 
@@ -25,7 +27,7 @@ QColor pixelOf(const ImagePtr &image, int x, int y)
 TEST(ImageRendering, TransparencyIsKeptOrComposedOnTheBackgroundColour)
 {
     TempDir dir;
-    const QString path = dir.file(QStringLiteral("half.png"));
+    const QString path = dir.file(u"half.png"_s);
     ASSERT_TRUE(writeSolidImage(path, 40, 20, QColor(255, 0, 0, 0)));
     ImagePtr image = Image::thumbnailForFile(path, 32767, true, true);
     ASSERT_TRUE(image);
@@ -41,15 +43,14 @@ TEST(ImageRendering, TransparencyIsKeptOrComposedOnTheBackgroundColour)
 TEST(ImageRendering, DocumentsAreRenderedOnWhite)
 {
     TempDir dir;
-    const QString path = dir.file(QStringLiteral("page.pdf"));
+    const QString path = dir.file(u"page.pdf"_s);
     // A page whose lower half is blue and whose upper half is left unpainted.
     QByteArray ps
         = "%!PS\n<< /PageSize [200 100] >> setpagedevice\n0 0 1 setrgbcolor 0 0 200 50 rectfill showpage\n";
-    ASSERT_TRUE(writeBytes(dir.file(QStringLiteral("in.ps")), ps));
-    ASSERT_EQ(runProgram(QStringLiteral("gs"),
-                  { QStringLiteral("-q"), QStringLiteral("-dSAFER"), QStringLiteral("-dBATCH"),
-                      QStringLiteral("-dNOPAUSE"), QStringLiteral("-sDEVICE=pdfwrite"),
-                      QStringLiteral("-sOutputFile=") + path, dir.file(QStringLiteral("in.ps")) }),
+    ASSERT_TRUE(writeBytes(dir.file(u"in.ps"_s), ps));
+    ASSERT_EQ(runProgram(u"gs"_s,
+                  { u"-q"_s, u"-dSAFER"_s, u"-dBATCH"_s, u"-dNOPAUSE"_s, u"-sDEVICE=pdfwrite"_s,
+                      u"-sOutputFile="_s + path, dir.file(u"in.ps"_s) }),
         0);
     ImagePtr image = Image::initByReferencingFile(path);
     ASSERT_TRUE(image && image->isReallyValid());
@@ -64,7 +65,7 @@ TEST(ImageRendering, DocumentsAreRenderedOnWhite)
 TEST(ImageRendering, PostScriptIsConvertedOnceAndKeptAsPDF)
 {
     TempDir dir;
-    const QString path = dir.file(QStringLiteral("box.eps"));
+    const QString path = dir.file(u"box.eps"_s);
     ASSERT_TRUE(writeTestEps(path, 60, 30, Qt::green));
     ImagePtr image = Image::initByReferencingFile(path);
     ASSERT_TRUE(image && image->isReallyValid());
@@ -76,20 +77,20 @@ TEST(ImageRendering, PostScriptIsConvertedOnceAndKeptAsPDF)
     EXPECT_TRUE(colourNear(pixelOf(bitmap, 30, 15), Qt::green, 3));
     ASSERT_TRUE(image->EPSImageRep()->PDFImageRep());
     EXPECT_TRUE(image->EPSImageRep()->PDFRepresentation().startsWith("%PDF"));
-    EXPECT_EQ(image->pathExtensionForBestRepresentation(), QStringLiteral("eps"));
+    EXPECT_EQ(image->pathExtensionForBestRepresentation(), u"eps"_s);
 }
 
 TEST(ImageRendering, PostScriptThatNeverEndsIsStoppedByTheTimeLimit)
 {
     TempDir dir;
-    const QString path = dir.file(QStringLiteral("loop.ps"));
+    const QString path = dir.file(u"loop.ps"_s);
     ASSERT_TRUE(writeBytes(path, "%!PS\n%%BoundingBox: 0 0 10 10\n{ } loop\n"));
     const int old = EPSImageRep::conversionTimeLimit();
     EPSImageRep::setConversionTimeLimit(1);
     ImagePtr image = Image::initByReferencingFile(path);
     ASSERT_TRUE(image && image->isReallyValid());
     EXPECT_FALSE(image->bitmapImageWithPixelSize(QSizeF(10, 10), true, 3));
-    EXPECT_TRUE(image->drawError().contains(QStringLiteral("timed out")));
+    EXPECT_TRUE(image->drawError().contains(u"timed out"_s));
     EPSImageRep::setConversionTimeLimit(old);
 }
 
@@ -131,7 +132,7 @@ TEST(ImageRendering, InterpolationNoneSamplesNearestAndHighFiltersSmoothly)
 TEST(ImageRendering, LargePicturesAreNotDecodedWholeForASmallThumbnail)
 {
     TempDir dir;
-    const QString path = dir.file(QStringLiteral("big.jpg"));
+    const QString path = dir.file(u"big.jpg"_s);
     ASSERT_TRUE(writeTestImage(path, 3000, 2000));
     ImagePtr image = Image::thumbnailForFile(path, 32767, true, true);
     ASSERT_TRUE(image);
@@ -162,7 +163,7 @@ TEST(ImageRendering, OrientationIsAppliedAndColoursAreConvertedToSRGB)
                      .cast(VIPS_FORMAT_UCHAR)
                      .copy(VImage::option()->set("interpretation", VIPS_INTERPRETATION_sRGB));
     img.set(VIPS_META_ORIENTATION, 6);
-    const QString rotated = dir.file(QStringLiteral("rotated.jpg"));
+    const QString rotated = dir.file(u"rotated.jpg"_s);
     img.write_to_file(rotated.toUtf8().constData(), VImage::option()->set("Q", 95));
     ImagePtr image = Image::thumbnailForFile(rotated, 32767, true, true);
     ASSERT_TRUE(image);
@@ -174,7 +175,7 @@ TEST(ImageRendering, OrientationIsAppliedAndColoursAreConvertedToSRGB)
     EXPECT_EQ(Image::thumbnailForFile(rotated, 32767, true, false)->pixelSize(), QSizeF(40, 20));
 
     // A CMYK JPEG comes out in the right sRGB colour.
-    const QString cmyk = dir.file(QStringLiteral("cmyk.jpg"));
+    const QString cmyk = dir.file(u"cmyk.jpg"_s);
     VImage orange = VImage::black(16, 16, VImage::option()->set("bands", 3))
                         .new_from_image({ 230, 120, 30 })
                         .cast(VIPS_FORMAT_UCHAR)
@@ -192,7 +193,7 @@ TEST(ImageRendering, OrientationIsAppliedAndColoursAreConvertedToSRGB)
 TEST(ImageRendering, APictureThatFailsToDecodeGivesNoBitmapAndAReason)
 {
     TempDir dir;
-    const QString path = dir.file(QStringLiteral("cut.jpg"));
+    const QString path = dir.file(u"cut.jpg"_s);
     ASSERT_TRUE(writeTestImage(path, 800, 600));
     QByteArray bytes = readBytes(path);
     ASSERT_TRUE(writeBytes(path, bytes.left(bytes.size() / 2)));

@@ -7,6 +7,8 @@
 #include <gtest/gtest.h>
 #include <vips/vips8>
 
+using namespace Qt::StringLiterals;
+
 using namespace orvel;
 using orvel::test::TempDir;
 
@@ -39,31 +41,31 @@ TEST(ImageFileTypes, HoldTheCommonFormatsAndTheirTypeCodesButNoDocumentsOrTables
         EXPECT_TRUE(types.contains(QLatin1StringView(code))) << code;
     for (const char *absent : { "pdf", "csv", "mat", "img", "v", "", ".jpg", "svg.gz" })
         EXPECT_FALSE(types.contains(QLatin1StringView(absent), Qt::CaseInsensitive)) << absent;
-    EXPECT_FALSE(types.contains(QStringLiteral("'PDF '")));
+    EXPECT_FALSE(types.contains(u"'PDF '"_s));
 }
 
 TEST(ImageClassification, ExtensionsIgnoreCaseButTypeCodesKeepIt)
 {
-    EXPECT_TRUE(Image::isImageExtension(QStringLiteral("PnG"), QString()));
-    EXPECT_TRUE(Image::isImageExtension(QStringLiteral("dat"), QStringLiteral("'JPEG'")));
-    EXPECT_FALSE(Image::isImageExtension(QStringLiteral("dat"), QStringLiteral("'jpeg'")));
-    EXPECT_TRUE(Image::isImageExtension(QStringLiteral("JPG"), QStringLiteral("'xxxx'")));
+    EXPECT_TRUE(Image::isImageExtension(u"PnG"_s, QString()));
+    EXPECT_TRUE(Image::isImageExtension(u"dat"_s, u"'JPEG'"_s));
+    EXPECT_FALSE(Image::isImageExtension(u"dat"_s, u"'jpeg'"_s));
+    EXPECT_TRUE(Image::isImageExtension(u"JPG"_s, u"'xxxx'"_s));
     EXPECT_FALSE(Image::isImageExtension(QString(), QString()));
-    EXPECT_FALSE(Image::isImageExtension(QString(), QStringLiteral("'xxxx'")));
+    EXPECT_FALSE(Image::isImageExtension(QString(), u"'xxxx'"_s));
     // A prefix or a longer form of an entry is no match.
-    EXPECT_FALSE(Image::isImageExtension(QStringLiteral("jp"), QString()));
-    EXPECT_FALSE(Image::isImageExtension(QStringLiteral("pngx"), QString()));
+    EXPECT_FALSE(Image::isImageExtension(u"jp"_s, QString()));
+    EXPECT_FALSE(Image::isImageExtension(u"pngx"_s, QString()));
 }
 
 TEST(ImageClassification, ExtraEntriesMakeJPEAndPostScriptFamilyImages)
 {
     TempDir dir;
-    const QString photo = dir.file(QStringLiteral("photo.JPE"));
-    ASSERT_TRUE(orvel::test::writeTestImage(photo + QStringLiteral(".jpg"), 8, 8));
-    ASSERT_TRUE(QFile::rename(photo + QStringLiteral(".jpg"), photo));
+    const QString photo = dir.file(u"photo.JPE"_s);
+    ASSERT_TRUE(orvel::test::writeTestImage(photo + u".jpg"_s, 8, 8));
+    ASSERT_TRUE(QFile::rename(photo + u".jpg"_s, photo));
     EXPECT_TRUE(Image::isImageFile(photo));
 
-    const QString drawing = dir.file(QStringLiteral("drawing.Ai"));
+    const QString drawing = dir.file(u"drawing.Ai"_s);
     ASSERT_TRUE(orvel::test::writeTestEps(drawing, 20, 10, Qt::red));
     EXPECT_TRUE(Image::isImageFile(drawing));
     EXPECT_TRUE(Image::isPDFFile(drawing));
@@ -73,22 +75,22 @@ TEST(ImageClassification, ExtraEntriesMakeJPEAndPostScriptFamilyImages)
 
 TEST(ImageClassification, PathExtensionIsTheLastDotOfTheLastComponent)
 {
-    EXPECT_TRUE(Image::isImageFile(QStringLiteral("/no/such/folder/archive.tar.png")));
-    EXPECT_TRUE(Image::isImageFile(QStringLiteral("/no/such/folder.png/")));
-    EXPECT_FALSE(Image::isImageFile(QStringLiteral("/no/such/folder.png/readme")));
-    EXPECT_FALSE(Image::isImageFile(QStringLiteral("/no/such/.png")));
-    EXPECT_FALSE(Image::isImageFile(QStringLiteral("/no/such/photo.")));
+    EXPECT_TRUE(Image::isImageFile(u"/no/such/folder/archive.tar.png"_s));
+    EXPECT_TRUE(Image::isImageFile(u"/no/such/folder.png/"_s));
+    EXPECT_FALSE(Image::isImageFile(u"/no/such/folder.png/readme"_s));
+    EXPECT_FALSE(Image::isImageFile(u"/no/such/.png"_s));
+    EXPECT_FALSE(Image::isImageFile(u"/no/such/photo."_s));
     EXPECT_FALSE(Image::isImageFile(QString()));
-    EXPECT_TRUE(Image::isPDFBundle(QStringLiteral("/x/Report.PDFD/")));
-    EXPECT_FALSE(Image::isPDFBundle(QStringLiteral("/x/.pdfd")));
+    EXPECT_TRUE(Image::isPDFBundle(u"/x/Report.PDFD/"_s));
+    EXPECT_FALSE(Image::isPDFBundle(u"/x/.pdfd"_s));
 }
 
 TEST(ImageClassification, FileTypeCodesClassifyFilesWithUnknownExtensions)
 {
     TempDir dir;
-    const QString mystery = dir.file(QStringLiteral("mystery.dat"));
-    const QString lower = dir.file(QStringLiteral("lower.dat"));
-    const QString document = dir.file(QStringLiteral("document.bin"));
+    const QString mystery = dir.file(u"mystery.dat"_s);
+    const QString lower = dir.file(u"lower.dat"_s);
+    const QString document = dir.file(u"document.bin"_s);
     for (const QString &path : { mystery, lower, document })
         ASSERT_TRUE(orvel::test::writeBytes(path, "data"));
     if (!setType(mystery, "JPEG"))
@@ -106,9 +108,9 @@ TEST(ImageClassification, FileTypeCodesClassifyFilesWithUnknownExtensions)
 
 TEST(ImageClassification, PDFTypeCodeIsExactAndWebExtensionsAreFew)
 {
-    EXPECT_TRUE(Image::isPDFExtension(QString(), QStringLiteral("'PDF '")));
-    EXPECT_FALSE(Image::isPDFExtension(QString(), QStringLiteral("'pdf '")));
-    EXPECT_FALSE(Image::isPDFExtension(QStringLiteral("pdfd"), QString()));
+    EXPECT_TRUE(Image::isPDFExtension(QString(), u"'PDF '"_s));
+    EXPECT_FALSE(Image::isPDFExtension(QString(), u"'pdf '"_s));
+    EXPECT_FALSE(Image::isPDFExtension(u"pdfd"_s, QString()));
     EXPECT_FALSE(Image::isPostScriptExtension(QString()));
     for (const char *web : { "JPEG", "Jpe", "jp2", "GIF", "png" })
         EXPECT_TRUE(Image::isWebImageExtension(QLatin1StringView(web))) << web;
@@ -132,7 +134,7 @@ TEST_P(ModernFormats, CountAsImagesWhenTheInstalledLibvipsLoadsThem)
     if (!hasVipsOperation(format.loader))
         GTEST_SKIP() << "no " << format.loader << " in this libvips";
     TempDir dir;
-    const QString path = dir.file(QStringLiteral("picture.") + QLatin1StringView(format.extension));
+    const QString path = dir.file(u"picture."_s + QLatin1StringView(format.extension));
     if (QLatin1StringView(format.extension) == QLatin1StringView("svg")) {
         ASSERT_TRUE(orvel::test::writeBytes(path,
             "<svg xmlns=\"http://www.w3.org/2000/svg\" width=\"8\" "
@@ -154,41 +156,41 @@ INSTANTIATE_TEST_SUITE_P(Loaders, ModernFormats,
 TEST(ImageClassification, UTIImageFileNeedsAnImageTypeThatLibvipsReads)
 {
     TempDir dir;
-    const QString png = dir.file(QStringLiteral("picture.png"));
+    const QString png = dir.file(u"picture.png"_s);
     ASSERT_TRUE(orvel::test::writeTestImage(png, 8, 8));
     EXPECT_TRUE(Image::isUTIImageFile(png));
 
     // Named like a picture but holding text: no loader takes it.
-    const QString fake = dir.file(QStringLiteral("fake.png"));
+    const QString fake = dir.file(u"fake.png"_s);
     ASSERT_TRUE(orvel::test::writeBytes(fake, "this is not a picture\n"));
     EXPECT_FALSE(Image::isUTIImageFile(fake));
 
     // libvips reads PDF, but a PDF is a document, not an image.
-    const QString pdf = dir.file(QStringLiteral("page.pdf"));
+    const QString pdf = dir.file(u"page.pdf"_s);
     ASSERT_TRUE(orvel::test::writeTestPdf(pdf, 72, 72, Qt::blue));
     EXPECT_FALSE(Image::isUTIImageFile(pdf));
 
     EXPECT_FALSE(Image::isUTIImageFile(QString()));
-    EXPECT_FALSE(Image::isUTIImageFile(dir.file(QStringLiteral("missing.png"))));
+    EXPECT_FALSE(Image::isUTIImageFile(dir.file(u"missing.png"_s)));
     EXPECT_FALSE(Image::isUTIImageFile(dir.path()));
 }
 
 TEST(PathToPDF, PrefersTheFileNamedLikeTheBundleThenAnyPDFThenTheBundle)
 {
     TempDir dir;
-    const QString bundle = dir.file(QStringLiteral("Report.PDFD"));
+    const QString bundle = dir.file(u"Report.PDFD"_s);
     ASSERT_TRUE(QDir().mkpath(bundle));
     EXPECT_EQ(Image::pathToPDF(bundle), bundle);
-    ASSERT_TRUE(orvel::test::writeBytes(bundle + QStringLiteral("/notes.txt"), "notes"));
-    ASSERT_TRUE(orvel::test::writeBytes(bundle + QStringLiteral("/Appendix.PDF"), "%PDF-1.4\n"));
-    EXPECT_EQ(Image::pathToPDF(bundle), bundle + QStringLiteral("/Appendix.PDF"));
-    ASSERT_TRUE(orvel::test::writeBytes(bundle + QStringLiteral("/Report.pdf"), "%PDF-1.4\n"));
-    EXPECT_EQ(Image::pathToPDF(bundle + u'/'), bundle + QStringLiteral("/Report.pdf"));
+    ASSERT_TRUE(orvel::test::writeBytes(bundle + u"/notes.txt"_s, "notes"));
+    ASSERT_TRUE(orvel::test::writeBytes(bundle + u"/Appendix.PDF"_s, "%PDF-1.4\n"));
+    EXPECT_EQ(Image::pathToPDF(bundle), bundle + u"/Appendix.PDF"_s);
+    ASSERT_TRUE(orvel::test::writeBytes(bundle + u"/Report.pdf"_s, "%PDF-1.4\n"));
+    EXPECT_EQ(Image::pathToPDF(bundle + u'/'), bundle + u"/Report.pdf"_s);
 
     // A folder that is no PDF bundle is left alone, whatever it holds.
-    const QString folder = dir.file(QStringLiteral("Report"));
+    const QString folder = dir.file(u"Report"_s);
     ASSERT_TRUE(QDir().mkpath(folder));
-    ASSERT_TRUE(orvel::test::writeBytes(folder + QStringLiteral("/Report.pdf"), "%PDF-1.4\n"));
+    ASSERT_TRUE(orvel::test::writeBytes(folder + u"/Report.pdf"_s, "%PDF-1.4\n"));
     EXPECT_EQ(Image::pathToPDF(folder), folder);
 }
 
@@ -229,7 +231,7 @@ TEST(PathExtensionForData, FindsASignatureAnywhereInTheFirstKilobyte)
 {
     QByteArray gif(100, 'x');
     gif += "GIF89a";
-    EXPECT_EQ(Image::pathExtensionForData(gif), QStringLiteral("gif"));
+    EXPECT_EQ(Image::pathExtensionForData(gif), u"gif"_s);
 
     QByteArray late(1020, 'x');
     late += "GIF89a";
@@ -241,8 +243,8 @@ TEST(PathExtensionForData, FindsASignatureAnywhereInTheFirstKilobyte)
 
 TEST(PathExtensionForData, TestsTheSignaturesInOrder)
 {
-    EXPECT_EQ(Image::pathExtensionForData("JFIF....%PDF-1.4"), QStringLiteral("pdf"));
-    EXPECT_EQ(Image::pathExtensionForData(QByteArray("\x89PNG\r\n\x1a\n....TIFF")), QStringLiteral("png"));
-    EXPECT_EQ(Image::pathExtensionForData("8BPS....Photoshop 3.0"), QStringLiteral("psd"));
+    EXPECT_EQ(Image::pathExtensionForData("JFIF....%PDF-1.4"), u"pdf"_s);
+    EXPECT_EQ(Image::pathExtensionForData(QByteArray("\x89PNG\r\n\x1a\n....TIFF")), u"png"_s);
+    EXPECT_EQ(Image::pathExtensionForData("8BPS....Photoshop 3.0"), u"psd"_s);
     EXPECT_TRUE(Image::pathExtensionForData("PNG without its first byte").isNull());
 }

@@ -14,6 +14,8 @@
 #include <cstdio>
 #include <cstdlib>
 
+using namespace Qt::StringLiterals;
+
 using namespace orvel;
 using namespace orvel::test;
 
@@ -60,24 +62,22 @@ TEST(MovieTypes, TheInstalledDemuxersComeFirstThenTheClassicTypesNotYetListed)
     // The 113 classic strings follow in their order, without the ones the demuxers already gave.
     const QStringList appended = types.mid(platform.size());
     int classicInPlatform = 0;
-    for (const QString &s :
-        { QStringLiteral("mpg"), QStringLiteral("mp4"), QStringLiteral("avi"), QStringLiteral("m4v") })
+    for (const QString &s : { u"mpg"_s, u"mp4"_s, u"avi"_s, u"m4v"_s })
         classicInPlatform += platform.contains(s) ? 1 : 0;
     EXPECT_GE(classicInPlatform, 3);
-    EXPECT_FALSE(appended.contains(QStringLiteral("mp4")));
-    EXPECT_EQ(appended.first(), QStringLiteral("'MPG '"));
+    EXPECT_FALSE(appended.contains(u"mp4"_s));
+    EXPECT_EQ(appended.first(), u"'MPG '"_s);
     // The last classic string, "m4v", is one of FFmpeg's own, so the one before it closes the list.
-    EXPECT_EQ(appended.last(),
-        platform.contains(QStringLiteral("m4v")) ? QStringLiteral("'MPGv'") : QStringLiteral("m4v"));
+    EXPECT_EQ(appended.last(), platform.contains(u"m4v"_s) ? u"'MPGv'"_s : u"m4v"_s);
     EXPECT_EQ(QSet<QString>(types.begin(), types.end()).size(), types.size()) << "no string twice";
-    const qsizetype mqvUpper = appended.indexOf(QStringLiteral("MQV"));
-    const qsizetype mqvLower = appended.indexOf(QStringLiteral("mqv"));
+    const qsizetype mqvUpper = appended.indexOf(u"MQV"_s);
+    const qsizetype mqvLower = appended.indexOf(u"mqv"_s);
     ASSERT_GE(mqvUpper, 0);
     EXPECT_GT(mqvLower, mqvUpper);
     for (const char *code : { "'MPGa'", "'MPGA'", "'MPGv'", "'MPGV'", "'dvc!'", "'sdp '" })
         EXPECT_TRUE(appended.contains(QLatin1StringView(code))) << code;
-    EXPECT_LT(appended.indexOf(QStringLiteral("'MPGA'")), appended.indexOf(QStringLiteral("'MPGa'")));
-    EXPECT_LT(appended.indexOf(QStringLiteral("'MPGa'")), appended.indexOf(QStringLiteral("'MPGv'")));
+    EXPECT_LT(appended.indexOf(u"'MPGA'"_s), appended.indexOf(u"'MPGa'"_s));
+    EXPECT_LT(appended.indexOf(u"'MPGa'"_s), appended.indexOf(u"'MPGv'"_s));
 
     // The 44 type codes are never extensions, so all of them are appended; at most 113 in all.
     EXPECT_EQ(
@@ -89,26 +89,26 @@ TEST(MovieTypes, TheInstalledDemuxersComeFirstThenTheClassicTypesNotYetListed)
 
 TEST(MovieTypes, ExtensionsIgnoreCaseTypeCodesDoNot)
 {
-    EXPECT_TRUE(Movie::isQuickTimeExtension(QStringLiteral("Mp4"), QString()));
-    EXPECT_TRUE(Movie::isQuickTimeExtension(QStringLiteral("MPG"), QString()));
-    EXPECT_TRUE(Movie::isQuickTimeExtension(QStringLiteral("mpg"), QString()));
-    EXPECT_TRUE(Movie::isQuickTimeExtension(QString(), QStringLiteral("'mpg4'")));
-    EXPECT_FALSE(Movie::isQuickTimeExtension(QString(), QStringLiteral("'MPG4'")));
-    EXPECT_FALSE(Movie::isQuickTimeExtension(QStringLiteral("txt"), QString()));
-    EXPECT_FALSE(Movie::isQuickTimeExtension(QStringLiteral("jpg"), QStringLiteral("'JPEG'")));
+    EXPECT_TRUE(Movie::isQuickTimeExtension(u"Mp4"_s, QString()));
+    EXPECT_TRUE(Movie::isQuickTimeExtension(u"MPG"_s, QString()));
+    EXPECT_TRUE(Movie::isQuickTimeExtension(u"mpg"_s, QString()));
+    EXPECT_TRUE(Movie::isQuickTimeExtension(QString(), u"'mpg4'"_s));
+    EXPECT_FALSE(Movie::isQuickTimeExtension(QString(), u"'MPG4'"_s));
+    EXPECT_FALSE(Movie::isQuickTimeExtension(u"txt"_s, QString()));
+    EXPECT_FALSE(Movie::isQuickTimeExtension(u"jpg"_s, u"'JPEG'"_s));
 }
 
 TEST(MovieTypes, AFileCountsByItsExtensionOrItsFinderTypeCode)
 {
     TempDir dir;
-    const QString plain = dir.file(QStringLiteral("clip"));
+    const QString plain = dir.file(u"clip"_s);
     ASSERT_TRUE(writeBytes(plain, "x"));
     EXPECT_FALSE(Movie::isQuickTimeFile(plain));
     if (!setHFSTypeCodeOfFile(plain, fileTypeCodeFromString(u"'MPGv'")))
         GTEST_SKIP() << "no user extended attributes on " << dir.path();
     EXPECT_TRUE(Movie::isQuickTimeFile(plain));
-    EXPECT_TRUE(Movie::isQuickTimeFile(dir.file(QStringLiteral("holiday.MKV"))));
-    EXPECT_FALSE(Movie::isQuickTimeFile(dir.file(QStringLiteral(".mp4"))));
+    EXPECT_TRUE(Movie::isQuickTimeFile(dir.file(u"holiday.MKV"_s)));
+    EXPECT_FALSE(Movie::isQuickTimeFile(dir.file(u".mp4"_s)));
 }
 
 // --- Loop mode ---------------------------------------------------------------------------------
@@ -128,7 +128,7 @@ class MovieLoopMode : public ::testing::TestWithParam<LoopCase>
 TEST_P(MovieLoopMode, SetsBothAttributesAndReadsThemBack)
 {
     static TempDir dir;
-    static const QString path = dir.file(QStringLiteral("loop.mp4"));
+    static const QString path = dir.file(u"loop.mp4"_s);
     static const bool made = writeSecondsMovie(path, 1.0);
     ASSERT_TRUE(made);
     const MoviePtr movie = Movie::initWithFile(path);
@@ -159,7 +159,7 @@ class MovieThumbnailFrame : public ::testing::TestWithParam<FrameCase>
 TEST_P(MovieThumbnailFrame, IsTheFrameAtHalfTheDurationCappedAtFifteenSecondsInWholeSeconds)
 {
     TempDir dir;
-    const QString path = dir.file(QStringLiteral("seconds.mp4"));
+    const QString path = dir.file(u"seconds.mp4"_s);
     ASSERT_TRUE(writeSecondsMovie(path, GetParam().duration, 32, 32, GetParam().duration > 20 ? 4 : 10));
     QSizeF size(-1, -1);
     double duration = -1;
@@ -178,7 +178,7 @@ INSTANTIATE_TEST_SUITE_P(Durations, MovieThumbnailFrame,
 TEST(MovieFrames, EveryWholeSecondOfAMovieWithOneKeyFrameIsExact)
 {
     TempDir dir;
-    const QString path = dir.file(QStringLiteral("seconds.mp4"));
+    const QString path = dir.file(u"seconds.mp4"_s);
     ASSERT_TRUE(writeSecondsMovie(path, 6.0));
     const MoviePtr movie = Movie::initWithFile(path);
     ASSERT_TRUE(movie);
@@ -214,17 +214,13 @@ TEST_P(MovieCodecs, GiveTheFrameTheRulePicks)
 }
 
 INSTANTIATE_TEST_SUITE_P(Formats, MovieCodecs,
-    ::testing::Values(CodecCase { "mpeg4", "clip.avi",
-                          { QStringLiteral("-c:v"), QStringLiteral("mpeg4"), QStringLiteral("-q:v"),
-                              QStringLiteral("2"), QStringLiteral("-g"), QStringLiteral("25") } },
+    ::testing::Values(
+        CodecCase { "mpeg4", "clip.avi", { u"-c:v"_s, u"mpeg4"_s, u"-q:v"_s, u"2"_s, u"-g"_s, u"25"_s } },
         CodecCase { "vp9", "clip.webm",
-            { QStringLiteral("-c:v"), QStringLiteral("libvpx-vp9"), QStringLiteral("-crf"),
-                QStringLiteral("10"), QStringLiteral("-b:v"), QStringLiteral("0"),
-                QStringLiteral("-deadline"), QStringLiteral("realtime"), QStringLiteral("-cpu-used"),
-                QStringLiteral("8") } },
-        CodecCase { "mpeg2", "clip.mkv",
-            { QStringLiteral("-c:v"), QStringLiteral("mpeg2video"), QStringLiteral("-q:v"),
-                QStringLiteral("2"), QStringLiteral("-bf"), QStringLiteral("2") } }),
+            { u"-c:v"_s, u"libvpx-vp9"_s, u"-crf"_s, u"10"_s, u"-b:v"_s, u"0"_s, u"-deadline"_s,
+                u"realtime"_s, u"-cpu-used"_s, u"8"_s } },
+        CodecCase {
+            "mpeg2", "clip.mkv", { u"-c:v"_s, u"mpeg2video"_s, u"-q:v"_s, u"2"_s, u"-bf"_s, u"2"_s } }),
     [](const auto &info) { return std::string(info.param.name); });
 
 // At 30000/1001 frames per second frame n starts at n × 1001/30000 s, so a whole-second time falls
@@ -238,7 +234,7 @@ TEST_P(MovieBFrames, TheFrameOnScreenIsTheLastOneStartingAtOrBeforeTheTime)
 {
     TempDir dir;
     const QString path = dir.file(QString::fromLatin1(GetParam().file));
-    ASSERT_TRUE(writeNumberedFramesMovie(path, 300, QStringLiteral("30000/1001"), GetParam().codec));
+    ASSERT_TRUE(writeNumberedFramesMovie(path, 300, u"30000/1001"_s, GetParam().codec));
     const MoviePtr movie = Movie::initWithFile(path);
     ASSERT_TRUE(movie);
     struct Case
@@ -257,19 +253,14 @@ TEST_P(MovieBFrames, TheFrameOnScreenIsTheLastOneStartingAtOrBeforeTheTime)
 }
 
 INSTANTIATE_TEST_SUITE_P(Formats, MovieBFrames,
-    ::testing::Values(
-        CodecCase { "h264", "clip.mp4",
-            { QStringLiteral("-c:v"), QStringLiteral("libx264"), QStringLiteral("-preset"),
-                QStringLiteral("veryfast"), QStringLiteral("-x264-params"),
-                QStringLiteral("keyint=100000:scenecut=0:bframes=3:b-adapt=0:b-pyramid=none") } },
+    ::testing::Values(CodecCase { "h264", "clip.mp4",
+                          { u"-c:v"_s, u"libx264"_s, u"-preset"_s, u"veryfast"_s, u"-x264-params"_s,
+                              u"keyint=100000:scenecut=0:bframes=3:b-adapt=0:b-pyramid=none"_s } },
         CodecCase { "h264pyramid", "clip.mkv",
-            { QStringLiteral("-c:v"), QStringLiteral("libx264"), QStringLiteral("-preset"),
-                QStringLiteral("veryfast"), QStringLiteral("-x264-params"),
-                QStringLiteral("keyint=100000:scenecut=0:bframes=3:b-adapt=0:b-pyramid=normal") } },
+            { u"-c:v"_s, u"libx264"_s, u"-preset"_s, u"veryfast"_s, u"-x264-params"_s,
+                u"keyint=100000:scenecut=0:bframes=3:b-adapt=0:b-pyramid=normal"_s } },
         CodecCase { "mpeg2", "clip.mkv",
-            { QStringLiteral("-c:v"), QStringLiteral("mpeg2video"), QStringLiteral("-q:v"),
-                QStringLiteral("2"), QStringLiteral("-g"), QStringLiteral("300"), QStringLiteral("-bf"),
-                QStringLiteral("2") } }),
+            { u"-c:v"_s, u"mpeg2video"_s, u"-q:v"_s, u"2"_s, u"-g"_s, u"300"_s, u"-bf"_s, u"2"_s } }),
     [](const auto &info) { return std::string(info.param.name); });
 
 // --- Natural size ------------------------------------------------------------------------------
@@ -277,9 +268,8 @@ INSTANTIATE_TEST_SUITE_P(Formats, MovieBFrames,
 TEST(MovieSize, AnamorphicPixelsAreStretchedAsAPlayerShowsThem)
 {
     TempDir dir;
-    const QString path = dir.file(QStringLiteral("wide.mp4"));
-    ASSERT_TRUE(
-        writeSecondsMovie(path, 2.0, 32, 24, 10, {}, { QStringLiteral("-vf"), QStringLiteral("setsar=2") }));
+    const QString path = dir.file(u"wide.mp4"_s);
+    ASSERT_TRUE(writeSecondsMovie(path, 2.0, 32, 24, 10, {}, { u"-vf"_s, u"setsar=2"_s }));
     QSizeF size;
     double duration = 0;
     const ImagePtr image = Movie::thumbnailImageForMovieWithFile(path, &size, &duration);
@@ -292,15 +282,14 @@ TEST(MovieSize, AnamorphicPixelsAreStretchedAsAPlayerShowsThem)
 TEST(MovieSize, RotationMetadataTurnsTheFrameAsFFmpegShowsIt)
 {
     TempDir dir;
-    const QString plain = dir.file(QStringLiteral("plain.mp4"));
-    const QString path = dir.file(QStringLiteral("turned.mp4"));
+    const QString plain = dir.file(u"plain.mp4"_s);
+    const QString path = dir.file(u"turned.mp4"_s);
     // A frame whose left half is dark. The muxer writes the rotation only when the stream is copied.
-    ASSERT_TRUE(runFFmpeg({ QStringLiteral("-f"), QStringLiteral("lavfi"), QStringLiteral("-i"),
-        QStringLiteral("color=c=white:s=48x32:r=10:d=1,drawbox=x=0:y=0:w=24:h=32:c=black:t=fill"),
-        QStringLiteral("-c:v"), QStringLiteral("libx264"), QStringLiteral("-pix_fmt"),
-        QStringLiteral("yuv420p"), plain }));
-    ASSERT_TRUE(runFFmpeg({ QStringLiteral("-i"), plain, QStringLiteral("-c"), QStringLiteral("copy"),
-        QStringLiteral("-metadata:s:v:0"), QStringLiteral("rotate=90"), path }));
+    ASSERT_TRUE(runFFmpeg({ u"-f"_s, u"lavfi"_s, u"-i"_s,
+        u"color=c=white:s=48x32:r=10:d=1,drawbox=x=0:y=0:w=24:h=32:c=black:t=fill"_s, u"-c:v"_s, u"libx264"_s,
+        u"-pix_fmt"_s, u"yuv420p"_s, plain }));
+    ASSERT_TRUE(
+        runFFmpeg({ u"-i"_s, plain, u"-c"_s, u"copy"_s, u"-metadata:s:v:0"_s, u"rotate=90"_s, path }));
     const MoviePtr movie = Movie::initWithFile(path);
     ASSERT_TRUE(movie);
     EXPECT_EQ(movie->movieSize(), QSizeF(32, 48));
@@ -316,14 +305,12 @@ TEST(MovieSize, RotationMetadataTurnsTheFrameAsFFmpegShowsIt)
 TEST(MoviePoster, AnAudioFileWithCoverArtGivesTheCover)
 {
     TempDir dir;
-    const QString cover = dir.file(QStringLiteral("cover.png"));
+    const QString cover = dir.file(u"cover.png"_s);
     ASSERT_TRUE(writeSolidImage(cover, 40, 30, QColor(200, 40, 90)));
-    const QString path = dir.file(QStringLiteral("song.mp3"));
-    ASSERT_TRUE(runFFmpeg({ QStringLiteral("-f"), QStringLiteral("lavfi"), QStringLiteral("-i"),
-        QStringLiteral("sine=d=2"), QStringLiteral("-i"), cover, QStringLiteral("-map"), QStringLiteral("0"),
-        QStringLiteral("-map"), QStringLiteral("1"), QStringLiteral("-c:a"), QStringLiteral("libmp3lame"),
-        QStringLiteral("-c:v"), QStringLiteral("copy"), QStringLiteral("-disposition:v"),
-        QStringLiteral("attached_pic"), QStringLiteral("-id3v2_version"), QStringLiteral("3"), path }));
+    const QString path = dir.file(u"song.mp3"_s);
+    ASSERT_TRUE(runFFmpeg({ u"-f"_s, u"lavfi"_s, u"-i"_s, u"sine=d=2"_s, u"-i"_s, cover, u"-map"_s, u"0"_s,
+        u"-map"_s, u"1"_s, u"-c:a"_s, u"libmp3lame"_s, u"-c:v"_s, u"copy"_s, u"-disposition:v"_s,
+        u"attached_pic"_s, u"-id3v2_version"_s, u"3"_s, path }));
     QSizeF size;
     double duration = 0;
     const ImagePtr image = Movie::thumbnailImageForMovieWithFile(path, &size, &duration);
@@ -336,22 +323,21 @@ TEST(MoviePoster, AnAudioFileWithCoverArtGivesTheCover)
 TEST(MovieFailures, FilesWithoutAPictureAnswerNilAndZeroOutParameters)
 {
     TempDir dir;
-    const QString audio = dir.file(QStringLiteral("tone.m4a"));
-    ASSERT_TRUE(runFFmpeg({ QStringLiteral("-f"), QStringLiteral("lavfi"), QStringLiteral("-i"),
-        QStringLiteral("sine=d=1"), audio }));
-    const QString empty = dir.file(QStringLiteral("empty.mp4"));
+    const QString audio = dir.file(u"tone.m4a"_s);
+    ASSERT_TRUE(runFFmpeg({ u"-f"_s, u"lavfi"_s, u"-i"_s, u"sine=d=1"_s, audio }));
+    const QString empty = dir.file(u"empty.mp4"_s);
     ASSERT_TRUE(writeBytes(empty, {}));
-    const QString noise = dir.file(QStringLiteral("noise.avi"));
+    const QString noise = dir.file(u"noise.avi"_s);
     ASSERT_TRUE(writeBytes(noise, QByteArray(20000, '\x5a')));
-    const QString cut = dir.file(QStringLiteral("cut.mp4"));
+    const QString cut = dir.file(u"cut.mp4"_s);
     ASSERT_TRUE(writeSecondsMovie(cut, 4.0));
     ASSERT_TRUE(writeBytes(cut, readBytes(cut).left(readBytes(cut).size() / 2)));
     // A raw stream header declaring a 16000 × 16000 picture, followed by a few bytes of it.
-    const QString huge = dir.file(QStringLiteral("huge.y4m"));
+    const QString huge = dir.file(u"huge.y4m"_s);
     ASSERT_TRUE(writeBytes(huge,
         QByteArray("YUV4MPEG2 W16000 H16000 F25:1 Ip A1:1 C420jpeg\nFRAME\n") + QByteArray(4096, '\x80')));
 
-    for (const QString &path : { audio, empty, noise, cut, huge, dir.file(QStringLiteral("missing.mp4")) }) {
+    for (const QString &path : { audio, empty, noise, cut, huge, dir.file(u"missing.mp4"_s) }) {
         QSizeF size(7, 7);
         double duration = 7;
         QString error;
@@ -367,7 +353,7 @@ TEST(MovieFailures, FilesWithoutAPictureAnswerNilAndZeroOutParameters)
 TEST(MovieTime, IsKeptAsSetAndTheDurationIsTheFiles)
 {
     TempDir dir;
-    const QString path = dir.file(QStringLiteral("time.mkv"));
+    const QString path = dir.file(u"time.mkv"_s);
     ASSERT_TRUE(writeSecondsMovie(path, 4.0));
     const MoviePtr movie = Movie::initWithFile(path);
     ASSERT_TRUE(movie);
@@ -388,7 +374,7 @@ namespace {
 // Whether a library whose file name contains name is mapped into this process.
 bool isMapped(const char *name)
 {
-    QFile maps(QStringLiteral("/proc/self/maps"));
+    QFile maps(u"/proc/self/maps"_s);
     return maps.open(QIODevice::ReadOnly) && maps.readAll().contains(name);
 }
 
@@ -405,19 +391,17 @@ TEST(MovieLibrary, WithoutFFmpegTheClassicTypesStillAnswerAndOpeningSaysWhy)
 {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     // Any regular file reaches the loading; this executable is one that the child cannot leave behind.
-    const QString path = QStringLiteral("/proc/self/exe");
+    const QString path = u"/proc/self/exe"_s;
     EXPECT_EXIT(
         {
-            if (!movie_detail::setFFmpegLibraryFolder(QStringLiteral("/nonexistent/orvel-nowhere")))
+            if (!movie_detail::setFFmpegLibraryFolder(u"/nonexistent/orvel-nowhere"_s))
                 childFails("the folder is refused before any load");
             if (!Movie::movieFileTypes().isEmpty())
                 childFails("no demuxer types without FFmpeg");
             const QStringList &types = Movie::QuickTimeFileTypes();
-            if (types.size() != 113 || types.first() != QStringLiteral("'MPG '")
-                || types.last() != QStringLiteral("m4v"))
+            if (types.size() != 113 || types.first() != u"'MPG '"_s || types.last() != u"m4v"_s)
                 childFails("the classic types make the whole list");
-            if (!Movie::isQuickTimeExtension(QStringLiteral("MP4"), {})
-                || Movie::isQuickTimeExtension(QStringLiteral("mkv"), {}))
+            if (!Movie::isQuickTimeExtension(u"MP4"_s, {}) || Movie::isQuickTimeExtension(u"mkv"_s, {}))
                 childFails("classification by the classic types");
             QString error;
             if (Movie::initWithFile(path, &error))
@@ -444,18 +428,18 @@ TEST(MovieLibrary, IsLoadedOnlyWhenTheTypesOfFFmpegOrAMovieAreNeeded)
             // Classic types, files without an extension and files that are not there need no FFmpeg.
             for (const char *name : { "/x/clip.avi", "/x/song.MP3", "/x/movie.m4v", "/x/README" })
                 (void)Movie::isQuickTimeFile(QString::fromLatin1(name));
-            if (!Movie::isQuickTimeFile(QStringLiteral("/x/clip.avi")))
+            if (!Movie::isQuickTimeFile(u"/x/clip.avi"_s))
                 childFails("a classic extension counts");
-            if (Movie::initWithFile(QStringLiteral("/no/such/file.mp4")))
+            if (Movie::initWithFile(u"/no/such/file.mp4"_s))
                 childFails("a missing file opened");
             if (movie_detail::isFFmpegLoaded() || isMapped("libavcodec.so") || isMapped("libavformat.so"))
                 childFails("loaded before it was needed");
             // A suffix only FFmpeg knows needs its demuxer list.
-            if (!Movie::isQuickTimeFile(QStringLiteral("/x/clip.mkv")))
+            if (!Movie::isQuickTimeFile(u"/x/clip.mkv"_s))
                 childFails("a demuxer's extension counts");
             if (!movie_detail::isFFmpegLoaded() || !isMapped("libavformat.so"))
                 childFails("the demuxer list loads FFmpeg");
-            if (movie_detail::setFFmpegLibraryFolder(QStringLiteral("/nowhere")))
+            if (movie_detail::setFFmpegLibraryFolder(u"/nowhere"_s))
                 childFails("the folder changed after the load");
             std::fprintf(stderr, "all checks passed\n");
             std::exit(0);

@@ -6,6 +6,8 @@
 #include <QRandomGenerator>
 #include <gtest/gtest.h>
 
+using namespace Qt::StringLiterals;
+
 using namespace orvel;
 
 namespace {
@@ -145,9 +147,9 @@ TEST(WildcardMatch, HostilePatternsAnswerWithoutExhaustingStackOrTime)
     const QString text = QString(20000, u'a') + u'b';
     QString pattern;
     for (int i = 0; i < 5000; ++i)
-        pattern += QStringLiteral("*a");
+        pattern += u"*a"_s;
     EXPECT_FALSE(isLikeWildcard(text, pattern + u'c'));
-    EXPECT_TRUE(isCaseInsensitiveLikeUnixWildcard(text, pattern + QStringLiteral("[B]")));
+    EXPECT_TRUE(isCaseInsensitiveLikeUnixWildcard(text, pattern + u"[B]"_s));
 }
 
 class WildcardTypes : public ::testing::TestWithParam<std::pair<const char16_t *, int>>

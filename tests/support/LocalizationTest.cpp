@@ -36,6 +36,8 @@
 #include <utility>
 #include <vector>
 
+using namespace Qt::StringLiterals;
+
 using namespace orvel;
 using orvel::test::TempDir;
 
@@ -50,20 +52,19 @@ QString escaped(const QString &text) { return text.toHtmlEscaped(); }
 bool compileTable(const QString &dir, const QString &table, const QString &language, const Rows &rows,
     const QString &context = QString())
 {
-    QString ts = QStringLiteral("<?xml version=\"1.0\" encoding=\"utf-8\"?>\n<!DOCTYPE TS>\n"
-                                "<TS version=\"2.1\" language=\"%1\">\n<context>\n<name>%2</name>\n")
-                     .arg(language, escaped(context.isEmpty() ? table : context));
+    QString ts = u"<?xml version=\"1.0\" encoding=\"utf-8\"?>\n<!DOCTYPE TS>\n"
+                 "<TS version=\"2.1\" language=\"%1\">\n<context>\n<name>%2</name>\n"_s.arg(
+                     language, escaped(context.isEmpty() ? table : context));
     for (const auto &[source, translation] : rows)
-        ts += QStringLiteral("<message><source>%1</source><translation>%2</translation></message>\n")
-                  .arg(escaped(source), escaped(translation));
-    ts += QStringLiteral("</context>\n</TS>\n");
-    QDir().mkpath(dir + QStringLiteral("/translations"));
-    const QString base = dir + QStringLiteral("/translations/") + table + u'_' + language;
-    if (!orvel::test::writeBytes(base + QStringLiteral(".ts"), ts.toUtf8()))
+        ts += u"<message><source>%1</source><translation>%2</translation></message>\n"_s.arg(
+            escaped(source), escaped(translation));
+    ts += u"</context>\n</TS>\n"_s;
+    QDir().mkpath(dir + u"/translations"_s);
+    const QString base = dir + u"/translations/"_s + table + u'_' + language;
+    if (!orvel::test::writeBytes(base + u".ts"_s, ts.toUtf8()))
         return false;
-    return orvel::test::runProgram(QStringLiteral(ORVEL_LRELEASE),
-               { QStringLiteral("-silent"), base + QStringLiteral(".ts"), QStringLiteral("-qm"),
-                   base + QStringLiteral(".qm") })
+    return orvel::test::runProgram(
+               QStringLiteral(ORVEL_LRELEASE), { u"-silent"_s, base + u".ts"_s, u"-qm"_s, base + u".qm"_s })
         == 0;
 }
 

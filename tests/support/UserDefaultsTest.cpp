@@ -10,6 +10,8 @@
 #include <cmath>
 #include <limits>
 
+using namespace Qt::StringLiterals;
+
 using namespace orvel;
 using orvel::test::readBytes;
 using orvel::test::TempDir;
@@ -28,7 +30,7 @@ struct Store
     std::unique_ptr<UserDefaults> reread()
     {
         EXPECT_TRUE(defaults.synchronize());
-        const QString copy = dir.file(QStringLiteral("copy%1.conf").arg(++copies));
+        const QString copy = dir.file(u"copy%1.conf"_s.arg(++copies));
         EXPECT_TRUE(QFile::copy(defaults.filePath(), copy));
         return std::make_unique<UserDefaults>(copy);
     }
@@ -152,7 +154,7 @@ TEST(UserDefaults, TypesSurviveTheFile)
     s.defaults.setObject(std::numeric_limits<double>::infinity(), "inf");
     s.defaults.setObject(true, "QuitWhenDone");
     s.defaults.setString("128", "extension");
-    const QString tricky = QStringLiteral("a \"quoted\" \\ line\nnext\t\u00e9 \U0001F600 \u0001");
+    const QString tricky = u"a \"quoted\" \\ line\nnext\t\u00e9 \U0001F600 \u0001"_s;
     s.defaults.setString(tricky, "my key = odd");
     const QVariantMap nested { { "list", QVariantList { 1, 2.0, "three", false } },
         { "empty", QVariantMap() } };
@@ -170,7 +172,7 @@ TEST(UserDefaults, TypesSurviveTheFile)
     EXPECT_EQ(again->objectForKey("tiny"), QVariant(-1e-300));
     EXPECT_EQ(again->objectForKey("inf"), QVariant(std::numeric_limits<double>::infinity()));
     EXPECT_EQ(again->objectForKey("QuitWhenDone").typeId(), QMetaType::Bool);
-    EXPECT_EQ(again->objectForKey("extension"), QVariant(QStringLiteral("128")));
+    EXPECT_EQ(again->objectForKey("extension"), QVariant(u"128"_s));
     EXPECT_EQ(again->objectForKey("my key = odd"), QVariant(tricky));
     EXPECT_EQ(again->objectForKey("nested"), QVariant(nested));
     EXPECT_EQ(again->objectForKey("nested").toMap()["list"].toList()[1].typeId(), QMetaType::Double);

@@ -8,10 +8,12 @@
 #include <gtest/gtest.h>
 #include <vips/vips8>
 
+using namespace Qt::StringLiterals;
+
 namespace orvel::test {
 
 TempDir::TempDir()
-    : m_dir(QDir::tempPath() + QStringLiteral("/orvel-test-XXXXXX"))
+    : m_dir(QDir::tempPath() + u"/orvel-test-XXXXXX"_s)
 {
 }
 
@@ -53,30 +55,28 @@ bool writeSolidImage(const QString &path, int w, int h, QColor c)
 
 static QString psColour(QColor c)
 {
-    return QStringLiteral("%1 %2 %3 setrgbcolor").arg(c.redF()).arg(c.greenF()).arg(c.blueF());
+    return u"%1 %2 %3 setrgbcolor"_s.arg(c.redF()).arg(c.greenF()).arg(c.blueF());
 }
 
 bool writeTestPdf(const QString &path, double wPt, double hPt, QColor colour, int pages)
 {
     TempDir dir;
-    QString ps = QStringLiteral("%!PS\n<< /PageSize [%1 %2] >> setpagedevice\n").arg(wPt).arg(hPt);
+    QString ps = u"%!PS\n<< /PageSize [%1 %2] >> setpagedevice\n"_s.arg(wPt).arg(hPt);
     for (int i = 0; i < pages; ++i)
-        ps += QStringLiteral("%1 0 0 %2 %3 rectfill showpage\n").arg(psColour(colour)).arg(wPt).arg(hPt);
-    QString src = dir.file(QStringLiteral("in.ps"));
+        ps += u"%1 0 0 %2 %3 rectfill showpage\n"_s.arg(psColour(colour)).arg(wPt).arg(hPt);
+    QString src = dir.file(u"in.ps"_s);
     if (!writeBytes(src, ps.toLatin1()))
         return false;
-    return runProgram(QStringLiteral("gs"),
-               { QStringLiteral("-q"), QStringLiteral("-dSAFER"), QStringLiteral("-dBATCH"),
-                   QStringLiteral("-dNOPAUSE"), QStringLiteral("-sDEVICE=pdfwrite"),
-                   QStringLiteral("-sOutputFile=") + path, src })
+    return runProgram(u"gs"_s,
+               { u"-q"_s, u"-dSAFER"_s, u"-dBATCH"_s, u"-dNOPAUSE"_s, u"-sDEVICE=pdfwrite"_s,
+                   u"-sOutputFile="_s + path, src })
         == 0;
 }
 
 bool writeTestEps(const QString &path, int w, int h, QColor colour)
 {
-    QString eps = QStringLiteral("%!PS-Adobe-3.0 EPSF-3.0\n%%BoundingBox: 0 0 %1 %2\n%%EndComments\n"
-                                 "%3 0 0 %1 %2 rectfill\nshowpage\n%%EOF\n")
-                      .arg(w)
+    QString eps = u"%!PS-Adobe-3.0 EPSF-3.0\n%%BoundingBox: 0 0 %1 %2\n%%EndComments\n"
+                  "%3 0 0 %1 %2 rectfill\nshowpage\n%%EOF\n"_s.arg(w)
                       .arg(h)
                       .arg(psColour(colour));
     return writeBytes(path, eps.toLatin1());
@@ -184,11 +184,10 @@ int runThumbs(const TempDir &home, const QStringList &args, QByteArray *out, QBy
         ADD_FAILURE() << "ORVEL_THUMBS does not name the orvel-thumbs executable";
         return -1;
     }
-    QDir().mkpath(home.file(QStringLiteral("tmp")));
+    QDir().mkpath(home.file(u"tmp"_s));
     return runProgram(executable, args, out, err, 60000,
-        { QStringLiteral("XDG_CONFIG_HOME=") + home.file(QStringLiteral("config")),
-            QStringLiteral("XDG_CACHE_HOME=") + home.file(QStringLiteral("cache")),
-            QStringLiteral("TMPDIR=") + home.file(QStringLiteral("tmp")) });
+        { u"XDG_CONFIG_HOME="_s + home.file(u"config"_s), u"XDG_CACHE_HOME="_s + home.file(u"cache"_s),
+            u"TMPDIR="_s + home.file(u"tmp"_s) });
 }
 
 } // namespace orvel::test
