@@ -204,4 +204,38 @@ bool FileManager::fileExistsAtPath(const QString &path, bool *isDirectory)
     return true;
 }
 
+std::optional<FileKind> FileManager::fileKindAtPath(const QString &path, bool followLinks)
+{
+    QByteArray native;
+    if (!detail::nativePath(path, &native))
+        return std::nullopt;
+    struct stat st;
+    if ((followLinks ? stat(native.constData(), &st) : lstat(native.constData(), &st)) != 0)
+        return std::nullopt;
+    if (S_ISREG(st.st_mode))
+        return FileKind::Regular;
+    if (S_ISDIR(st.st_mode))
+        return FileKind::Directory;
+    if (S_ISLNK(st.st_mode))
+        return FileKind::SymbolicLink;
+    return FileKind::Other;
+}
+
+std::optional<FileIdentity> FileManager::fileIdentityAtPath(const QString &path)
+{
+    QByteArray native;
+    if (!detail::nativePath(path, &native))
+        return std::nullopt;
+    struct stat st;
+    if (stat(native.constData(), &st) != 0)
+        return std::nullopt;
+    return FileIdentity { quint64(st.st_dev), quint64(st.st_ino) };
+}
+
+bool FileManager::isSameFileAtPaths(const QString &a, const QString &b)
+{
+    const std::optional<FileIdentity> first = fileIdentityAtPath(a);
+    return first && first == fileIdentityAtPath(b);
+}
+
 } // namespace orvel

@@ -12,6 +12,17 @@ namespace orvel {
 /// A file time with the nanosecond precision of the file system.
 using FileTime = std::chrono::time_point<std::chrono::system_clock, std::chrono::nanoseconds>;
 
+/// What is at a path, as the file system tells it.
+enum class FileKind { Regular, Directory, SymbolicLink, Other };
+
+/// A file's identity on this system: two paths with equal identities lead to the same file.
+struct FileIdentity
+{
+    quint64 device = 0;
+    quint64 inode = 0;
+    friend bool operator==(const FileIdentity &, const FileIdentity &) = default;
+};
+
 /// File-manager operations. All are static, keep no state, never throw, and answer empty, nullopt or
 /// false on failure. Paths are POSIX paths; an empty path or one holding a NUL character is a failure.
 class FileManager
@@ -49,6 +60,16 @@ public:
     /// Whether something exists at path, following links (a broken link does not exist); isDirectory,
     /// when given, is set to whether it is a folder.
     static bool fileExistsAtPath(const QString &path, bool *isDirectory = nullptr);
+
+    /// The kind of what is at path, links followed unless followLinks is false (then a link
+    /// answers SymbolicLink); nullopt when nothing can be found there (a broken link followed).
+    [[nodiscard]] static std::optional<FileKind> fileKindAtPath(const QString &path, bool followLinks = true);
+
+    /// The device and inode of the file at path, links followed; nullopt when it cannot be found.
+    [[nodiscard]] static std::optional<FileIdentity> fileIdentityAtPath(const QString &path);
+
+    /// Whether both paths lead to one file that exists (links followed).
+    [[nodiscard]] static bool isSameFileAtPaths(const QString &a, const QString &b);
 };
 
 /// The POSIX mode bits (0777 at most) for Qt permission flags; owner and user flags both count as

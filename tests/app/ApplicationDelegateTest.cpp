@@ -1,9 +1,9 @@
 // Tests of the application delegate: launch order, the automatic quit, and opened files processed
 // by the real thumbnail job in worker processes.
-#include "app/ApplicationDelegate.h"
+#include "app/desktop/ApplicationDelegate.h"
 #include "DesktopTestSupport.h"
-#include "app/IsolatedJob.h"
-#include "app/PreferencesPanel.h"
+#include "app/desktop/IsolatedJob.h"
+#include "app/desktop/PreferencesPanel.h"
 #include "testlib/TestSupport.h"
 
 #include <QComboBox>

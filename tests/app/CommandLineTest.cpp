@@ -1,8 +1,9 @@
 // Tests of the command line: parsing and typing of options, the progress line, the defaults
 // subcommand and whole runs of orvel-thumbs as a child process.
-#include "app/CommandLine.h"
-#include "app/DefaultsCommand.h"
-#include "app/Progress.h"
+#include "app/batch/CommandLine.h"
+#include "app/batch/DefaultsCommand.h"
+#include "app/batch/Progress.h"
+#include "app/shared/WorkerOptions.h"
 #include "support/UserDefaults.h"
 
 #include "testlib/TestSupport.h"
@@ -155,7 +156,6 @@ TEST(CommandLine, UsageErrorsAreReported)
         { u"--set"_s, u"widht=5"_s, u"x"_s },
         { u"--quiet=yes"_s, u"x"_s },
         { u"--worker-threads"_s, u"2"_s, u"x"_s },
-        { u"--worker"_s, u"x"_s },
     };
     for (const QStringList &arguments : bad) {
         const CommandLineOptions o = parse(arguments);
@@ -176,15 +176,20 @@ TEST(CommandLine, WorkerArgumentsCarryEverySettingWithItsType)
         { u"sharpen"_s, u"true"_s },
         { u"create"_s, u"a=b c"_s },
     };
-    const CommandLineOptions o = parse(QStringList { u"--worker"_s } + settingArguments(settings)
-        + QStringList { u"--worker-threads"_s, u"3"_s });
-    ASSERT_TRUE(o.error.isEmpty()) << o.error.toStdString();
-    EXPECT_EQ(o.mode, CommandLineOptions::Mode::Worker);
-    EXPECT_EQ(o.workerThreads, 3);
-    ASSERT_EQ(o.settings.keys(), settings.keys());
+    WorkerOptions written;
+    written.settings = settings;
+    written.threads = 3;
+    written.memoryLimitMiB = 512;
+    QString error;
+    const std::optional<WorkerOptions> o = WorkerOptions::fromArguments(written.toArguments(), &error);
+    ASSERT_TRUE(o) << error;
+    EXPECT_EQ(o->threads, 3);
+    EXPECT_EQ(o->memoryLimitMiB, 512);
+    EXPECT_FALSE(o->verbose);
+    ASSERT_EQ(o->settings.keys(), settings.keys());
     for (auto it = settings.cbegin(); it != settings.cend(); ++it) {
-        EXPECT_EQ(o.settings.value(it.key()).typeId(), it.value().typeId()) << it.key().toStdString();
-        EXPECT_EQ(o.settings.value(it.key()), it.value()) << it.key().toStdString();
+        EXPECT_EQ(o->settings.value(it.key()).typeId(), it.value().typeId()) << it.key();
+        EXPECT_EQ(o->settings.value(it.key()), it.value()) << it.key();
     }
 }
 

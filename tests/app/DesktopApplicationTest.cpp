@@ -1,10 +1,10 @@
 // Tests of the desktop application around the delegate: drops on the window and hand-overs
 // processed in order, one at a time.
-#include "app/DesktopApplication.h"
+#include "app/desktop/DesktopApplication.h"
 #include "DesktopTestSupport.h"
-#include "app/ApplicationDelegate.h"
-#include "app/IsolatedJob.h"
-#include "app/PreferencesPanel.h"
+#include "app/desktop/ApplicationDelegate.h"
+#include "app/desktop/IsolatedJob.h"
+#include "app/desktop/PreferencesPanel.h"
 #include "testlib/TestSupport.h"
 
 #include <QDir>

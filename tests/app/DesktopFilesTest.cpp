@@ -1,6 +1,6 @@
 // Tests of the desktop integration files: validated by the desktop's own tools, and every
 // MIME type offered is one that the application reads.
-#include "app/IsolatedJob.h"
+#include "app/desktop/IsolatedJob.h"
 #include "image/Image.h"
 #include "testlib/TestSupport.h"
 

@@ -1,5 +1,5 @@
 // Tests of IconService: real entries written to a thumbnail cache in a temporary folder.
-#include "app/IconService.h"
+#include "app/engine/IconService.h"
 #include "testlib/TestSupport.h"
 
 #include <QCryptographicHash>

@@ -2,9 +2,9 @@
 // and the progress window in German and French, the layout making room for the longer texts, and
 // the shipped tables holding every text the application shows.
 #include "DesktopTestSupport.h"
-#include "app/ApplicationDelegate.h"
-#include "app/PreferencesPanel.h"
-#include "app/ProgressWindow.h"
+#include "app/desktop/ApplicationDelegate.h"
+#include "app/desktop/PreferencesPanel.h"
+#include "app/desktop/ProgressWindow.h"
 #include "support/Bundle.h"
 
 #include <QAbstractButton>
@@ -186,7 +186,7 @@ INSTANTIATE_TEST_SUITE_P(Languages, PanelLayout, ::testing::Values(QLocale::Germ
 std::set<QString> shownTexts()
 {
     std::set<QString> texts;
-    QFile ui(QStringLiteral(ORVEL_SOURCE_DIR "/src/app/PreferencesPanel.ui"));
+    QFile ui(QStringLiteral(ORVEL_SOURCE_DIR "/src/app/desktop/PreferencesPanel.ui"));
     EXPECT_TRUE(ui.open(QIODevice::ReadOnly));
     QXmlStreamReader xml(&ui);
     QString property;
@@ -208,7 +208,8 @@ std::set<QString> shownTexts()
     static const QRegularExpression call(
         QStringLiteral(R"re(localizedText\(QStringLiteral\(((?:\s*"[^"\\]*")+)\)\))re"));
     static const QRegularExpression literal(QStringLiteral(R"re("([^"\\]*)")re"));
-    QDirIterator sources(QStringLiteral(ORVEL_SOURCE_DIR "/src/app"), { u"*.cpp"_s }, QDir::Files);
+    QDirIterator sources(QStringLiteral(ORVEL_SOURCE_DIR "/src/app"), { u"*.cpp"_s }, QDir::Files,
+        QDirIterator::Subdirectories);
     int calls = 0;
     while (sources.hasNext()) {
         QFile source(sources.next());

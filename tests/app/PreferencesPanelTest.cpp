@@ -1,6 +1,6 @@
 // Tests of the preferences panel: its outlets and tags, the corrections of apply(), the label
 // switch, closing, and drops.
-#include "app/PreferencesPanel.h"
+#include "app/desktop/PreferencesPanel.h"
 #include "DesktopTestSupport.h"
 #include "testlib/TestSupport.h"
 

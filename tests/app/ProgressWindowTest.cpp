@@ -1,5 +1,5 @@
 // Tests of the progress window: its counts, when it appears and goes, and the count of a drop.
-#include "app/ProgressWindow.h"
+#include "app/desktop/ProgressWindow.h"
 #include "DesktopTestSupport.h"
 #include "testlib/TestSupport.h"
 

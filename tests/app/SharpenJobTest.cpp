@@ -1,7 +1,7 @@
 // Sharpening in the thumbnail job: a lossless thumbnail of a picture that fits the box equals the
 // kernel applied by hand, pixel for pixel; the command line's --sharpen reaches the job.
-#include "app/IconService.h"
-#include "app/ThumbnailJob.h"
+#include "app/engine/IconService.h"
+#include "app/engine/ThumbnailJob.h"
 #include "support/UserDefaults.h"
 #include "testlib/TestSupport.h"
 

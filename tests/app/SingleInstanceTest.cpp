@@ -1,6 +1,6 @@
 // Tests of the single-instance hand-over, over a private D-Bus session bus and over the local
 // socket, and of the desktop application launched as a program.
-#include "app/SingleInstance.h"
+#include "app/desktop/SingleInstance.h"
 #include "DesktopTestSupport.h"
 #include "testlib/TestSupport.h"
 

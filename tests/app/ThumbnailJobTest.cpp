@@ -1,6 +1,6 @@
 // The thumbnail job on real files with real settings: sizes, naming, create modes, formats, failures.
-#include "app/ThumbnailJob.h"
-#include "app/IconService.h"
+#include "app/engine/ThumbnailJob.h"
+#include "app/engine/IconService.h"
 #include "files/FileManager.h"
 #include "support/UserDefaults.h"
 #include "testlib/TestSupport.h"

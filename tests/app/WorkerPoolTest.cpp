@@ -1,8 +1,8 @@
 // Tests of the worker processes: parallel runs give exactly the files of one-by-one processing, and a
 // worker that hangs or dies costs only its own file.
-#include "app/WorkerPool.h"
-#include "app/FolderWalk.h"
-#include "app/ThumbnailJob.h"
+#include "app/batch/WorkerPool.h"
+#include "app/engine/ThumbnailJob.h"
+#include "files/FolderWalk.h"
 #include "support/UserDefaults.h"
 
 #include "testlib/TestSupport.h"

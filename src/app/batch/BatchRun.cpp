@@ -1,0 +1,115 @@
+// BatchRun: one run of orvel-thumbs over its paths, and its report.
+#include "app/batch/BatchRun.h"
+
+#include "app/shared/ThumbnailSettings.h"
+#include "files/FileManager.h"
+
+#include <QFileInfo>
+
+#include <cstdio>
+
+using namespace Qt::StringLiterals;
+
+namespace orvel {
+
+namespace {
+
+WorkerPool::Options poolOptions(const CommandLineOptions &options, const QString &executable)
+{
+    WorkerPool::Options pool;
+    pool.executable = executable;
+    pool.workers = options.jobs > 0 ? options.jobs : defaultJobCount();
+    pool.timeoutSeconds = options.timeoutSeconds;
+    pool.worker.settings = options.settings;
+    pool.worker.memoryLimitMiB = options.memoryLimitMiB;
+    pool.worker.verbose = options.verbose;
+    return pool;
+}
+
+} // namespace
+
+BatchRun::BatchRun(const CommandLineOptions &options, const QString &executable, UserDefaults &defaults)
+    : m_options(options)
+    , m_defaults(defaults)
+    , m_progress(!options.quiet)
+    , m_pool(poolOptions(options, executable),
+          [this](const WorkerPool::Result &result) { complete(result.tag, result.ok, result.reason); })
+{
+}
+
+int BatchRun::run()
+{
+    bool ok = true;
+    for (const QString &argument : m_options.paths) {
+        const QString path = argument.isEmpty() ? argument : QFileInfo(argument).absoluteFilePath();
+        ok = FolderWalk::processPath(path, *this) && ok;
+    }
+    m_pool.waitForAll();
+    m_progress.finish();
+    if (!m_options.quiet)
+        writeText(stderr,
+            Progress::formatSummary(m_thumbnails, m_icons, m_failed, m_progress.elapsedSeconds()) + u'\n');
+    return ok && m_failed == 0 ? 0 : 1;
+}
+
+bool BatchRun::processFile(const QString &path)
+{
+    // A pipe or a device would block the decoder reading it until the time limit.
+    const std::optional<FileKind> kind = FileManager::fileKindAtPath(path);
+    if (kind && *kind != FileKind::Regular) {
+        failed(path, u"not a regular file"_s);
+        return false;
+    }
+    const QString output = ThumbnailSettings::read(m_defaults).thumbnailPathFor(path);
+    const qint64 tag = add(path, output, true);
+    m_progress.fileStarted(path);
+    m_pool.submit(tag, path, output);
+    // The answer arrives later; run() counts it.
+    return true;
+}
+
+void BatchRun::failed(const QString &path, const QString &reason) { complete(add(path, {}, false), false, reason); }
+
+bool BatchRun::unreadableFolder(const QString &path, const QString &reason)
+{
+    // Whatever is in a folder we cannot read gets no thumbnail; the user should know.
+    failed(path, reason);
+    return false;
+}
+
+qint64 BatchRun::add(const QString &path, const QString &output, bool started)
+{
+    m_entries.push_back({ path, output, false, false, QString(), started });
+    return m_firstTag + qint64(m_entries.size()) - 1;
+}
+
+void BatchRun::complete(qint64 tag, bool ok, const QString &reason)
+{
+    Entry &entry = m_entries.at(size_t(tag - m_firstTag));
+    entry.done = true;
+    entry.ok = ok;
+    entry.reason = reason;
+    while (!m_entries.empty() && m_entries.front().done) {
+        report(m_entries.front());
+        m_entries.pop_front();
+        ++m_firstTag;
+    }
+}
+
+void BatchRun::report(const Entry &entry)
+{
+    if (!entry.ok) {
+        ++m_failed;
+        m_progress.printLine(stderr, u"%1: %2"_s.arg(entry.path, entry.reason));
+    } else if (entry.output.isEmpty()) {
+        ++m_icons;
+    } else {
+        ++m_thumbnails;
+        if (m_options.verbose)
+            m_progress.printLine(stdout, entry.output);
+    }
+    if (entry.started)
+        m_progress.fileFinished();
+}
+
+} // namespace orvel

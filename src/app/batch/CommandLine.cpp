@@ -1,0 +1,458 @@
+// CommandLine: the arguments of orvel-thumbs and their parsing into options.
+#include "app/batch/CommandLine.h"
+
+#include "app/batch/BatchRun.h"
+#include "app/batch/DefaultsCommand.h"
+#include "app/batch/Progress.h"
+#include "app/batch/WorkerEngine.h"
+#include "app/shared/ThumbnailSettings.h"
+#include "app/shared/WorkerOptions.h"
+#include "support/Log.h"
+#include "support/UserDefaults.h"
+
+#include <QFileInfo>
+#include <QRegularExpression>
+#include <QThread>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+#include <optional>
+
+using namespace Qt::StringLiterals;
+
+namespace orvel {
+
+namespace {
+
+constexpr int MaxJobs = 256;
+
+struct Choice
+{
+    const char16_t *name;
+    qint64 value;
+};
+
+constexpr Choice FormatChoices[] = { { u"tiff", 0 }, { u"tif", 0 }, { u"bmp", 1 }, { u"gif", 2 },
+    { u"jpeg", 3 }, { u"jpg", 3 }, { u"png", 4 }, { u"jp2", 5 }, { u"jpeg2000", 5 } };
+constexpr Choice InterpolationChoices[]
+    = { { u"default", 0 }, { u"none", 1 }, { u"low", 2 }, { u"high", 3 } };
+constexpr Choice CreateChoices[] = { { u"thumbnail", 0 }, { u"thumbnail+icon", 1 }, { u"icon", 2 } };
+constexpr Choice SharpenChoices[] = { { u"none", 0 }, { u"light", 1 }, { u"medium", 2 }, { u"strong", 3 } };
+
+template <size_t N> std::optional<qint64> choose(const Choice (&choices)[N], const QString &text)
+{
+    const QString word = text.toLower();
+    for (const Choice &choice : choices) {
+        if (word == QStringView(choice.name))
+            return choice.value;
+    }
+    return std::nullopt;
+}
+
+template <size_t N> QString choiceList(const Choice (&choices)[N])
+{
+    QStringList names;
+    for (const Choice &choice : choices)
+        names << QString::fromUtf16(choice.name);
+    return names.join(u", "_s);
+}
+
+std::optional<qint64> wholeNumber(const QString &text, qint64 low, qint64 high)
+{
+    bool ok = false;
+    const qint64 n = text.toLongLong(&ok);
+    if (!ok || n < low || n > high)
+        return std::nullopt;
+    return n;
+}
+
+std::optional<double> decimalNumber(const QString &text, double low, double high)
+{
+    bool ok = false;
+    const double n = text.toDouble(&ok);
+    if (!ok || !std::isfinite(n) || n < low || n > high)
+        return std::nullopt;
+    return n;
+}
+
+QString invalidValue(const QString &option, const QString &value, const QString &expected)
+{
+    return u"invalid value '%1' for %2 (expected %3)"_s.arg(value, option, expected);
+}
+
+/// Applies an option with its value (as the user wrote it) to the options; answers a usage error
+/// or an empty string.
+using Apply = QString (*)(const QString &option, const QString &value, CommandLineOptions &o);
+
+template <size_t N>
+QString setChoice(const Choice (&choices)[N], const SettingKey &key, const QString &option,
+    const QString &value, CommandLineOptions &o)
+{
+    const auto code = choose(choices, value);
+    if (!code)
+        return invalidValue(option, value, choiceList(choices));
+    o.settings.insert(key.key(), *code);
+    return {};
+}
+
+QString setNaming(qint64 rule, const QString &value, CommandLineOptions &o)
+{
+    o.settings.insert(Setting::ExtensionFormat.key(), rule);
+    o.settings.insert(Setting::Extension.key(), value);
+    return {};
+}
+
+QString setSetting(const QString &option, const QString &value, CommandLineOptions &o, bool typed)
+{
+    const qsizetype eq = value.indexOf(u'=');
+    if (eq <= 0)
+        return u"%1 needs KEY=VALUE, not '%2'"_s.arg(option, value);
+    const QString key = value.left(eq);
+    if (!findSettingKey(key)) {
+        QStringList keys;
+        for (const SettingKey &known : settingKeys())
+            keys << known.key();
+        return u"unknown setting '%1' (the settings are %2)"_s.arg(key, keys.join(u", "_s));
+    }
+    const QString text = value.mid(eq + 1);
+    o.settings.insert(key, typed ? typedSettingValue(text) : QVariant(text));
+    return {};
+}
+
+/// An option of the command line, with its help.
+struct Option
+{
+    enum class Section { Settings, Running };
+
+    Section section;
+    const char16_t *longName;
+    char16_t shortName;
+    /// The value's name in the help; null for an option that takes none.
+    const char16_t *valueName;
+    /// The help, "\n" between its lines.
+    const char16_t *help;
+    /// The settings keys the option sets, named in the help.
+    const char16_t *keys;
+    Apply apply;
+};
+
+const Option Options[] = {
+    { Option::Section::Settings, u"set", 0, u"KEY=VALUE",
+        u"set a setting: a whole number is stored as an integer, a\ndecimal as a real, true/false as a "
+        u"boolean, else as "
+        u"text",
+        nullptr,
+        [](const QString &option, const QString &value, CommandLineOptions &o) {
+            return setSetting(option, value, o, true);
+        } },
+    { Option::Section::Settings, u"set-string", 0, u"KEY=VALUE",
+        u"set a setting to a text, whatever it looks like", nullptr,
+        [](const QString &option, const QString &value, CommandLineOptions &o) {
+            return setSetting(option, value, o, false);
+        } },
+    { Option::Section::Settings, u"format", u'f', u"FORMAT", u"tiff, bmp, gif, jpeg, png or jp2",
+        Setting::FileType.name,
+        [](const QString &option, const QString &value, CommandLineOptions &o) {
+            return setChoice(FormatChoices, Setting::FileType, option, value, o);
+        } },
+    { Option::Section::Settings, u"size", u's', u"WxH | N", u"fit into a box of W by H (or N by N) pixels",
+        u"width, height",
+        [](const QString &option, const QString &value, CommandLineOptions &o) {
+            static const QRegularExpression box(u"^(\\d+)(?:[xX](\\d+))?$"_s);
+            const QRegularExpressionMatch m = box.match(value);
+            const auto w = m.hasMatch() ? wholeNumber(m.captured(1), 1, 1000000) : std::nullopt;
+            const auto h = m.hasMatch()
+                ? wholeNumber(m.hasCaptured(2) ? m.captured(2) : m.captured(1), 1, 1000000)
+                : std::nullopt;
+            if (!w || !h)
+                return invalidValue(option, value, u"WIDTHxHEIGHT or SIZE in pixels"_s);
+            o.settings.insert(Setting::Width.key(), *w);
+            o.settings.insert(Setting::Height.key(), *h);
+            o.settings.insert(Setting::Sizing.key(), qint64(0));
+            return QString();
+        } },
+    { Option::Section::Settings, u"scale", 0, u"PERCENT", u"scale to PERCENT of the original size",
+        Setting::Scale.name,
+        [](const QString &option, const QString &value, CommandLineOptions &o) {
+            const auto percent = decimalNumber(value, 0, 100);
+            if (!percent || *percent <= 0)
+                return invalidValue(option, value, u"a percentage above 0, at most 100"_s);
+            o.settings.insert(Setting::Sizing.key(), qint64(1));
+            o.settings.insert(Setting::Scale.key(), *percent / 100.0);
+            return QString();
+        } },
+    { Option::Section::Settings, u"quality", u'q', u"0-100", u"compression quality", Setting::Quality.name,
+        [](const QString &option, const QString &value, CommandLineOptions &o) {
+            const auto percent = decimalNumber(value, 0, 100);
+            if (!percent)
+                return invalidValue(option, value, u"0 to 100"_s);
+            o.settings.insert(Setting::Quality.key(), *percent / 100.0);
+            return QString();
+        } },
+    { Option::Section::Settings, u"interpolation", 0, u"MODE", u"default, none, low or high",
+        Setting::Interpolation.name,
+        [](const QString &option, const QString &value, CommandLineOptions &o) {
+            return setChoice(InterpolationChoices, Setting::Interpolation, option, value, o);
+        } },
+    { Option::Section::Settings, u"suffix", 0, u"TEXT", u"name thumbnails NAME + TEXT",
+        u"extension, extensionFormat",
+        [](const QString &, const QString &value, CommandLineOptions &o) { return setNaming(1, value, o); } },
+    { Option::Section::Settings, u"prefix", 0, u"TEXT", u"name thumbnails TEXT + NAME", nullptr,
+        [](const QString &, const QString &value, CommandLineOptions &o) { return setNaming(0, value, o); } },
+    { Option::Section::Settings, u"folder", 0, u"NAME", u"put thumbnails into a sub-folder NAME", nullptr,
+        [](const QString &, const QString &value, CommandLineOptions &o) { return setNaming(2, value, o); } },
+    { Option::Section::Settings, u"create", 0, u"WHAT", u"thumbnail, thumbnail+icon or icon",
+        Setting::Create.name,
+        [](const QString &option, const QString &value, CommandLineOptions &o) {
+            return setChoice(CreateChoices, Setting::Create, option, value, o);
+        } },
+    { Option::Section::Settings, u"sharpen", 0, u"AMOUNT", u"none, light, medium or strong",
+        Setting::Sharpen.name,
+        [](const QString &option, const QString &value, CommandLineOptions &o) {
+            return setChoice(SharpenChoices, Setting::Sharpen, option, value, o);
+        } },
+    { Option::Section::Running, u"jobs", u'j', u"N",
+        u"files processed at once (default: one per processor core)", nullptr,
+        [](const QString &option, const QString &value, CommandLineOptions &o) {
+            const auto jobs = wholeNumber(value, 1, MaxJobs);
+            if (!jobs)
+                return invalidValue(option, value, u"1 to %1"_s.arg(MaxJobs));
+            o.jobs = int(*jobs);
+            return QString();
+        } },
+    { Option::Section::Running, u"timeout", 0, u"SECONDS", u"time limit per file (default 120, 0 for none)",
+        nullptr,
+        [](const QString &option, const QString &value, CommandLineOptions &o) {
+            const auto seconds = wholeNumber(value, 0, 1000000);
+            if (!seconds)
+                return invalidValue(option, value, u"whole seconds, 0 for no limit"_s);
+            o.timeoutSeconds = int(*seconds);
+            return QString();
+        } },
+    { Option::Section::Running, u"memory-limit", 0, u"MIB",
+        u"memory limit of each worker process (default: three quarters\nof the machine's memory shared among "
+        u"the "
+        u"workers; 0 for none)",
+        nullptr,
+        [](const QString &option, const QString &value, CommandLineOptions &o) {
+            const auto mebibytes = wholeNumber(value, 0, qint64(1) << 40);
+            if (!mebibytes)
+                return invalidValue(option, value, u"whole MiB, 0 for no limit"_s);
+            o.memoryLimitMiB = *mebibytes;
+            return QString();
+        } },
+    { Option::Section::Running, u"quiet", 0, nullptr, u"no progress bar and no summary", nullptr,
+        [](const QString &, const QString &, CommandLineOptions &o) {
+            o.quiet = true;
+            return QString();
+        } },
+    { Option::Section::Running, u"verbose", 0, nullptr,
+        u"print every thumbnail written, and log messages (FFmpeg's too)", nullptr,
+        [](const QString &, const QString &, CommandLineOptions &o) {
+            o.verbose = true;
+            return QString();
+        } },
+    { Option::Section::Running, u"help", u'h', nullptr, u"print this help", nullptr,
+        [](const QString &, const QString &, CommandLineOptions &o) {
+            o.mode = CommandLineOptions::Mode::Help;
+            return QString();
+        } },
+    { Option::Section::Running, u"version", 0, nullptr, u"print the version", nullptr,
+        [](const QString &, const QString &, CommandLineOptions &o) {
+            o.mode = CommandLineOptions::Mode::Version;
+            return QString();
+        } },
+};
+
+const Option *findOption(QStringView name, bool isShort)
+{
+    for (const Option &known : Options) {
+        if (isShort ? (known.shortName != 0 && name.size() == 1 && name.at(0) == QChar(known.shortName))
+                    : name == QStringView(known.longName))
+            return &known;
+    }
+    return nullptr;
+}
+
+/// The help lines of the options of one section, their texts in a column.
+QString optionHelp(Option::Section section)
+{
+    constexpr qsizetype HelpColumn = 27;
+    QString text;
+    for (const Option &option : Options) {
+        if (option.section != section)
+            continue;
+        QString name = option.shortName ? u"  -%1, --"_s.arg(QChar(option.shortName)) : u"      --"_s;
+        name += QString::fromUtf16(option.longName);
+        if (option.valueName)
+            name += u' ' + QString::fromUtf16(option.valueName);
+        QString help = QString::fromUtf16(option.help);
+        if (option.keys)
+            help += u" (%1)"_s.arg(QString::fromUtf16(option.keys));
+        const QStringList lines = help.split(u'\n');
+        // A name too long for its column gets a line of its own.
+        if (name.size() >= HelpColumn - 1)
+            text += name + u'\n' + QString(HelpColumn, u' ') + lines.first() + u'\n';
+        else
+            text += name.leftJustified(HelpColumn - 1) + u' ' + lines.first() + u'\n';
+        for (qsizetype i = 1; i < lines.size(); ++i)
+            text += QString(HelpColumn, u' ') + lines.at(i) + u'\n';
+    }
+    return text;
+}
+
+/// The settings keys with their types, defaults and meanings.
+QString settingsHelp()
+{
+    QString text;
+    for (const SettingKey &key : settingKeys()) {
+        text += u"  %1 %2 %3 %4\n"_s.arg(key.key(), -16)
+                    .arg(key.typeName(), -8)
+                    .arg(key.defaultText(), -7)
+                    .arg(QString::fromUtf16(key.meaning));
+    }
+    return text;
+}
+
+} // namespace
+
+CommandLineOptions parseCommandLine(const QStringList &arguments)
+{
+    CommandLineOptions o;
+    if (!arguments.isEmpty() && arguments.first() == u"defaults") {
+        o.mode = CommandLineOptions::Mode::Defaults;
+        o.defaultsArguments = arguments.mid(1);
+        return o;
+    }
+    if (!arguments.isEmpty() && arguments.first() == QStringView(WorkerArgument)) {
+        o.mode = CommandLineOptions::Mode::Worker;
+        return o;
+    }
+
+    auto fail = [&o](const QString &error) {
+        o.mode = CommandLineOptions::Mode::Run;
+        o.error = error;
+        return o;
+    };
+
+    bool optionsEnded = false;
+    for (qsizetype i = 0; i < arguments.size(); ++i) {
+        const QString &argument = arguments.at(i);
+        if (optionsEnded || argument == u"-" || !argument.startsWith(u'-')) {
+            o.paths << argument;
+            continue;
+        }
+        if (argument == u"--") {
+            optionsEnded = true;
+            continue;
+        }
+
+        const bool isLong = argument.startsWith(u"--"_s);
+        QString name;
+        QString value;
+        bool hasValue = false;
+        const Option *known = nullptr;
+        if (isLong) {
+            const qsizetype eq = argument.indexOf(u'=');
+            name = argument.mid(2, eq < 0 ? -1 : eq - 2);
+            if (eq >= 0) {
+                value = argument.mid(eq + 1);
+                hasValue = true;
+            }
+            known = findOption(name, false);
+        } else {
+            known = findOption(QStringView(argument).mid(1, 1), true);
+            if (known && argument.size() > 2) {
+                value = argument.mid(2);
+                hasValue = true;
+            }
+        }
+        if (!known)
+            return fail(u"unknown option %1"_s.arg(isLong ? u"--"_s + name : argument));
+        if (!known->valueName && hasValue)
+            return fail(u"%1 takes no value"_s.arg(argument));
+        if (known->valueName && !hasValue) {
+            if (i + 1 >= arguments.size())
+                return fail(u"%1 needs a value"_s.arg(argument));
+            value = arguments.at(++i);
+        }
+        const QString error = known->apply(u"--"_s + QString::fromUtf16(known->longName), value, o);
+        if (!error.isEmpty())
+            return fail(error);
+        if (o.mode != CommandLineOptions::Mode::Run)
+            return o; // --help or --version: the rest does not matter
+    }
+
+    if (o.paths.isEmpty())
+        return fail(u"no PATH given"_s);
+    return o;
+}
+
+int defaultJobCount() { return std::clamp(QThread::idealThreadCount(), 1, MaxJobs); }
+
+QString usageText()
+{
+    return u"Usage: orvel-thumbs [OPTION]... PATH...\n"
+           u"       orvel-thumbs defaults read [KEY]\n"
+           u"       orvel-thumbs defaults write KEY [-int|-float|-bool|-string] VALUE\n"
+           u"       orvel-thumbs defaults delete KEY\n"
+           u"\n"
+           u"Makes a thumbnail of every image, PDF or PostScript document and movie in PATH (files, and\n"
+           u"folders searched through), with the stored settings; a movie gives the frame at half its\n"
+           u"length, at most 15 seconds in. Exits with 0 when every PATH was\n"
+           u"handled, 1 when something gave no thumbnail, 2 on a usage error.\n"
+           u"\n"
+           u"Settings for this run only (the stored settings are left as they are):\n"_s
+        + optionHelp(Option::Section::Settings) + u"\nRunning:\n"_s + optionHelp(Option::Section::Running)
+        + u"\nSettings (KEY, type, default, meaning), stored in $XDG_CONFIG_HOME/orvel/thumbnails.conf;\n"
+          u"see 'orvel-thumbs defaults'. A file named 'defaults' is given as ./defaults.\n"_s
+        + settingsHelp();
+}
+
+int runCommandLine(const QStringList &arguments, const QString &executable, const QString &version)
+{
+    const CommandLineOptions options = parseCommandLine(arguments);
+    if (!options.error.isEmpty()) {
+        writeText(stderr, u"orvel-thumbs: %1\nTry 'orvel-thumbs --help' for more.\n"_s.arg(options.error));
+        return 2;
+    }
+    switch (options.mode) {
+    case CommandLineOptions::Mode::Help:
+        writeText(stdout, usageText());
+        return 0;
+    case CommandLineOptions::Mode::Version:
+        writeText(stdout, u"orvel-thumbs %1\n"_s.arg(version));
+        return 0;
+    case CommandLineOptions::Mode::Defaults: {
+        QString output;
+        QString errors;
+        const int status
+            = DefaultsCommand::run(options.defaultsArguments, UserDefaults::standard(), &output, &errors);
+        writeText(stdout, output);
+        writeText(stderr, errors);
+        return status;
+    }
+    case CommandLineOptions::Mode::Worker:
+        return WorkerEngine::runWorker(arguments);
+    case CommandLineOptions::Mode::Run:
+        break;
+    }
+
+    // Without the engine no worker can make a thumbnail: one line says so, not one per file.
+    const QString folder = QFileInfo(executable).absolutePath();
+    if (WorkerEngine::locate(folder).isEmpty()) {
+        writeText(stderr,
+            u"orvel-thumbs: the thumbnail engine %1 is missing beside %2\n"_s.arg(
+                QLatin1StringView(WorkerEngine::FileName), folder));
+        return 1;
+    }
+    setLogToStandardError(options.verbose);
+    routeToolkitQtMessages();
+    UserDefaults &defaults = UserDefaults::standard();
+    defaults.setArgumentDomain(options.settings);
+    BatchRun batch(options, executable, defaults);
+    return batch.run();
+}
+
+} // namespace orvel

@@ -1,0 +1,56 @@
+// CommandLine: the arguments of orvel-thumbs and their parsing into options.
+#pragma once
+
+#include <QString>
+#include <QStringList>
+#include <QVariantMap>
+
+namespace orvel {
+
+/// Everything a command line asks for, as parsed by parseCommandLine().
+struct CommandLineOptions
+{
+    enum class Mode {
+        Run, ///< make thumbnails of paths
+        Help, ///< print the usage
+        Version, ///< print the version
+        Defaults, ///< the defaults subcommand; its arguments are in defaultsArguments
+        Worker, ///< a worker process of the batch (hidden); its arguments are the whole command line
+    };
+
+    Mode mode = Mode::Run;
+    /// Usage error; when set, nothing else is meaningful and the exit status is 2.
+    QString error;
+
+    QStringList paths;
+    /// Settings for this run only, typed (qint64, double, bool or QString), the last one given winning.
+    QVariantMap settings;
+    /// Worker processes; 0 means one per processor core.
+    int jobs = 0;
+    /// Time limit per file in seconds; 0 means none.
+    int timeoutSeconds = 120;
+    /// Memory limit of each worker process in MiB; 0 means none, -1 the default share.
+    qint64 memoryLimitMiB = -1;
+    bool quiet = false;
+    bool verbose = false;
+
+    QStringList defaultsArguments;
+};
+
+/// Parses the arguments that follow the program name. Never fails silently: a usage error is
+/// returned in error, with Mode::Run.
+[[nodiscard]] CommandLineOptions parseCommandLine(const QStringList &arguments);
+
+/// The text of --help, its options and settings written from the tables they are parsed with.
+[[nodiscard]] QString usageText();
+
+/// The number of worker processes used when -j is not given: the processor cores this process
+/// may run on.
+[[nodiscard]] int defaultJobCount();
+
+/// Runs orvel-thumbs with the arguments that follow the program name; answers the exit status.
+/// executable is the program itself, started again for the worker processes.
+[[nodiscard]] int runCommandLine(
+    const QStringList &arguments, const QString &executable, const QString &version);
+
+} // namespace orvel

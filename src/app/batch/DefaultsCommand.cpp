@@ -1,0 +1,145 @@
+// DefaultsCommand: "orvel-thumbs defaults": reads, writes and deletes keys of the settings store.
+#include "app/batch/DefaultsCommand.h"
+
+#include "support/UserDefaults.h"
+
+#include <QJsonDocument>
+#include <QLocale>
+
+#include <cmath>
+
+namespace orvel {
+
+namespace {
+
+int usageError(const QString &message, QString *errors)
+{
+    *errors += QStringLiteral("orvel-thumbs defaults: %1\n").arg(message) + DefaultsCommand::usageText();
+    return 2;
+}
+
+bool isTypeOption(const QString &text)
+{
+    return text.startsWith(u'-') && DefaultsCommand::parseValue(text, QStringLiteral("0")).isValid();
+}
+
+} // namespace
+
+QString DefaultsCommand::usageText()
+{
+    return QStringLiteral("usage: orvel-thumbs defaults read [KEY]\n"
+                          "       orvel-thumbs defaults write KEY [-int|-float|-bool|-string] VALUE\n"
+                          "       orvel-thumbs defaults delete KEY\n");
+}
+
+QString DefaultsCommand::formatValue(const QVariant &value)
+{
+    switch (value.typeId()) {
+    case QMetaType::Bool:
+        return value.toBool() ? QStringLiteral("true") : QStringLiteral("false");
+    case QMetaType::Double:
+    case QMetaType::Float:
+        return QString::number(value.toDouble(), 'g', QLocale::FloatingPointShortest);
+    case QMetaType::QVariantList:
+    case QMetaType::QVariantMap:
+        return QString::fromUtf8(QJsonDocument::fromVariant(value).toJson(QJsonDocument::Compact));
+    default:
+        return value.toString();
+    }
+}
+
+QVariant DefaultsCommand::parseValue(const QString &type, const QString &text)
+{
+    if (type.isEmpty() || type == u"-string")
+        return text;
+    if (type == u"-int" || type == u"-integer") {
+        bool ok = false;
+        const qint64 number = text.toLongLong(&ok);
+        return ok ? QVariant(number) : QVariant();
+    }
+    if (type == u"-float" || type == u"-double") {
+        bool ok = false;
+        const double number = text.toDouble(&ok);
+        return ok && std::isfinite(number) ? QVariant(number) : QVariant();
+    }
+    if (type == u"-bool" || type == u"-boolean") {
+        const QString word = text.toLower();
+        if (word == u"true" || word == u"yes" || word == u"1")
+            return true;
+        if (word == u"false" || word == u"no" || word == u"0")
+            return false;
+        return {};
+    }
+    return {};
+}
+
+int DefaultsCommand::run(const QStringList &arguments, UserDefaults &store, QString *output, QString *errors)
+{
+    if (arguments.isEmpty())
+        return usageError(QStringLiteral("missing command"), errors);
+    const QString &command = arguments.first();
+    const QStringList rest = arguments.mid(1);
+
+    if (command == u"read") {
+        if (rest.size() > 1)
+            return usageError(QStringLiteral("too many arguments"), errors);
+        if (rest.isEmpty()) {
+            const QVariantMap all = store.dictionaryRepresentation();
+            for (auto it = all.cbegin(); it != all.cend(); ++it)
+                *output += QStringLiteral("%1 = %2\n").arg(it.key(), formatValue(it.value()));
+            return 0;
+        }
+        const QVariant value = store.objectForKey(rest.first());
+        if (!value.isValid()) {
+            *errors += QStringLiteral("orvel-thumbs defaults: the key %1 is not set (%2)\n")
+                           .arg(rest.first(), store.filePath());
+            return 1;
+        }
+        *output += formatValue(value) + u'\n';
+        return 0;
+    }
+
+    if (command == u"write") {
+        QString type;
+        QString value;
+        if (rest.size() == 2 && !isTypeOption(rest.at(1))) {
+            value = rest.at(1);
+        } else if (rest.size() == 3 && isTypeOption(rest.at(1))) {
+            type = rest.at(1);
+            value = rest.at(2);
+        } else if (rest.size() == 3) {
+            return usageError(QStringLiteral("unknown type %1").arg(rest.at(1)), errors);
+        } else {
+            return usageError(rest.size() < 2 ? QStringLiteral("missing KEY or VALUE")
+                                              : QStringLiteral("too many arguments"),
+                errors);
+        }
+        if (rest.first().isEmpty())
+            return usageError(QStringLiteral("empty KEY"), errors);
+        const QVariant typed = parseValue(type, value);
+        if (!typed.isValid())
+            return usageError(QStringLiteral("%1 is not a valid %2 value").arg(value, type.mid(1)), errors);
+        store.setObject(typed, rest.first());
+    } else if (command == u"delete") {
+        if (rest.size() != 1)
+            return usageError(
+                rest.isEmpty() ? QStringLiteral("missing KEY") : QStringLiteral("too many arguments"),
+                errors);
+        if (!store.objectForKey(rest.first()).isValid()) {
+            *errors += QStringLiteral("orvel-thumbs defaults: the key %1 is not set (%2)\n")
+                           .arg(rest.first(), store.filePath());
+            return 1;
+        }
+        store.removeObjectForKey(rest.first());
+    } else {
+        return usageError(QStringLiteral("unknown command %1").arg(command), errors);
+    }
+
+    if (!store.synchronize()) {
+        *errors += QStringLiteral("orvel-thumbs defaults: cannot write %1\n").arg(store.filePath());
+        return 1;
+    }
+    return 0;
+}
+
+} // namespace orvel

@@ -1,0 +1,75 @@
+// Progress: the one-line progress bar of a batch on a terminal, and the batch's closing summary.
+#pragma once
+
+#include <QElapsedTimer>
+#include <QString>
+
+#include <cstdio>
+
+namespace orvel {
+
+/// Writes text to stream in the local encoding and flushes it.
+void writeText(FILE *stream, const QString &text);
+
+/// Shows how far a batch has come on one line of standard error, redrawn in place, when that is a
+/// terminal; prints the batch's other lines around it so the bar never tears them.
+class Progress
+{
+public:
+    struct Status
+    {
+        qint64 done = 0;
+        /// The files found so far; grows as the walk goes on.
+        qint64 total = 0;
+        /// The file last handed to the job.
+        QString currentFile;
+        double elapsedSeconds = 0;
+    };
+
+    /// The progress line for status in at most columns characters, for example
+    /// "12/40 [=====>         ] 3.2 files/s  IMG_0042.jpg"; the file's name is shortened in the
+    /// middle, then left out, and the bar left out on narrow terminals.
+    [[nodiscard]] static QString formatLine(const Status &status, int columns);
+
+    /// text shortened to columns characters by replacing its middle with "...".
+    [[nodiscard]] static QString elideMiddle(const QString &text, int columns);
+
+    /// The closing line of a batch, for example "12 thumbnails made, 1 failed, 3.2 s".
+    [[nodiscard]] static QString formatSummary(
+        qint64 thumbnails, qint64 icons, qint64 failed, double seconds);
+
+    /// A bar is drawn only when enabled and standard error is a terminal.
+    explicit Progress(bool enabled);
+    ~Progress();
+
+    Progress(const Progress &) = delete;
+    Progress &operator=(const Progress &) = delete;
+
+    /// Whether the bar is drawn.
+    bool isShown() const { return m_shown; }
+
+    /// A file was found and handed to the job.
+    void fileStarted(const QString &path);
+    /// A file's job answered.
+    void fileFinished();
+
+    /// Prints line and a line break on stream, with the bar taken away and drawn again after it.
+    void printLine(FILE *stream, const QString &line);
+
+    /// Takes the bar away for good.
+    void finish();
+
+    double elapsedSeconds() const;
+
+private:
+    void redraw(bool force);
+    void clear();
+
+    bool m_shown = false;
+    bool m_drawn = false;
+    Status m_status;
+    QElapsedTimer m_clock;
+    qint64 m_lastDraw = -1;
+};
+
+} // namespace orvel

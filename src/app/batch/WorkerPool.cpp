@@ -1,0 +1,391 @@
+// WorkerPool: runs the thumbnail job in worker processes, in parallel and with a time limit per file.
+// The frames exchanged with the workers are in WorkerProtocol.h.
+#include "app/batch/WorkerPool.h"
+
+#include "app/batch/WorkerProcess_p.h"
+#include "app/shared/WorkerProtocol.h"
+#include "files/FileManager.h"
+#include "files/LinkResolution.h"
+#include "support/Log.h"
+
+#include <QDir>
+#include <QFile>
+#include <QThread>
+
+#include <algorithm>
+#include <cerrno>
+#include <chrono>
+#include <climits>
+#include <csignal>
+#include <cstring>
+#include <poll.h>
+#include <sys/socket.h>
+#include <unistd.h>
+#include <vector>
+
+namespace orvel {
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+using namespace detail;
+using namespace Qt::StringLiterals;
+
+/// The path with the links in its folder resolved, its last component kept as it is (a job
+/// replaces a link at its output path rather than writing through it). Two spellings of one
+/// place give the same key, also for files and folders that do not exist yet.
+QString comparisonKey(const QString &path)
+{
+    if (path.isEmpty())
+        return {};
+    const qsizetype slash = path.lastIndexOf(u'/');
+    const QString name = path.mid(slash + 1);
+    if (slash < 0 || name.isEmpty() || name == u"." || name == u"..")
+        return stringByResolvingSymlinksInPath(path);
+    const QString folder
+        = stringByResolvingSymlinksInPath(slash == 0 ? QStringLiteral("/") : path.left(slash));
+    return folder.endsWith(u'/') ? folder + name : folder + u'/' + name;
+}
+
+bool isAtOrInside(const QString &key, const QString &folderKey)
+{
+    if (key.isEmpty() || folderKey.isEmpty())
+        return false;
+    if (folderKey == u"/")
+        return true;
+    return key == folderKey || (key.startsWith(folderKey) && key.at(folderKey.size()) == u'/');
+}
+
+constexpr int ForwardedSignals[] = { SIGINT, SIGTERM, SIGHUP, SIGQUIT };
+
+QString signalText(int signal)
+{
+    const char *name = ::strsignal(signal);
+    return name ? QStringLiteral("signal %1: %2").arg(signal).arg(QString::fromLocal8Bit(name))
+                : QStringLiteral("signal %1").arg(signal);
+}
+
+} // namespace
+
+struct WorkerPool::Private
+{
+    struct Job
+    {
+        qint64 tag = 0;
+        QString path;
+        QString sourceKey;
+        QString outputKey;
+        Clock::time_point deadline;
+    };
+
+    struct Worker
+    {
+        std::unique_ptr<WorkerProcess> process;
+        bool busy = false;
+        Job job;
+        QByteArray input;
+    };
+
+    Options options;
+    ResultHandler handler;
+    std::vector<Worker> workers;
+    // Holds one temporary folder per worker process; empty when it could not be made.
+    QString temporaryRoot;
+    int spawned = 0;
+    struct sigaction previousActions[std::size(ForwardedSignals)] = {};
+    bool installedHandler[std::size(ForwardedSignals)] = {};
+
+    bool spawn(Worker &worker, QString *error);
+    void finishJob(Worker &worker, bool ok, const QString &reason);
+    void workerDied(Worker &worker);
+    void killWorker(Worker &worker, const QString &reason);
+    void pump();
+    void waitUntil(const std::function<bool()> &done);
+    bool anyRunning(const std::function<bool(const Job &)> &predicate) const;
+    Worker *idleWorker();
+};
+
+bool WorkerPool::Private::spawn(Worker &worker, QString *error)
+{
+    std::vector<QByteArray> arguments { QFile::encodeName(options.executable) };
+    for (const QString &argument : options.worker.toArguments())
+        arguments.push_back(argument.toLocal8Bit());
+    const QString folder
+        = temporaryRoot.isEmpty() ? QString() : temporaryRoot + u'/' + QString::number(++spawned);
+    worker.process = WorkerProcess::start(arguments.front(), arguments, folder, error);
+    worker.busy = false;
+    worker.input.clear();
+    return worker.process != nullptr;
+}
+
+void WorkerPool::Private::finishJob(Worker &worker, bool ok, const QString &reason)
+{
+    Result result;
+    result.tag = worker.job.tag;
+    result.path = worker.job.path;
+    result.ok = ok;
+    result.reason = ok ? QString() : (reason.isEmpty() ? u"no thumbnail made"_s : reason);
+    worker.busy = false;
+    worker.job = Job();
+    worker.input.clear();
+    if (handler)
+        handler(result);
+}
+
+/// The worker's connection ended while it had a job: it crashed or exited. Its job answers NO
+/// with what happened, and whatever it started is killed with it.
+void WorkerPool::Private::workerDied(Worker &worker)
+{
+    // A worker that closed its end but goes on running cannot be trusted with another file.
+    const std::optional<siginfo_t> exit = worker.process->closeAndWaitForExit(std::chrono::seconds(2));
+    worker.process.reset();
+    QString reason = u"the decoder stopped answering"_s;
+    if (exit && (exit->si_code == CLD_KILLED || exit->si_code == CLD_DUMPED))
+        reason = u"the decoder crashed (%1)"_s.arg(signalText(exit->si_status));
+    else if (exit && exit->si_code == CLD_EXITED)
+        reason = u"the decoder exited unexpectedly (exit status %1)"_s.arg(exit->si_status);
+    finishJob(worker, false, reason);
+}
+
+/// Kills a busy worker with everything it started; its job answers NO for reason.
+void WorkerPool::Private::killWorker(Worker &worker, const QString &reason)
+{
+    worker.process.reset();
+    finishJob(worker, false, reason);
+}
+
+/// Waits for the next answer, death or deadline of a busy worker and deals with it.
+void WorkerPool::Private::pump()
+{
+    std::vector<pollfd> fds;
+    std::vector<Worker *> polled;
+    Clock::time_point earliest = Clock::time_point::max();
+    for (Worker &worker : workers) {
+        if (!worker.busy)
+            continue;
+        fds.push_back({ worker.process->channel(), POLLIN, 0 });
+        polled.push_back(&worker);
+        if (options.timeoutSeconds > 0)
+            earliest = std::min(earliest, worker.job.deadline);
+    }
+    if (fds.empty())
+        return;
+
+    int timeout = -1;
+    if (earliest != Clock::time_point::max()) {
+        const auto left = std::chrono::ceil<std::chrono::milliseconds>(earliest - Clock::now()).count();
+        timeout = int(std::clamp<long long>(left, 0, INT_MAX));
+    }
+    int ready = ::poll(fds.data(), nfds_t(fds.size()), timeout);
+    if (ready < 0 && errno != EINTR)
+        ready = 0;
+
+    for (size_t i = 0; i < fds.size() && ready > 0; ++i) {
+        if (fds[i].revents == 0)
+            continue;
+        Worker &worker = *polled[i];
+        char buffer[4096];
+        ssize_t n = ::read(worker.process->channel(), buffer, sizeof buffer);
+        if (n < 0 && errno == EINTR)
+            continue;
+        if (n <= 0) {
+            workerDied(worker);
+            continue;
+        }
+        worker.input.append(buffer, n);
+        quint32 size = 0;
+        if (worker.input.size() < qsizetype(sizeof size))
+            continue;
+        std::memcpy(&size, worker.input.constData(), sizeof size);
+        if (size > MaxFrameBytes || size < 1) {
+            killWorker(worker, QStringLiteral("the decoder's worker process gave a garbled answer"));
+            continue;
+        }
+        if (worker.input.size() < qsizetype(sizeof size + size))
+            continue;
+        const char *payload = worker.input.constData() + sizeof size;
+        const bool ok = payload[0] == 1;
+        const QString reason = stringFromUtf16Bytes(payload + 1, qsizetype(size) - 1);
+        finishJob(worker, ok, reason);
+    }
+
+    if (options.timeoutSeconds <= 0)
+        return;
+    const auto now = Clock::now();
+    for (Worker &worker : workers) {
+        if (worker.busy && worker.job.deadline <= now)
+            killWorker(worker, QStringLiteral("timed out after %1 s").arg(options.timeoutSeconds));
+    }
+}
+
+void WorkerPool::Private::waitUntil(const std::function<bool()> &done)
+{
+    while (!done()) {
+        const bool anyBusy
+            = std::any_of(workers.begin(), workers.end(), [](const Worker &w) { return w.busy; });
+        if (!anyBusy)
+            return;
+        pump();
+    }
+}
+
+bool WorkerPool::Private::anyRunning(const std::function<bool(const Job &)> &predicate) const
+{
+    return std::any_of(
+        workers.begin(), workers.end(), [&](const Worker &w) { return w.busy && predicate(w.job); });
+}
+
+WorkerPool::Private::Worker *WorkerPool::Private::idleWorker()
+{
+    for (Worker &worker : workers) {
+        if (!worker.busy)
+            return &worker;
+    }
+    return nullptr;
+}
+
+WorkerPool::WorkerPool(const Options &options, ResultHandler handler)
+    : d(std::make_unique<Private>())
+{
+    d->options = options;
+    d->options.workers = std::max(1, options.workers);
+    d->options.timeoutSeconds = std::max(0, options.timeoutSeconds);
+    if (d->options.worker.threads <= 0)
+        d->options.worker.threads = std::max(1, QThread::idealThreadCount() / d->options.workers);
+    if (d->options.worker.memoryLimitMiB < 0)
+        d->options.worker.memoryLimitMiB = defaultMemoryLimitMiB(d->options.workers);
+    d->handler = std::move(handler);
+    d->workers.resize(size_t(d->options.workers));
+    QByteArray root = QFile::encodeName(QDir::tempPath() + QStringLiteral("/orvel-thumbs-workers-XXXXXX"));
+    if (::mkdtemp(root.data()))
+        d->temporaryRoot = QFile::decodeName(root);
+
+    struct sigaction action;
+    std::memset(&action, 0, sizeof action);
+    action.sa_handler = detail::killWorkersAndDie;
+    sigemptyset(&action.sa_mask);
+    for (size_t i = 0; i < std::size(ForwardedSignals); ++i) {
+        // Leave a handler that someone else installed (or an ignored signal) alone.
+        struct sigaction current;
+        if (::sigaction(ForwardedSignals[i], nullptr, &current) == 0 && current.sa_handler == SIG_DFL
+            && !(current.sa_flags & SA_SIGINFO)) {
+            d->installedHandler[i] = ::sigaction(ForwardedSignals[i], &action, &d->previousActions[i]) == 0;
+        }
+    }
+}
+
+WorkerPool::~WorkerPool()
+{
+    // Busy workers are killed at once; idle ones are told to leave (their input closed) first
+    // and waited for side by side.
+    for (Private::Worker &worker : d->workers) {
+        if (worker.busy)
+            worker.process.reset();
+        else if (worker.process)
+            ::shutdown(worker.process->channel(), SHUT_RDWR);
+    }
+    for (Private::Worker &worker : d->workers) {
+        if (worker.process)
+            worker.process->closeAndWaitForExit(std::chrono::seconds(2));
+        worker.process.reset();
+    }
+    if (!d->temporaryRoot.isEmpty())
+        QDir(d->temporaryRoot).removeRecursively();
+    for (size_t i = 0; i < std::size(ForwardedSignals); ++i) {
+        if (d->installedHandler[i])
+            ::sigaction(ForwardedSignals[i], &d->previousActions[i], nullptr);
+    }
+}
+
+void WorkerPool::submit(qint64 tag, const QString &path, const QString &outputPath)
+{
+    Private::Job job;
+    job.tag = tag;
+    job.path = path;
+    job.sourceKey = comparisonKey(path);
+    job.outputKey = comparisonKey(outputPath);
+
+    auto conflicts = [&job](const Private::Job &running) {
+        const bool writesOurs = !running.outputKey.isEmpty()
+            && (running.outputKey == job.sourceKey || running.outputKey == job.outputKey);
+        const bool readsOurs = running.sourceKey == job.sourceKey
+            || (!job.outputKey.isEmpty() && running.sourceKey == job.outputKey);
+        return writesOurs || readsOurs;
+    };
+    d->waitUntil([&] { return !d->anyRunning(conflicts) && d->idleWorker(); });
+
+    // A worker may have died while idle (killed from outside); then a fresh one takes the file.
+    for (int attempt = 0; attempt < 2; ++attempt) {
+        Private::Worker &worker = *d->idleWorker();
+        QString error;
+        if (!worker.process && !d->spawn(worker, &error)) {
+            worker.job = job;
+            d->finishJob(worker, false, u"cannot start a worker process: %1"_s.arg(error));
+            return;
+        }
+        if (writeFrame(worker.process->channel(), utf16Bytes(path))) {
+            worker.busy = true;
+            worker.job = job;
+            worker.job.deadline = Clock::now() + std::chrono::seconds(d->options.timeoutSeconds);
+            return;
+        }
+        // The worker's end is gone; a new one is started on the next attempt.
+        worker.process.reset();
+    }
+    Private::Worker &worker = *d->idleWorker();
+    worker.job = job;
+    d->finishJob(worker, false, u"cannot hand the file to a worker process"_s);
+}
+
+void WorkerPool::waitForChangesAt(const QString &path)
+{
+    if (d->anyRunning([](const Private::Job &) { return true; })) {
+        if (FileManager::fileKindAtPath(path, false) == FileKind::SymbolicLink) {
+            waitForAll();
+            return;
+        }
+        waitForOutputsInside(path);
+    }
+}
+
+void WorkerPool::waitForOutputsInside(const QString &folder)
+{
+    const QString key = comparisonKey(folder);
+    d->waitUntil([&] {
+        return !d->anyRunning([&](const Private::Job &job) { return isAtOrInside(job.outputKey, key); });
+    });
+}
+
+void WorkerPool::waitForAll()
+{
+    d->waitUntil([] { return false; });
+}
+
+int WorkerPool::runningCount() const
+{
+    return int(
+        std::count_if(d->workers.begin(), d->workers.end(), [](const Private::Worker &w) { return w.busy; }));
+}
+
+qint64 WorkerPool::defaultMemoryLimitMiB(int workers)
+{
+    const long pages = ::sysconf(_SC_PHYS_PAGES);
+    const long pageSize = ::sysconf(_SC_PAGE_SIZE);
+    if (pages <= 0 || pageSize <= 0)
+        return 0;
+    const qint64 physical = qint64(pages) * pageSize / (1024 * 1024);
+    return std::max<qint64>(1024, physical * 3 / 4 / std::max(1, workers));
+}
+
+QList<qint64> WorkerPool::workerProcessIds() const
+{
+    QList<qint64> busy;
+    QList<qint64> idle;
+    for (const Private::Worker &worker : d->workers) {
+        if (worker.process)
+            (worker.busy ? busy : idle).append(worker.process->pid());
+    }
+    return busy + idle;
+}
+
+} // namespace orvel

@@ -1,0 +1,101 @@
+// WorkerPool: runs the thumbnail job in worker processes, in parallel and with a time limit per file.
+#pragma once
+
+#include "app/shared/WorkerOptions.h"
+
+#include <QList>
+#include <QString>
+#include <QStringList>
+#include <QVariantMap>
+
+#include <functional>
+#include <memory>
+
+namespace orvel {
+
+/// A pool of worker processes, each the program itself started with "--worker" (see
+/// ThumbnailWorker), that make the thumbnails of the files handed to it. A worker that crashes or overruns
+/// its time limit answers NO for its file, is killed with everything it started, and is replaced; the batch
+/// goes on.
+///
+/// Files of one batch may depend on each other: two sources with the same output, a source that
+/// is the output of an earlier file, a folder that an earlier file writes into. The pool keeps the
+/// effects of one-by-one processing in submission order by never letting two jobs that touch the
+/// same path run at once, and by letting its caller wait for the jobs that may change a path
+/// before looking at it:
+///  - submit() waits for every running job whose output is this file's source or output, or
+///    whose source is this file's source or output. So a later job with the same output
+///    finishes last and wins, a thumbnail is re-made only once it is written, and no file is
+///    replaced while a job reads it.
+///  - waitForChangesAt() waits for every running job whose output is at or inside a path, or for
+///    all of them when the path is a symbolic link (its target could be anything). A walk calls
+///    it before resolving or testing a path, so it sees a file or sub-folder that an earlier job
+///    makes exactly as one-by-one processing would.
+///  - waitForOutputsInside() waits for every running job that writes inside a folder; a walk
+///    calls it just before listing the folder, so the listing holds what earlier jobs wrote.
+/// Jobs change the file system only by writing their output (and the folders on the way to it),
+/// so these rules are all that is needed. Paths are compared with their folders' links resolved.
+class WorkerPool
+{
+public:
+    struct Options
+    {
+        /// The orvel-thumbs executable.
+        QString executable;
+        /// What every worker is started with. Threads left at 0 share the processor cores among
+        /// the workers; a memory limit left at -1 is defaultMemoryLimitMiB(workers).
+        WorkerOptions worker;
+        /// The number of worker processes, at least 1.
+        int workers = 1;
+        /// Time limit per file in seconds; 0 means none.
+        int timeoutSeconds = 120;
+    };
+
+    struct Result
+    {
+        /// The tag given to submit().
+        qint64 tag = 0;
+        QString path;
+        bool ok = false;
+        /// Why no thumbnail was made, when ok is false.
+        QString reason;
+    };
+
+    /// Called with each result as it comes, from within the pool's own calls; it must not call
+    /// back into the pool.
+    using ResultHandler = std::function<void(const Result &)>;
+
+    WorkerPool(const Options &options, ResultHandler handler);
+    /// Ends the workers; jobs still running are killed and their results never delivered.
+    ~WorkerPool();
+
+    WorkerPool(const WorkerPool &) = delete;
+    WorkerPool &operator=(const WorkerPool &) = delete;
+
+    /// Hands the file at path (resolved) to a worker; outputPath is the file its job writes, empty
+    /// when none. Waits first until a worker is free and no running job conflicts with this one.
+    void submit(qint64 tag, const QString &path, const QString &outputPath);
+
+    /// Waits for every running job that may change what is at path (see the class comment).
+    void waitForChangesAt(const QString &path);
+    /// Waits for every running job whose output lies inside folder.
+    void waitForOutputsInside(const QString &folder);
+    /// Waits until every submitted file has its result.
+    void waitForAll();
+
+    /// The number of jobs running.
+    int runningCount() const;
+    /// The process ids of the live workers, busy ones first.
+    QList<qint64> workerProcessIds() const;
+
+    /// The memory limit each of workers processes gets by default, in MiB: three quarters of the
+    /// machine's memory shared among them, at least 1 GiB. A decoder that a hostile file drives
+    /// into allocating without end then fails that file instead of the machine.
+    [[nodiscard]] static qint64 defaultMemoryLimitMiB(int workers);
+
+private:
+    struct Private;
+    std::unique_ptr<Private> d;
+};
+
+} // namespace orvel

@@ -1,0 +1,125 @@
+// ProgressWindow: the small window that shows how far a long run of thumbnails has come.
+#include "app/desktop/ProgressWindow.h"
+
+#include "app/desktop/LocalizedText.h"
+
+#include <QCoreApplication>
+#include <QDirIterator>
+#include <QFileInfo>
+#include <QLabel>
+#include <QProgressBar>
+#include <QVBoxLayout>
+
+#include <algorithm>
+
+namespace orvel {
+
+ProgressWindow::ProgressWindow(QWidget *parent)
+    : QWidget(parent, Qt::Window)
+{
+    setWindowTitle(localizedText(QStringLiteral("Making Thumbnails")));
+    setObjectName(QStringLiteral("progressWindow"));
+    m_endTimer.setSingleShot(true);
+    m_endTimer.setInterval(0);
+    connect(&m_endTimer, &QTimer::timeout, this, &ProgressWindow::endRun);
+    // The event loop runs while a job works, so the window can come in the middle of a file.
+    m_showTimer.setSingleShot(true);
+    connect(&m_showTimer, &QTimer::timeout, this, [this] {
+        show();
+        update(false);
+    });
+    auto *layout = new QVBoxLayout(this);
+    m_countLabel = new QLabel(this);
+    m_bar = new QProgressBar(this);
+    m_bar->setTextVisible(false);
+    m_fileLabel = new QLabel(this);
+    m_fileLabel->setTextFormat(Qt::PlainText);
+    m_fileLabel->setMinimumWidth(360);
+    layout->addWidget(m_countLabel);
+    layout->addWidget(m_bar);
+    layout->addWidget(m_fileLabel);
+}
+
+void ProgressWindow::addExpectedFiles(qint64 count)
+{
+    startRunIfIdle();
+    m_expected = std::max(m_expected, m_started) + std::max<qint64>(count, 0);
+}
+
+QString ProgressWindow::countText() const
+{
+    return localizedText(QStringLiteral("%1 of %2 files")).arg(m_done).arg(filesTotal());
+}
+
+void ProgressWindow::fileStarted(const QString &path)
+{
+    startRunIfIdle();
+    ++m_started;
+    m_current = path;
+    update(true);
+}
+
+void ProgressWindow::fileFinished(const QString &, bool)
+{
+    ++m_done;
+    update(false);
+}
+
+void ProgressWindow::runFinished() { m_endTimer.start(); }
+
+void ProgressWindow::endRun()
+{
+    hide();
+    m_showTimer.stop();
+    m_clock.invalidate();
+    m_expected = m_started = m_done = 0;
+    m_current.clear();
+}
+
+void ProgressWindow::startRunIfIdle()
+{
+    m_endTimer.stop();
+    if (!m_clock.isValid()) {
+        m_clock.start();
+        m_showTimer.start(ShowDelay);
+    }
+}
+
+void ProgressWindow::update(bool repaint)
+{
+    if (!isVisible() && m_clock.isValid() && m_clock.elapsed() >= ShowDelay)
+        show();
+    if (!isVisible())
+        return;
+    m_countLabel->setText(countText());
+    m_bar->setRange(0, int(std::min<qint64>(filesTotal(), INT_MAX)));
+    m_bar->setValue(int(std::min<qint64>(m_done, INT_MAX)));
+    m_fileLabel->setText(QFileInfo(m_current).fileName());
+    m_fileLabel->setToolTip(m_current);
+    // The job blocks the event loop while it runs; let the window draw itself first.
+    if (repaint)
+        QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
+}
+
+qint64 countFiles(const QStringList &paths, qint64 limit)
+{
+    qint64 count = 0;
+    for (const QString &path : paths) {
+        const QFileInfo info(path);
+        if (!info.isDir()) {
+            ++count;
+        } else {
+            QDirIterator it(path, QDir::Files | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot,
+                QDirIterator::Subdirectories);
+            while (count < limit && it.hasNext()) {
+                it.next();
+                ++count;
+            }
+        }
+        if (count >= limit)
+            return limit;
+    }
+    return count;
+}
+
+} // namespace orvel

@@ -1,0 +1,177 @@
+// ThumbnailJob: one file in, one thumbnail (or custom icon) out, as the settings say.
+#include "app/engine/ThumbnailJob.h"
+
+#include "app/engine/IconService.h"
+#include "app/shared/ThumbnailSettings.h"
+#include "files/AtomicFile.h"
+#include "files/FileManager.h"
+#include "image/Image.h"
+#include "movie/Movie.h"
+#include "support/UserDefaults.h"
+
+using namespace Qt::StringLiterals;
+
+namespace orvel {
+
+namespace {
+
+/// The long side a picture is decoded at: the largest an image source gives, so the picture is
+/// decoded whole (orientation applied) and sized by the job afterwards.
+constexpr int WholePicturePixelSize = 32767;
+
+/// The icon option that leaves out the elements of older icon formats; the icon service keeps it
+/// for the caller's interface.
+constexpr int ExcludeClassicIconElements = 4;
+
+using Failure = std::optional<QString>;
+
+// The pixels of an image made by focused drawing or rendering, for the icon service.
+QImage pictureOf(const ImagePtr &image)
+{
+    if (!image)
+        return {};
+    BitmapImageRepPtr rep = std::static_pointer_cast<BitmapImageRep>(image->cachedImageRep());
+    if (!rep)
+        rep = image->createBitmapImageRepIfNecessary();
+    return rep ? rep->toQImage().copy() : QImage();
+}
+
+QString drawFailure(const ImagePtr &image)
+{
+    const QString why = image->drawError();
+    return why.isEmpty() ? u"the image could not be drawn"_s : why;
+}
+
+/// Classifies and loads the file: PDF and the PostScript family first, then pictures, then movies
+/// (whose chosen frame stands in for the picture). Null, with error set, when there is nothing.
+ImagePtr loadSource(const QString &path, QString *error)
+{
+    ImagePtr image;
+    if (Image::isPDFFile(path))
+        image = Image::initByReferencingFile(path);
+    else if (Image::isImageFile(path))
+        image = Image::thumbnailForFile(path, WholePicturePixelSize, true, true, nullptr, error);
+    else if (Movie::isQuickTimeFile(path))
+        image = Movie::thumbnailImageForMovieWithFile(path, nullptr, nullptr, error);
+    else
+        *error = u"not an image, PDF, PostScript or movie file"_s;
+    if (!image && error->isEmpty())
+        *error = u"unreadable file"_s;
+    return image;
+}
+
+/// Gives the source its own icon, made from the whole picture; the file's date is kept as it was.
+/// Succeeds whatever setting the icon answered.
+Failure giveSourceItsIcon(const ImagePtr &image, const QString &path)
+{
+    const std::optional<FileTime> date = FileManager::fileModificationDateAtPath(path);
+    const ImagePtr square = image->squareImage();
+    if (!square)
+        return drawFailure(image);
+    IconService::setIconForFile(pictureOf(square), path, ExcludeClassicIconElements);
+    if (date)
+        FileManager::setFileModificationDate(date, path);
+    return std::nullopt;
+}
+
+/// The thumbnail's pixel size: the source scaled, or fitted into the box.
+QSizeF thumbnailSize(const ImagePtr &image, const ThumbnailSettings &s)
+{
+    if (s.scalesBySize())
+        return image->scaledSize(double(s.scale));
+    return image->thumbSize(QSizeF(double(s.width), double(s.height)));
+}
+
+/// Sharpens the rendered bitmap in place.
+void sharpen(const ImagePtr &thumbnail, ThumbnailSettings::Sharpening sharpening)
+{
+    switch (sharpening) {
+    case ThumbnailSettings::Sharpening::Strong:
+        thumbnail->sharpenStrong();
+        break;
+    case ThumbnailSettings::Sharpening::Medium:
+        thumbnail->sharpenMedium();
+        break;
+    case ThumbnailSettings::Sharpening::Light:
+        thumbnail->sharpenLight();
+        break;
+    case ThumbnailSettings::Sharpening::None:
+        break;
+    }
+}
+
+/// Encodes the thumbnail and writes it to its path, never over its own source.
+Failure writeThumbnail(const ImagePtr &thumbnail, const QString &path, const ThumbnailSettings &s)
+{
+    const QString out = s.outputPathFor(path);
+    if (s.namingRule() == ThumbnailSettings::NamingRule::SubFolder)
+        FileManager::createPathToFile(out); // its answer is not checked: the write says what matters
+    if (FileManager::isSameFileAtPaths(out, path))
+        return u"the thumbnail would replace its source %1"_s.arg(out);
+
+    const QByteArray data = thumbnail->representationUsingType(int(s.filetype), s.quality);
+    if (data.isEmpty()) {
+        const QString extension = s.fileExtension();
+        return extension.isNull() ? u"unknown output format %1"_s.arg(s.filetype)
+                                  : u"the %1 encoder failed"_s.arg(extension);
+    }
+    QString error;
+    if (!writeFileAtomically(out, data, &error))
+        return u"cannot write %1: %2"_s.arg(out, error);
+    if (s.createMode() == ThumbnailSettings::CreateMode::ThumbnailAndIcon) // the icon's answer is ignored
+        IconService::setIconForFile(pictureOf(thumbnail->squareImage()), out, ExcludeClassicIconElements);
+    return std::nullopt;
+}
+
+Failure makeThumbnail(const QString &path, const ThumbnailSettings &s)
+{
+    QString error;
+    const ImagePtr image = loadSource(path, &error);
+    if (!image)
+        return error;
+    image->setScalesWhenResized(true);
+    if (!image->isReallyValid()) {
+        const QString why = image->loadError();
+        return why.isEmpty() ? u"the image is empty"_s : why;
+    }
+    if (s.filetype == JPEGFileType)
+        image->setBackgroundColor(Qt::white); // JPEG has no alpha: transparent parts become white
+
+    const std::optional<ThumbnailSettings::CreateMode> mode = s.createMode();
+    if (!mode)
+        return u"unknown create mode %1"_s.arg(s.create);
+    if (*mode == ThumbnailSettings::CreateMode::Icon)
+        return giveSourceItsIcon(image, path);
+
+    const QSizeF size = thumbnailSize(image, s);
+    const auto interpolation = ThumbnailSettings::Interpolation(s.interpolation);
+    const ImagePtr thumbnail = image->bitmapImageWithPixelSize(
+        size, interpolation != ThumbnailSettings::Interpolation::None, int(s.interpolation));
+    if (!thumbnail) {
+        if (!(size.width() >= 1) || !(size.height() >= 1))
+            return u"the thumbnail would be %1 × %2 pixels"_s.arg(size.width()).arg(size.height());
+        return drawFailure(image);
+    }
+    // With create mode 1 the icon is made from the sharpened thumbnail.
+    sharpen(thumbnail, s.sharpening());
+    return writeThumbnail(thumbnail, path, s);
+}
+
+} // namespace
+
+QString ThumbnailJob::outputPathForFile(const QString &path, UserDefaults *defaults)
+{
+    return ThumbnailSettings::read(defaults ? *defaults : UserDefaults::standard()).thumbnailPathFor(path);
+}
+
+bool ThumbnailJob::processFile(const QString &path, UserDefaults *defaults, QString *reason)
+{
+    const ThumbnailSettings settings
+        = ThumbnailSettings::read(defaults ? *defaults : UserDefaults::standard());
+    const Failure failure = makeThumbnail(path, settings);
+    if (failure && reason)
+        *reason = *failure;
+    return !failure;
+}
+
+} // namespace orvel

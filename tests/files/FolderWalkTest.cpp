@@ -1,0 +1,251 @@
+// Tests of the folder walk: order, results, links, loops and the hooks, on real folders.
+#include "files/FolderWalk.h"
+
+#include "testlib/TestSupport.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+using namespace Qt::StringLiterals;
+
+using namespace orvel;
+using orvel::test::TempDir;
+
+namespace {
+
+/// Records what the walk does; answers NO for files whose name starts with "bad".
+class Recorder : public FolderWalk::Visitor
+{
+public:
+    bool processFile(const QString &path) override
+    {
+        events << u"file "_s + path;
+        files << path;
+        return !QFileInfo(path).fileName().startsWith(u"bad"_s);
+    }
+    void failed(const QString &path, const QString &reason) override
+    {
+        events << u"failed "_s + path;
+        failures << path + u": "_s + reason;
+    }
+    void willExamine(const QString &path) override { events << u"examine "_s + path; }
+    void willListFolder(const QString &path) override { events << u"list "_s + path; }
+
+    QStringList events;
+    QStringList files;
+    QStringList failures;
+};
+
+void touch(const QString &path)
+{
+    QDir().mkpath(QFileInfo(path).path());
+    ASSERT_TRUE(orvel::test::writeBytes(path, "x")) << path.toStdString();
+}
+
+void link(const QString &target, const QString &linkPath)
+{
+    ASSERT_EQ(::symlink(QFile::encodeName(target).constData(), QFile::encodeName(linkPath).constData()), 0);
+}
+
+/// The files under folder in depth-first listing order, worked out with QDir's unsorted listing.
+QStringList depthFirstFiles(const QString &folder)
+{
+    QStringList result;
+    const QStringList names = QDir(folder).entryList(
+        QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot, QDir::Unsorted);
+    for (const QString &name : names) {
+        const QString path = folder + u'/' + name;
+        if (QFileInfo(path).isDir())
+            result += depthFirstFiles(path);
+        else
+            result << path;
+    }
+    return result;
+}
+
+} // namespace
+
+TEST(FolderWalk, VisitsFilesDepthFirstInListingOrder)
+{
+    TempDir dir;
+    for (const char *name : { "a/1", "a/b/2", "a/b/c/3", "a/4", "a/.hidden", "a/d/5", "a/6" })
+        touch(dir.file(QString::fromLatin1(name)));
+
+    Recorder recorder;
+    EXPECT_TRUE(FolderWalk::processPath(dir.file(u"a"_s), recorder));
+    EXPECT_EQ(recorder.files, depthFirstFiles(dir.file(u"a"_s)));
+    EXPECT_EQ(recorder.files.size(), 7);
+}
+
+TEST(FolderWalk, AndsTheAnswersAndWalksOnAfterANo)
+{
+    TempDir dir;
+    for (const char *name : { "bad1", "good1", "sub/bad2", "sub/good2", "good3" })
+        touch(dir.file(QString::fromLatin1(name)));
+
+    Recorder recorder;
+    EXPECT_FALSE(FolderWalk::processPath(dir.path(), recorder));
+    EXPECT_EQ(recorder.files.size(), 5);
+    EXPECT_TRUE(recorder.failures.isEmpty());
+
+    Recorder single;
+    EXPECT_FALSE(FolderWalk::processPath(dir.file(u"bad1"_s), single));
+    EXPECT_TRUE(FolderWalk::processPath(dir.file(u"good1"_s), single));
+}
+
+TEST(FolderWalk, EmptyFolderAnswersYesWithoutVisitingAnything)
+{
+    TempDir dir;
+    QDir().mkpath(dir.file(u"empty/inner"_s));
+    Recorder recorder;
+    EXPECT_TRUE(FolderWalk::processPath(dir.file(u"empty"_s), recorder));
+    EXPECT_TRUE(recorder.files.isEmpty());
+    EXPECT_TRUE(recorder.failures.isEmpty());
+}
+
+TEST(FolderWalk, MissingPathsAndBrokenLinksAnswerNoWithAReason)
+{
+    TempDir dir;
+    link(dir.file(u"gone.png"_s), dir.file(u"dangling"_s));
+    link(dir.file(u"self"_s), dir.file(u"self"_s));
+
+    Recorder recorder;
+    EXPECT_FALSE(FolderWalk::processPath(dir.file(u"nothing"_s), recorder));
+    EXPECT_FALSE(FolderWalk::processPath(dir.file(u"dangling"_s), recorder));
+    EXPECT_FALSE(FolderWalk::processPath(dir.file(u"self"_s), recorder));
+    EXPECT_FALSE(FolderWalk::processPath(QString(), recorder));
+    EXPECT_TRUE(recorder.files.isEmpty());
+    ASSERT_EQ(recorder.failures.size(), 4);
+    EXPECT_EQ(recorder.failures[0], dir.file(u"nothing"_s) + u": no such file or folder"_s);
+    EXPECT_EQ(
+        recorder.failures[1], dir.file(u"dangling"_s) + u": broken link to "_s + dir.file(u"gone.png"_s));
+    EXPECT_EQ(recorder.failures[2], dir.file(u"self"_s) + u": link loop: its links lead round in a circle"_s);
+}
+
+TEST(FolderWalk, BrokenLinkInsideAFolderMakesTheFolderAnswerNo)
+{
+    TempDir dir;
+    touch(dir.file(u"f/ok"_s));
+    link(u"missing"_s, dir.file(u"f/dangling"_s));
+    Recorder recorder;
+    EXPECT_FALSE(FolderWalk::processPath(dir.file(u"f"_s), recorder));
+    EXPECT_EQ(recorder.files, QStringList { dir.file(u"f/ok"_s) });
+    EXPECT_EQ(recorder.failures.size(), 1);
+}
+
+TEST(FolderWalk, LinkToAnAncestorIsALoopAndTheRestIsWalkedOnce)
+{
+    TempDir dir;
+    touch(dir.file(u"top/file"_s));
+    touch(dir.file(u"top/sub/inner"_s));
+    link(u".."_s, dir.file(u"top/sub/up"_s));
+    link(dir.file(u"top/sub"_s), dir.file(u"top/sub/here"_s));
+
+    Recorder recorder;
+    EXPECT_FALSE(FolderWalk::processPath(dir.file(u"top"_s), recorder));
+    QStringList files = recorder.files;
+    files.sort();
+    EXPECT_EQ(files, (QStringList { dir.file(u"top/file"_s), dir.file(u"top/sub/inner"_s) }));
+    ASSERT_EQ(recorder.failures.size(), 2);
+    for (const QString &failure : recorder.failures)
+        EXPECT_TRUE(failure.contains(u": link loop: leads back to "_s)) << failure.toStdString();
+    EXPECT_TRUE(recorder.failures.join(u'\n').contains(
+        dir.file(u"top/sub/up"_s) + u": link loop: leads back to "_s + dir.file(u"top"_s)));
+}
+
+TEST(FolderWalk, LinkToAFolderBesideIsNoLoopAndIsWalked)
+{
+    TempDir dir;
+    touch(dir.file(u"x/pic"_s));
+    QDir().mkpath(dir.file(u"y"_s));
+    link(u"../x"_s, dir.file(u"y/to-x"_s));
+
+    Recorder recorder;
+    EXPECT_TRUE(FolderWalk::processPath(dir.path(), recorder));
+    // Reached once directly and once through the link, both times as the resolved file.
+    EXPECT_EQ(recorder.files, (QStringList { dir.file(u"x/pic"_s), dir.file(u"x/pic"_s) }));
+}
+
+TEST(FolderWalk, LinksAreResolvedBeforeTheFileIsHandedOn)
+{
+    TempDir dir;
+    touch(dir.file(u"real/pic.png"_s));
+    link(dir.file(u"real"_s), dir.file(u"alias"_s));
+    link(u"pic.png"_s, dir.file(u"real/pic-link"_s));
+
+    Recorder recorder;
+    EXPECT_TRUE(FolderWalk::processPath(dir.file(u"alias/pic-link"_s), recorder));
+    EXPECT_EQ(recorder.files, QStringList { dir.file(u"real/pic.png"_s) });
+}
+
+TEST(FolderWalk, HooksComeBeforeEachLookAndEachListing)
+{
+    TempDir dir;
+    touch(dir.file(u"real/f"_s));
+    link(dir.file(u"real"_s), dir.file(u"alias"_s));
+
+    Recorder recorder;
+    EXPECT_TRUE(FolderWalk::processPath(dir.file(u"alias"_s), recorder));
+    EXPECT_EQ(recorder.events,
+        (QStringList { u"examine "_s + dir.file(u"alias"_s), u"list "_s + dir.file(u"real"_s),
+            u"examine "_s + dir.file(u"real/f"_s), u"file "_s + dir.file(u"real/f"_s) }));
+}
+
+TEST(FolderWalk, UnreadableFolderIsReportedAndAnswersWhatTheVisitorSays)
+{
+    TempDir dir;
+    touch(dir.file(u"locked/f"_s));
+    const QString locked = dir.file(u"locked"_s);
+    ASSERT_EQ(::chmod(QFile::encodeName(dir.path()).constData(), 0755), 0);
+    ASSERT_EQ(::chmod(QFile::encodeName(locked).constData(), 0), 0);
+    struct Restore
+    {
+        QByteArray path;
+        ~Restore() { ::chmod(path.constData(), 0700); }
+    } restore { QFile::encodeName(locked) };
+
+    struct Strict : Recorder
+    {
+        bool unreadableFolder(const QString &path, const QString &reason) override
+        {
+            failures << path + u": "_s + reason;
+            return false;
+        }
+    };
+    // Answers 0 when the walk behaves, else the number of the check that failed.
+    auto check = [&]() -> int {
+        Recorder plain;
+        if (!FolderWalk::processPath(locked, plain))
+            return 1;
+        if (!plain.files.isEmpty() || !plain.failures.isEmpty())
+            return 2;
+        Strict strict;
+        if (FolderWalk::processPath(dir.path(), strict))
+            return 3;
+        if (strict.failures != QStringList { locked + u": cannot read folder: permission denied"_s })
+            return 4;
+        return 0;
+    };
+    if (::geteuid() != 0) {
+        EXPECT_EQ(check(), 0);
+        return;
+    }
+    // Root reads every folder; the walk runs as nobody in a child process.
+    const pid_t child = ::fork();
+    ASSERT_GE(child, 0);
+    if (child == 0) {
+        if (::setgid(65534) != 0 || ::setuid(65534) != 0)
+            ::_exit(99);
+        ::_exit(check());
+    }
+    int status = 0;
+    ASSERT_EQ(::waitpid(child, &status, 0), child);
+    ASSERT_TRUE(WIFEXITED(status));
+    EXPECT_EQ(WEXITSTATUS(status), 0);
+}
