@@ -1,8 +1,9 @@
-// Tests of the command line: parsing and typing of options, the progress line, the defaults
-// subcommand and whole runs of orvel-thumbs as a child process.
+// The batch runner in this process: parsing and typing of options, the worker options, the progress
+// line, the defaults subcommand, and the settings schema against its help and the README.
 #include "app/batch/CommandLine.h"
 #include "app/batch/DefaultsCommand.h"
 #include "app/batch/Progress.h"
+#include "app/shared/ThumbnailSettings.h"
 #include "app/shared/WorkerOptions.h"
 #include "support/UserDefaults.h"
 
@@ -11,6 +12,8 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QMap>
+#include <QRegularExpression>
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
@@ -18,12 +21,9 @@
 using namespace Qt::StringLiterals;
 
 using namespace orvel;
-using orvel::test::runThumbs;
 using orvel::test::TempDir;
 
 namespace {
-
-CommandLineOptions parse(const QStringList &arguments) { return parseCommandLine(arguments); }
 
 struct TypedCase
 {
@@ -59,58 +59,40 @@ TEST(CommandLine, SetValuesAreTypedByTheirLook)
     }
 }
 
-TEST(CommandLine, FriendlyOptionsSetTheirKeys)
+TEST(CommandLine, OptionsSetTheirKeysAndTheLastOneWins)
 {
-    const CommandLineOptions o = parse({ u"-f"_s, u"PNG"_s, u"--size=64x48"_s, u"-q"_s, u"55"_s,
-        u"--interpolation"_s, u"none"_s, u"--folder"_s, u"small"_s, u"--create"_s, u"thumbnail+icon"_s,
-        u"--sharpen"_s, u"medium"_s, u"pics"_s });
-    ASSERT_TRUE(o.error.isEmpty()) << o.error.toStdString();
-    const QVariantMap expected = {
-        { u"filetype"_s, qint64(4) },
-        { u"width"_s, qint64(64) },
-        { u"height"_s, qint64(48) },
-        { u"sizing"_s, qint64(0) },
-        { u"quality"_s, 0.55 },
-        { u"Antialiasing"_s, qint64(1) },
-        { u"extensionFormat"_s, qint64(2) },
-        { u"extension"_s, u"small"_s },
-        { u"create"_s, qint64(1) },
-        { u"sharpen"_s, qint64(2) },
+    const QList<QPair<QStringList, QVariantMap>> cases = {
+        { { u"-f"_s, u"PNG"_s, u"--size=64x48"_s, u"-q"_s, u"55"_s, u"--interpolation"_s, u"none"_s,
+              u"--folder"_s, u"small"_s, u"--create"_s, u"thumbnail+icon"_s, u"--sharpen"_s, u"medium"_s,
+              u"pics"_s },
+            { { u"filetype"_s, qint64(4) }, { u"width"_s, qint64(64) }, { u"height"_s, qint64(48) },
+                { u"sizing"_s, qint64(0) }, { u"quality"_s, 0.55 }, { u"Antialiasing"_s, qint64(1) },
+                { u"extensionFormat"_s, qint64(2) }, { u"extension"_s, u"small"_s },
+                { u"create"_s, qint64(1) }, { u"sharpen"_s, qint64(2) } } },
+        { { u"--scale"_s, u"25"_s, u"--prefix"_s, u"t_"_s, u"x"_s },
+            { { u"sizing"_s, qint64(1) }, { u"scale"_s, 0.25 }, { u"extensionFormat"_s, qint64(0) },
+                { u"extension"_s, u"t_"_s } } },
+        { { u"-s"_s, u"200"_s, u"--suffix="_s, u"x"_s },
+            { { u"width"_s, qint64(200) }, { u"height"_s, qint64(200) }, { u"sizing"_s, qint64(0) },
+                { u"extensionFormat"_s, qint64(1) }, { u"extension"_s, QString() } } },
+        { { u"--set"_s, u"width=10"_s, u"-s"_s, u"20x30"_s, u"--set"_s, u"height=5"_s, u"--set-string"_s,
+              u"extension=2024"_s, u"--set=quality=0.9"_s, u"p"_s },
+            { { u"width"_s, qint64(20) }, { u"height"_s, qint64(5) }, { u"sizing"_s, qint64(0) },
+                { u"extension"_s, u"2024"_s }, { u"quality"_s, 0.9 } } },
     };
-    EXPECT_EQ(o.settings, expected);
-    EXPECT_EQ(o.paths, QStringList { u"pics"_s });
-}
-
-TEST(CommandLine, ScaleSquareSizeAndNamingOptions)
-{
-    CommandLineOptions o = parse({ u"--scale"_s, u"25"_s, u"--prefix"_s, u"t_"_s, u"x"_s });
-    EXPECT_EQ(o.settings.value(u"sizing"_s), QVariant(qint64(1)));
-    EXPECT_DOUBLE_EQ(o.settings.value(u"scale"_s).toDouble(), 0.25);
-    EXPECT_EQ(o.settings.value(u"extensionFormat"_s), QVariant(qint64(0)));
-    EXPECT_EQ(o.settings.value(u"extension"_s), QVariant(u"t_"_s));
-
-    o = parse({ u"-s"_s, u"200"_s, u"--suffix="_s, u"x"_s });
-    EXPECT_EQ(o.settings.value(u"width"_s), QVariant(qint64(200)));
-    EXPECT_EQ(o.settings.value(u"height"_s), QVariant(qint64(200)));
-    EXPECT_EQ(o.settings.value(u"extensionFormat"_s), QVariant(qint64(1)));
-    EXPECT_EQ(o.settings.value(u"extension"_s), QVariant(QString()));
-}
-
-TEST(CommandLine, LaterSettingsWinAndSetStringKeepsText)
-{
-    const CommandLineOptions o = parse({ u"--set"_s, u"width=10"_s, u"-s"_s, u"20x30"_s, u"--set"_s,
-        u"height=5"_s, u"--set-string"_s, u"extension=2024"_s, u"--set=quality=0.9"_s, u"p"_s });
-    ASSERT_TRUE(o.error.isEmpty()) << o.error.toStdString();
-    EXPECT_EQ(o.settings.value(u"width"_s), QVariant(qint64(20)));
-    EXPECT_EQ(o.settings.value(u"height"_s), QVariant(qint64(5)));
-    EXPECT_EQ(o.settings.value(u"extension"_s), QVariant(u"2024"_s));
-    EXPECT_EQ(o.settings.value(u"quality"_s), QVariant(0.9));
+    for (const auto &[arguments, expected] : cases) {
+        const CommandLineOptions o = parseCommandLine(arguments);
+        ASSERT_TRUE(o.error.isEmpty()) << o.error;
+        EXPECT_EQ(o.settings, expected) << arguments.join(u' ');
+        for (auto it = expected.cbegin(); it != expected.cend(); ++it)
+            EXPECT_EQ(o.settings.value(it.key()).typeId(), it.value().typeId()) << it.key();
+    }
 }
 
 TEST(CommandLine, RunOptionsAndPaths)
 {
-    CommandLineOptions o
-        = parse({ u"-j3"_s, u"--timeout=0"_s, u"--quiet"_s, u"a"_s, u"--"_s, u"-b"_s, u"--verbose"_s });
+    CommandLineOptions o = parseCommandLine(
+        { u"-j3"_s, u"--timeout=0"_s, u"--quiet"_s, u"a"_s, u"--"_s, u"-b"_s, u"--verbose"_s });
     ASSERT_TRUE(o.error.isEmpty()) << o.error.toStdString();
     EXPECT_EQ(o.jobs, 3);
     EXPECT_EQ(o.timeoutSeconds, 0);
@@ -118,48 +100,60 @@ TEST(CommandLine, RunOptionsAndPaths)
     EXPECT_FALSE(o.verbose);
     EXPECT_EQ(o.paths, (QStringList { u"a"_s, u"-b"_s, u"--verbose"_s }));
 
-    o = parse({ u"--jobs"_s, u"2"_s, u"-"_s });
+    o = parseCommandLine({ u"--jobs"_s, u"2"_s, u"-"_s });
     EXPECT_EQ(o.jobs, 2);
     EXPECT_EQ(o.timeoutSeconds, 120);
     EXPECT_EQ(o.paths, QStringList { u"-"_s });
 
-    EXPECT_EQ(parse({ u"x"_s, u"--help"_s, u"--bogus"_s }).mode, CommandLineOptions::Mode::Help);
-    EXPECT_EQ(parse({ u"--version"_s }).mode, CommandLineOptions::Mode::Version);
-    o = parse({ u"defaults"_s, u"read"_s });
+    EXPECT_EQ(parseCommandLine({ u"x"_s, u"--help"_s, u"--bogus"_s }).mode, CommandLineOptions::Mode::Help);
+    EXPECT_EQ(parseCommandLine({ u"--version"_s }).mode, CommandLineOptions::Mode::Version);
+    o = parseCommandLine({ u"defaults"_s, u"read"_s });
     EXPECT_EQ(o.mode, CommandLineOptions::Mode::Defaults);
     EXPECT_EQ(o.defaultsArguments, QStringList { u"read"_s });
-    EXPECT_EQ(parse({ u"./defaults"_s }).mode, CommandLineOptions::Mode::Run);
+    EXPECT_EQ(parseCommandLine({ u"./defaults"_s }).mode, CommandLineOptions::Mode::Run);
 }
 
 TEST(CommandLine, UsageErrorsAreReported)
 {
-    const QList<QStringList> bad = {
-        {},
-        { u"--quiet"_s },
-        { u"--bogus"_s, u"x"_s },
-        { u"-z"_s, u"x"_s },
-        { u"x"_s, u"--jobs"_s },
-        { u"--jobs"_s, u"0"_s, u"x"_s },
-        { u"-jmany"_s, u"x"_s },
-        { u"--timeout"_s, u"-1"_s, u"x"_s },
-        { u"--format"_s, u"webp"_s, u"x"_s },
-        { u"--size"_s, u"0x10"_s, u"x"_s },
-        { u"--size"_s, u"10x"_s, u"x"_s },
-        { u"--scale"_s, u"0"_s, u"x"_s },
-        { u"--scale"_s, u"150"_s, u"x"_s },
-        { u"--quality"_s, u"101"_s, u"x"_s },
-        { u"--interpolation"_s, u"cubic"_s, u"x"_s },
-        { u"--create"_s, u"both"_s, u"x"_s },
-        { u"--sharpen"_s, u"4"_s, u"x"_s },
-        { u"--set"_s, u"width"_s, u"x"_s },
-        { u"--set"_s, u"=5"_s, u"x"_s },
-        { u"--set"_s, u"widht=5"_s, u"x"_s },
-        { u"--quiet=yes"_s, u"x"_s },
-        { u"--worker-threads"_s, u"2"_s, u"x"_s },
+    const QList<QPair<QStringList, QString>> bad = {
+        { {}, u"no PATH given"_s },
+        { { u"--quiet"_s }, u"no PATH given"_s },
+        { { u"--bogus"_s, u"x"_s }, u"unknown option --bogus"_s },
+        { { u"-z"_s, u"x"_s }, u"unknown option -z"_s },
+        { { u"x"_s, u"--jobs"_s }, u"--jobs needs a value"_s },
+        { { u"--jobs"_s, u"0"_s, u"x"_s }, u"invalid value '0' for --jobs (expected 1 to 256)"_s },
+        { { u"-jmany"_s, u"x"_s }, u"invalid value 'many' for --jobs (expected 1 to 256)"_s },
+        { { u"--timeout"_s, u"-1"_s, u"x"_s },
+            u"invalid value '-1' for --timeout (expected whole seconds, 0 for no limit)"_s },
+        { { u"--format"_s, u"webp"_s, u"x"_s },
+            u"invalid value 'webp' for --format (expected tiff, tif, bmp, gif, jpeg, jpg, png, jp2, jpeg2000)"_s },
+        { { u"--size"_s, u"0x10"_s, u"x"_s },
+            u"invalid value '0x10' for --size (expected WIDTHxHEIGHT or SIZE in pixels)"_s },
+        { { u"--size"_s, u"10x"_s, u"x"_s },
+            u"invalid value '10x' for --size (expected WIDTHxHEIGHT or SIZE in pixels)"_s },
+        { { u"--scale"_s, u"0"_s, u"x"_s },
+            u"invalid value '0' for --scale (expected a percentage above 0, at most 100)"_s },
+        { { u"--scale"_s, u"150"_s, u"x"_s },
+            u"invalid value '150' for --scale (expected a percentage above 0, at most 100)"_s },
+        { { u"--quality"_s, u"101"_s, u"x"_s }, u"invalid value '101' for --quality (expected 0 to 100)"_s },
+        { { u"--interpolation"_s, u"cubic"_s, u"x"_s },
+            u"invalid value 'cubic' for --interpolation (expected default, none, low, high)"_s },
+        { { u"--create"_s, u"both"_s, u"x"_s },
+            u"invalid value 'both' for --create (expected thumbnail, thumbnail+icon, icon)"_s },
+        { { u"--sharpen"_s, u"4"_s, u"x"_s },
+            u"invalid value '4' for --sharpen (expected none, light, medium, strong)"_s },
+        { { u"--set"_s, u"width"_s, u"x"_s }, u"--set needs KEY=VALUE, not 'width'"_s },
+        { { u"--set"_s, u"=5"_s, u"x"_s }, u"--set needs KEY=VALUE, not '=5'"_s },
+        { { u"--set"_s, u"widht=5"_s, u"x"_s },
+            u"unknown setting 'widht' (the settings are filetype, width, height, sizing, scale, quality, "
+            u"Antialiasing, "
+            u"sharpen, extension, extensionFormat, create, QuitWhenDone)"_s },
+        { { u"--quiet=yes"_s, u"x"_s }, u"--quiet=yes takes no value"_s },
+        { { u"--worker-threads"_s, u"2"_s, u"x"_s }, u"unknown option --worker-threads"_s },
     };
-    for (const QStringList &arguments : bad) {
-        const CommandLineOptions o = parse(arguments);
-        EXPECT_FALSE(o.error.isEmpty()) << arguments.join(u' ').toStdString();
+    for (const auto &[arguments, error] : bad) {
+        const CommandLineOptions o = parseCommandLine(arguments);
+        EXPECT_EQ(o.error, error) << arguments.join(u' ');
         EXPECT_EQ(o.mode, CommandLineOptions::Mode::Run);
     }
 }
@@ -295,133 +289,60 @@ TEST(DefaultsCommand, BadWritesAreUsageErrorsAndChangeNothing)
     EXPECT_TRUE(store.keys().isEmpty());
 }
 
-TEST(DefaultsCommand, RoundTripThroughTheExecutableAndTheXdgFolder)
+TEST(SettingsSchema, TheReadmeTableAndTheHelpSayWhatTheSchemaSays)
 {
-    TempDir dir;
-    QByteArray out;
-    QByteArray err;
-    EXPECT_EQ(runThumbs(dir, { u"defaults"_s, u"write"_s, u"width"_s, u"-int"_s, u"96"_s }), 0);
-    EXPECT_EQ(runThumbs(dir, { u"defaults"_s, u"write"_s, u"extension"_s, u"_small"_s }), 0);
-    EXPECT_TRUE(QFile::exists(dir.file(u"config/orvel/thumbnails.conf"_s)));
+    // Rows of the README's settings table: | `key`, `key` | type | default | meaning |
+    QFile readme(QStringLiteral(ORVEL_SOURCE_DIR "/README.md"));
+    ASSERT_TRUE(readme.open(QIODevice::ReadOnly));
+    const QString text = QString::fromUtf8(readme.readAll());
+    const qsizetype start = text.indexOf(u"\n## Settings\n"_s);
+    ASSERT_GE(start, 0);
+    QMap<QString, QPair<QString, QString>> documented;
+    static const QRegularExpression row(u"^\\| (`[^|]+`) \\| (\\w+) \\| `?([^|`]*?)`? \\|"_s);
+    const QStringList lines = text.mid(start, text.indexOf(u"\n## "_s, start + 1) - start).split(u'\n');
+    for (const QString &line : lines) {
+        const QRegularExpressionMatch m = row.match(line);
+        if (!m.hasMatch())
+            continue;
+        for (QString key : m.captured(1).split(u", "_s))
+            documented.insert(key.remove(u'`'), { m.captured(2), m.captured(3) });
+    }
 
-    EXPECT_EQ(runThumbs(dir, { u"defaults"_s, u"read"_s, u"width"_s }, &out), 0);
-    EXPECT_EQ(out, "96\n");
-    EXPECT_EQ(runThumbs(dir, { u"defaults"_s, u"read"_s }, &out), 0);
-    EXPECT_EQ(out, "extension = _small\nwidth = 96\n");
-
-    EXPECT_EQ(runThumbs(dir, { u"defaults"_s, u"delete"_s, u"width"_s }), 0);
-    EXPECT_EQ(runThumbs(dir, { u"defaults"_s, u"read"_s, u"width"_s }, &out, &err), 1);
-    EXPECT_TRUE(out.isEmpty());
-    EXPECT_TRUE(err.contains("width")) << err.toStdString();
-    EXPECT_EQ(runThumbs(dir, { u"defaults"_s, u"delete"_s, u"width"_s }), 1);
-    EXPECT_EQ(runThumbs(dir, { u"defaults"_s, u"write"_s, u"width"_s, u"-int"_s, u"wide"_s }), 2);
+    const QString help = usageText();
+    QStringList keys;
+    for (const SettingKey &key : settingKeys()) {
+        keys << key.key();
+        EXPECT_EQ(documented.value(key.key()), qMakePair(key.typeName(), key.defaultText())) << key.key();
+        EXPECT_TRUE(help.contains(u"  %1 "_s.arg(key.key()))) << key.key();
+        EXPECT_EQ(findSettingKey(key.key()), &key);
+    }
+    keys.sort();
+    EXPECT_EQ(documented.keys(), keys);
 }
 
-TEST(CommandLineRun, UsageErrorsExitWithTwoAndSayWhy)
+TEST(SettingsSchema, ReadingAStoreGivesItsValuesOrTheDefaults)
 {
     TempDir dir;
-    QByteArray err;
-    EXPECT_EQ(runThumbs(dir, {}, nullptr, &err), 2);
-    EXPECT_TRUE(err.contains("no PATH")) << err.toStdString();
-    EXPECT_EQ(runThumbs(dir, { u"--frobnicate"_s, dir.path() }, nullptr, &err), 2);
-    EXPECT_TRUE(err.contains("--frobnicate")) << err.toStdString();
-    EXPECT_EQ(runThumbs(dir, { u"-f"_s, u"webp"_s, dir.path() }, nullptr, &err), 2);
-    EXPECT_FALSE(QDir(dir.path()).entryList(QDir::Files).size() > 0);
-}
-
-TEST(CommandLineRun, HelpAndVersion)
-{
-    TempDir dir;
-    QByteArray out;
-    EXPECT_EQ(runThumbs(dir, { u"--version"_s }, &out), 0);
-    EXPECT_TRUE(out.startsWith("orvel-thumbs ")) << out.toStdString();
-    EXPECT_TRUE(out.endsWith("\n"));
-    EXPECT_EQ(runThumbs(dir, { u"-h"_s }, &out), 0);
-    EXPECT_TRUE(out.contains("--jobs")) << out.toStdString();
-}
-
-TEST(CommandLineRun, ReportsEachFailureAndExitsWithOne)
-{
-    TempDir dir;
-    ASSERT_TRUE(orvel::test::writeTestImage(dir.file(u"good.png"_s), 40, 30));
-    ASSERT_TRUE(orvel::test::writeBytes(dir.file(u"notes.txt"_s), "hello"));
-    // A pipe would block a decoder until the time limit; nobody ever writes to this one.
-    ASSERT_EQ(::mkfifo(QFile::encodeName(dir.file(u"pipe.png"_s)).constData(), 0600), 0);
-    QByteArray out;
-    QByteArray err;
-    const int status = runThumbs(dir,
-        { dir.file(u"good.png"_s), dir.file(u"notes.txt"_s), dir.file(u"missing.png"_s),
-            dir.file(u"pipe.png"_s) },
-        &out, &err);
-    EXPECT_EQ(status, 1);
-    EXPECT_TRUE(QFile::exists(dir.file(u"good_thumb.jpg"_s)));
-    const QList<QByteArray> lines = err.trimmed().split('\n');
-    ASSERT_EQ(lines.size(), 4) << err.toStdString();
-    EXPECT_TRUE(lines[0].startsWith(QFile::encodeName(dir.file(u"notes.txt"_s)) + ": ")) << err.toStdString();
-    EXPECT_EQ(lines[1], QFile::encodeName(dir.file(u"missing.png"_s)) + ": no such file or folder");
-    EXPECT_EQ(lines[2], QFile::encodeName(dir.file(u"pipe.png"_s)) + ": not a regular file");
-    EXPECT_TRUE(lines[3].startsWith("1 thumbnail made, 3 failed, ")) << err.toStdString();
-    // Not a terminal: no progress bar and no control characters.
-    EXPECT_FALSE(err.contains('\r'));
-    EXPECT_FALSE(err.contains('\x1b'));
-    EXPECT_TRUE(out.isEmpty());
-
-    EXPECT_EQ(runThumbs(dir, { u"--quiet"_s, dir.file(u"good.png"_s) }, &out, &err), 0);
-    EXPECT_TRUE(err.isEmpty()) << err.toStdString();
-}
-
-TEST(CommandLineRun, SettingsOnTheCommandLineApplyToThisRunOnly)
-{
-    TempDir dir;
-    ASSERT_TRUE(orvel::test::writeTestImage(dir.file(u"pic.png"_s), 300, 200));
-    QByteArray out;
-    EXPECT_EQ(runThumbs(dir,
-                  { u"--verbose"_s, u"--set"_s, u"filetype=4"_s, u"--set"_s, u"extension=_t"_s, u"-s"_s,
-                      u"60"_s, dir.file(u"pic.png"_s) },
-                  &out),
-        0);
-    EXPECT_EQ(out, QFile::encodeName(dir.file(u"pic_t.png"_s)) + "\n");
-    const QImage thumb = orvel::test::loadImage(dir.file(u"pic_t.png"_s));
-    EXPECT_EQ(thumb.size(), QSize(60, 40));
-    EXPECT_FALSE(QFile::exists(dir.file(u"config/orvel/thumbnails.conf"_s)))
-        << "--set must not write the store";
-
-    // The stored settings apply when nothing overrides them.
-    EXPECT_EQ(runThumbs(dir, { u"defaults"_s, u"write"_s, u"width"_s, u"-int"_s, u"30"_s }), 0);
-    EXPECT_EQ(runThumbs(dir, { u"--quiet"_s, dir.file(u"pic.png"_s) }), 0);
-    EXPECT_EQ(orvel::test::loadImage(dir.file(u"pic_thumb.jpg"_s)).size(), QSize(30, 20));
-}
-
-TEST(CommandLineRun, TheBatchRunnerLoadsNoDecodersAndNeedsItsEngine)
-{
-    const QString executable = orvel::test::thumbsExecutable();
-    ASSERT_FALSE(executable.isEmpty());
-    // The libraries the executable itself needs: none of the decoders' (only its workers load them).
-    QByteArray dynamic;
-    ASSERT_EQ(orvel::test::runProgram(u"readelf"_s, { u"-d"_s, executable }, &dynamic), 0);
-    for (const char *library : { "libvips", "libpoppler", "libavcodec", "libavformat", "libQt6Gui" })
-        EXPECT_FALSE(dynamic.contains(library)) << library << " is loaded by the batch runner";
-    // The engine links the decoders but not FFmpeg, which it opens when a movie comes.
-    QByteArray engine;
-    ASSERT_EQ(orvel::test::runProgram(u"readelf"_s,
-                  { u"-d"_s, QFileInfo(executable).absolutePath() + u"/orvel-thumbs-engine.so"_s }, &engine),
-        0);
-    EXPECT_TRUE(engine.contains("libvips")) << engine.constData();
-    EXPECT_FALSE(engine.contains("libavcodec")) << engine.constData();
-
-    // A copy without its engine beside it says so once and makes nothing.
-    TempDir dir;
-    const QString lonely = dir.file(u"bin/orvel-thumbs"_s);
-    ASSERT_TRUE(QDir().mkpath(dir.file(u"bin"_s)));
-    ASSERT_TRUE(QFile::copy(executable, lonely));
-    ASSERT_TRUE(orvel::test::writeTestImage(dir.file(u"pic.png"_s), 40, 30));
-    QByteArray err;
-    EXPECT_EQ(orvel::test::runProgram(lonely, { dir.file(u"pic.png"_s) }, nullptr, &err, 60000,
-                  { u"XDG_CONFIG_HOME="_s + dir.file(u"config"_s) }),
-        1);
-    EXPECT_TRUE(
-        err.startsWith("orvel-thumbs: the thumbnail engine orvel-thumbs-engine.so is missing beside "))
-        << err.toStdString();
-    EXPECT_EQ(err.count('\n'), 1) << err.toStdString();
-    EXPECT_FALSE(QFile::exists(dir.file(u"pic_thumb.jpg"_s)));
+    UserDefaults store(dir.file(u"t.conf"_s));
+    ThumbnailSettings defaults = ThumbnailSettings::read(store);
+    EXPECT_EQ(defaults.filetype, 3);
+    EXPECT_EQ(defaults.extension, u"_thumb"_s);
+    EXPECT_FLOAT_EQ(defaults.quality, 0.8f);
+    EXPECT_TRUE(defaults.quitWhenDone);
+    // Written and read back, every value keeps its type; codes outside their enums stay raw.
+    defaults.width = 77;
+    defaults.scale = 0.25f;
+    defaults.create = 7;
+    defaults.extensionFormat = -3;
+    defaults.sharpen = 9;
+    defaults.write(store);
+    const ThumbnailSettings read = ThumbnailSettings::read(store);
+    EXPECT_EQ(read.width, 77);
+    EXPECT_FLOAT_EQ(read.scale, 0.25f);
+    EXPECT_EQ(store.objectForKey(u"width"_s).typeId(), QMetaType::LongLong);
+    EXPECT_EQ(read.createMode(), std::nullopt);
+    EXPECT_EQ(read.namingRule(), ThumbnailSettings::NamingRule::SubFolder);
+    EXPECT_EQ(read.sharpening(), ThumbnailSettings::Sharpening::None);
+    EXPECT_EQ(read.thumbnailPathFor(u"/a/p.png"_s), QString());
+    EXPECT_EQ(read.outputPathFor(u"/a/p.png"_s), u"/a/_thumb/p.jpg"_s);
 }

@@ -1,220 +1,294 @@
-// The thumbnail job on real files with real settings: sizes, naming, create modes, formats, failures.
-#include "app/engine/ThumbnailJob.h"
+// The thumbnail job in this process, on real files with real settings: one setting at a time, the
+// create modes, documents, movies, sharpening against the kernel applied by hand, and bad input.
 #include "app/engine/IconService.h"
 #include "files/FileManager.h"
-#include "support/UserDefaults.h"
-#include "testlib/TestSupport.h"
+#include "testlib/JobFixture.h"
+#include "testlib/MovieMakers.h"
 
-#include <QDir>
 #include <QFileInfo>
+#include <QRegularExpression>
 #include <gtest/gtest.h>
+#include <random>
 #include <vips/vips8>
 
 using namespace Qt::StringLiterals;
-
 using namespace orvel;
 using namespace orvel::test;
 
 namespace {
 
-class ThumbnailJobTest : public ::testing::Test
+QSize sizeOf(const QString &path)
 {
-protected:
-    void SetUp() override
-    {
-        qputenv("XDG_CACHE_HOME", cache.path().toUtf8());
-        defaults = std::make_unique<UserDefaults>(settings.file(u"thumbnails.conf"_s));
+    try {
+        const vips::VImage image = vips::VImage::new_from_file(path.toUtf8().constData());
+        return QSize(image.width(), image.height());
+    } catch (const vips::VError &) {
+        return {};
     }
-    void set(const char *key, const QVariant &value) { defaults->setObject(value, QString::fromLatin1(key)); }
-    bool run(const QString &path, QString *why = nullptr)
-    {
-        return ThumbnailJob::processFile(path, defaults.get(), why);
-    }
-    QString file(const char *name) const { return dir.file(QString::fromLatin1(name)); }
-    static QSize sizeOf(const QString &path)
-    {
-        try {
-            vips::VImage img = vips::VImage::new_from_file(path.toUtf8().constData());
-            return QSize(img.width(), img.height());
-        } catch (const vips::VError &) {
-            return {};
-        }
-    }
-    QStringList entries() const
-    {
-        return QDir(dir.path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden, QDir::Name);
-    }
+}
 
-    TempDir dir, settings, cache;
-    std::unique_ptr<UserDefaults> defaults;
+/// One source, one change of the settings, and what the job then makes, or why it makes nothing.
+struct SettingCase
+{
+    const char *name;
+    QVariantMap settings;
+    QSize source;
+    const char16_t *output; ///< the file made, null when none
+    QSize size;
+    const char16_t *reason = nullptr;
+};
+
+void PrintTo(const SettingCase &c, std::ostream *os) { *os << c.name; }
+
+class ThumbnailJobSetting : public ::testing::TestWithParam<SettingCase>, protected JobFixture
+{
 };
 
 } // namespace
 
-TEST_F(ThumbnailJobTest, DefaultsMakeAJpegThatFitsA128Box)
+TEST_P(ThumbnailJobSetting, MakesWhatTheSettingSays)
 {
-    ASSERT_TRUE(writeTestImage(file("photo.png"), 400, 200));
-    ASSERT_TRUE(run(file("photo.png")));
-    EXPECT_EQ(sizeOf(file("photo_thumb.jpg")), QSize(128, 64));
-    EXPECT_TRUE(readBytes(file("photo_thumb.jpg")).startsWith("\xFF\xD8"));
-}
-
-TEST_F(ThumbnailJobTest, NamingRulesPlaceTheThumbnail)
-{
-    ASSERT_TRUE(writeTestImage(file("photo.png"), 40, 20));
-    set("extensionFormat", 0);
-    ASSERT_TRUE(run(file("photo.png")));
-    EXPECT_TRUE(QFileInfo::exists(file("_thumbphoto.jpg")));
-    set("extensionFormat", 5); // any rule but 0 and 1 is the sub-folder
-    set("extension", u"small"_s);
-    ASSERT_TRUE(run(file("photo.png")));
-    EXPECT_TRUE(QFileInfo::exists(file("small/photo.jpg")));
-    set("extensionFormat", 1);
-    set("extension", u"-t"_s);
-    set("filetype", 4);
-    ASSERT_TRUE(run(file("photo.png")));
-    EXPECT_TRUE(QFileInfo::exists(file("photo-t.png")));
-    EXPECT_EQ(ThumbnailJob::outputPathForFile(u"/a/b/c.d.png"_s, defaults.get()), u"/a/b/c.d-t.png"_s);
-}
-
-TEST_F(ThumbnailJobTest, SizesFollowTheBoxOrTheScaleWithoutEnlarging)
-{
-    ASSERT_TRUE(writeTestImage(file("small.png"), 50, 30));
-    ASSERT_TRUE(writeTestImage(file("big.png"), 301, 101));
-    ASSERT_TRUE(run(file("small.png")));
-    EXPECT_EQ(sizeOf(file("small_thumb.jpg")), QSize(50, 30));
-    set("width", 64);
-    set("height", 16);
-    ASSERT_TRUE(run(file("big.png")));
-    EXPECT_EQ(sizeOf(file("big_thumb.jpg")), QSize(47, 16));
-    set("sizing", 1);
-    set("scale", 0.5);
-    ASSERT_TRUE(run(file("big.png")));
-    EXPECT_EQ(sizeOf(file("big_thumb.jpg")), QSize(150, 50));
-    set("scale", 0.001); // a side rounds down to 0: nothing is written
-    ASSERT_TRUE(QFile::remove(file("big_thumb.jpg")));
+    const SettingCase &c = GetParam();
+    ASSERT_TRUE(writeTestImage(file(u"photo.png"_s), c.source.width(), c.source.height()));
+    set(c.settings);
     QString why;
-    EXPECT_FALSE(run(file("big.png"), &why));
-    EXPECT_FALSE(QFileInfo::exists(file("big_thumb.jpg")));
-    EXPECT_FALSE(why.isEmpty());
+    EXPECT_EQ(run(u"photo.png"_s, &why), c.output != nullptr) << why;
+    if (c.output) {
+        EXPECT_EQ(sizeOf(file(QString::fromUtf16(c.output))), c.size);
+    } else {
+        EXPECT_EQ(why, QString::fromUtf16(c.reason));
+        EXPECT_EQ(entries(), QStringList { u"photo.png"_s }); // nothing written
+    }
 }
+
+INSTANTIATE_TEST_SUITE_P(ThumbnailJob, ThumbnailJobSetting,
+    ::testing::Values(SettingCase { "defaults", {}, { 400, 200 }, u"photo_thumb.jpg", { 128, 64 } },
+        SettingCase { "prefix", { { u"extensionFormat"_s, 0 } }, { 40, 20 }, u"_thumbphoto.jpg", { 40, 20 } },
+        SettingCase { "any other rule is a sub-folder",
+            { { u"extensionFormat"_s, 5 }, { u"extension"_s, u"small"_s } }, { 40, 20 }, u"small/photo.jpg",
+            { 40, 20 } },
+        SettingCase { "suffix and format", { { u"extension"_s, u"-t"_s }, { u"filetype"_s, 4 } }, { 40, 20 },
+            u"photo-t.png", { 40, 20 } },
+        SettingCase { "box", { { u"width"_s, 64 }, { u"height"_s, 16 } }, { 301, 101 }, u"photo_thumb.jpg",
+            { 47, 16 } },
+        SettingCase { "scale", { { u"sizing"_s, 1 }, { u"scale"_s, 0.5 } }, { 301, 101 }, u"photo_thumb.jpg",
+            { 150, 50 } },
+        SettingCase { "scale to nothing", { { u"sizing"_s, 1 }, { u"scale"_s, 0.001 } }, { 301, 101 },
+            nullptr, {}, u"the thumbnail would be 0 × 0 pixels" },
+        SettingCase { "tiff", { { u"filetype"_s, 0 } }, { 200, 100 }, u"photo_thumb.tiff", { 128, 64 } },
+        SettingCase { "bmp", { { u"filetype"_s, 1 } }, { 200, 100 }, u"photo_thumb.bmp", { 128, 64 } },
+        SettingCase { "gif", { { u"filetype"_s, 2 } }, { 200, 100 }, u"photo_thumb.gif", { 128, 64 } },
+        SettingCase { "jpeg 2000", { { u"filetype"_s, 5 } }, { 200, 100 }, u"photo_thumb.jp2", { 128, 64 } },
+        SettingCase {
+            "unknown format", { { u"filetype"_s, 9 } }, { 20, 20 }, nullptr, {}, u"unknown output format 9" },
+        SettingCase { "unknown create mode", { { u"create"_s, 3 } }, { 20, 20 }, nullptr, {},
+            u"unknown create mode 3" },
+        SettingCase { "negative create mode", { { u"create"_s, -1 } }, { 20, 20 }, nullptr, {},
+            u"unknown create mode -1" },
+        // The create mode is compared as a 32-bit integer: 2^32 reads as 0.
+        SettingCase { "create mode of 2^32", { { u"create"_s, qint64(1) << 32 } }, { 20, 20 },
+            u"photo_thumb.jpg", { 20, 20 } }),
+    [](const auto &info) {
+        QString name = QString::fromLatin1(info.param.name);
+        name.replace(QRegularExpression(u"[^A-Za-z0-9]"_s), u"_"_s);
+        return name.toStdString();
+    });
+
+namespace {
+
+class ThumbnailJobTest : public ::testing::Test, protected JobFixture
+{
+};
+
+} // namespace
 
 TEST_F(ThumbnailJobTest, JpegOutputPutsTransparencyOnWhitePngKeepsIt)
 {
-    ASSERT_TRUE(writeSolidImage(file("clear.png"), 20, 20, QColor(0, 0, 255, 0)));
-    ASSERT_TRUE(run(file("clear.png")));
-    EXPECT_TRUE(colourNear(loadImage(file("clear_thumb.jpg")).pixelColor(10, 10), Qt::white, 3));
-    set("filetype", 4);
-    ASSERT_TRUE(run(file("clear.png")));
-    EXPECT_EQ(loadImage(file("clear_thumb.png")).pixelColor(10, 10).alpha(), 0);
-}
-
-TEST_F(ThumbnailJobTest, EveryOutputFormatIsWrittenAndUnknownOnesFail)
-{
-    ASSERT_TRUE(writeTestImage(file("p.png"), 200, 100));
-    const char *extensions[] = { "tiff", "bmp", "gif", "jpg", "png", "jp2" };
-    for (int type = 0; type <= 5; ++type) {
-        set("filetype", type);
-        ASSERT_TRUE(run(file("p.png"))) << type;
-        EXPECT_EQ(sizeOf(file("p_thumb.") + QString::fromLatin1(extensions[type]).mid(0)), QSize(128, 64))
-            << type;
-    }
-    set("filetype", 9);
-    const QStringList before = entries();
-    QString why;
-    EXPECT_FALSE(run(file("p.png"), &why));
-    EXPECT_EQ(entries(), before);
-    EXPECT_TRUE(why.contains(u"format"_s));
-}
-
-TEST_F(ThumbnailJobTest, UnknownCreateModesDoNothing)
-{
-    ASSERT_TRUE(writeTestImage(file("p.png"), 20, 20));
-    for (int mode : { 3, -1 }) {
-        set("create", mode);
-        EXPECT_FALSE(run(file("p.png")));
-    }
-    EXPECT_EQ(entries(), QStringList { u"p.png"_s });
+    ASSERT_TRUE(writeSolidImage(file(u"clear.png"_s), 20, 20, QColor(0, 0, 255, 0)));
+    ASSERT_TRUE(run(u"clear.png"_s));
+    EXPECT_TRUE(colourNear(loadImage(file(u"clear_thumb.jpg"_s)).pixelColor(10, 10), Qt::white, 3));
+    set(u"filetype"_s, 4);
+    ASSERT_TRUE(run(u"clear.png"_s));
+    EXPECT_EQ(loadImage(file(u"clear_thumb.png"_s)).pixelColor(10, 10).alpha(), 0);
 }
 
 TEST_F(ThumbnailJobTest, IconModesWriteTheThumbnailCacheAndKeepTheSourceDate)
 {
-    ASSERT_TRUE(writeTestImage(file("p.png"), 60, 30));
-    const std::optional<FileTime> before = FileManager::fileModificationDateAtPath(file("p.png"));
-    set("create", 2);
-    ASSERT_TRUE(run(file("p.png")));
+    ASSERT_TRUE(writeTestImage(file(u"p.png"_s), 60, 30));
+    const std::optional<FileTime> before = FileManager::fileModificationDateAtPath(file(u"p.png"_s));
+    set(u"create"_s, 2);
+    ASSERT_TRUE(run(u"p.png"_s));
     EXPECT_EQ(entries(), QStringList { u"p.png"_s });
-    EXPECT_EQ(FileManager::fileModificationDateAtPath(file("p.png")), before);
+    EXPECT_EQ(FileManager::fileModificationDateAtPath(file(u"p.png"_s)), before);
     EXPECT_TRUE(
-        QFileInfo::exists(IconService::cachePathForFile(file("p.png"), IconService::CacheSize::Normal)));
+        QFileInfo::exists(IconService::cachePathForFile(file(u"p.png"_s), IconService::CacheSize::Normal)));
 
-    set("create", 1);
-    ASSERT_TRUE(run(file("p.png")));
-    EXPECT_TRUE(QFileInfo::exists(file("p_thumb.jpg")));
+    set(u"create"_s, 1);
+    ASSERT_TRUE(run(u"p.png"_s));
     EXPECT_TRUE(QFileInfo::exists(
-        IconService::cachePathForFile(file("p_thumb.jpg"), IconService::CacheSize::Normal)));
+        IconService::cachePathForFile(file(u"p_thumb.jpg"_s), IconService::CacheSize::Normal)));
 }
 
-TEST_F(ThumbnailJobTest, DocumentsTakeThePdfPath)
+TEST_F(ThumbnailJobTest, DocumentsAndMoviesGiveTheirPicture)
 {
-    ASSERT_TRUE(writeTestPdf(file("doc.pdf"), 300, 600, Qt::red, 2));
-    ASSERT_TRUE(writeTestEps(file("art.EPS"), 100, 50, Qt::blue));
-    ASSERT_TRUE(run(file("doc.pdf")));
-    EXPECT_EQ(sizeOf(file("doc_thumb.jpg")), QSize(64, 128));
-    EXPECT_TRUE(colourNear(loadImage(file("doc_thumb.jpg")).pixelColor(32, 64), Qt::red, 12));
-    ASSERT_TRUE(run(file("art.EPS")));
-    EXPECT_EQ(sizeOf(file("art_thumb.jpg")), QSize(100, 50));
+    ASSERT_TRUE(writeTestPdf(file(u"doc.pdf"_s), 300, 600, Qt::red, 2));
+    ASSERT_TRUE(writeTestEps(file(u"art.EPS"_s), 100, 50, Qt::blue));
+    ASSERT_TRUE(writeSecondsMovie(file(u"clip.mp4"_s), 10.0, 96, 64));
+    ASSERT_TRUE(run(u"doc.pdf"_s));
+    EXPECT_EQ(sizeOf(file(u"doc_thumb.jpg"_s)), QSize(64, 128));
+    EXPECT_TRUE(colourNear(loadImage(file(u"doc_thumb.jpg"_s)).pixelColor(32, 64), Qt::red, 12));
+    ASSERT_TRUE(run(u"art.EPS"_s));
+    EXPECT_EQ(sizeOf(file(u"art_thumb.jpg"_s)), QSize(100, 50));
+    // A movie gives the frame at half its length.
+    set(u"width"_s, 48);
+    set(u"filetype"_s, 4);
+    ASSERT_TRUE(run(u"clip.mp4"_s));
+    const QImage frame = loadImage(file(u"clip_thumb.png"_s));
+    EXPECT_EQ(frame.size(), QSize(48, 32));
+    EXPECT_TRUE(colourNear(centreColour(frame), colourOfSecond(5), 14));
 }
 
 TEST_F(ThumbnailJobTest, OriginalsAreNeverReplacedAndBadFilesSayWhy)
 {
-    ASSERT_TRUE(writeTestImage(file("photo.jpg"), 40, 40));
-    const QByteArray original = readBytes(file("photo.jpg"));
-    set("extension", QString());
+    ASSERT_TRUE(writeTestImage(file(u"photo.jpg"_s), 40, 40));
+    const QByteArray original = readBytes(file(u"photo.jpg"_s));
+    set(u"extension"_s, QString());
     QString why;
-    EXPECT_FALSE(run(file("photo.jpg"), &why)); // the output path is the source itself
-    EXPECT_EQ(readBytes(file("photo.jpg")), original);
-    EXPECT_TRUE(why.contains(u"replace"_s)) << why.toStdString();
+    EXPECT_FALSE(run(u"photo.jpg"_s, &why)); // the output path is the source itself
+    EXPECT_EQ(readBytes(file(u"photo.jpg"_s)), original);
+    EXPECT_EQ(why, u"the thumbnail would replace its source "_s + file(u"photo.jpg"_s));
 
-    set("extension", u"_thumb"_s);
-    ASSERT_TRUE(writeBytes(file("notes.txt"), "hello"));
-    ASSERT_TRUE(writeBytes(file("broken.png"), "\x89PNG\r\n\x1a\n garbage"));
-    ASSERT_TRUE(writeBytes(file("empty.jpg"), ""));
-    for (const char *name : { "notes.txt", "broken.png", "empty.jpg", "missing.png" }) {
+    set(u"extension"_s, u"_thumb"_s);
+    ASSERT_TRUE(writeBytes(file(u"notes.txt"_s), "hello"));
+    ASSERT_TRUE(writeBytes(file(u"broken.png"_s), "\x89PNG\r\n\x1a\n garbage"));
+    ASSERT_TRUE(writeBytes(file(u"empty.jpg"_s), ""));
+    ASSERT_TRUE(runFFmpeg({ u"-f"_s, u"lavfi"_s, u"-i"_s, u"sine=d=1"_s, file(u"tone.m4a"_s) }));
+    ASSERT_TRUE(writeBytes(file(u"noise.mp4"_s), QByteArray(30000, '\x17')));
+    const QList<QPair<QString, QString>> bad = {
+        { u"notes.txt"_s, u"not an image, PDF, PostScript or movie file"_s },
+        { u"broken.png"_s, u"the decoder failed"_s },
+        { u"empty.jpg"_s, u"not a picture that can be decoded"_s },
+        { u"missing.png"_s, u"not a picture that can be decoded"_s },
+        { u"tone.m4a"_s, u"no picture in the file"_s },
+        { u"noise.mp4"_s, u"not a movie FFmpeg can read"_s },
+    };
+    for (const auto &[name, reason] : bad) {
         why.clear();
-        EXPECT_FALSE(run(file(name), &why)) << name;
-        EXPECT_FALSE(why.isEmpty()) << name;
+        EXPECT_FALSE(run(name, &why)) << name;
+        EXPECT_EQ(why, reason);
     }
     // A write that fails leaves what was there: here the output name is taken by a folder.
-    ASSERT_TRUE(QDir().mkpath(file("photo_thumb.jpg")));
-    why.clear();
-    EXPECT_FALSE(run(file("photo.jpg"), &why));
-    EXPECT_TRUE(QFileInfo(file("photo_thumb.jpg")).isDir());
-    EXPECT_TRUE(why.contains(u"cannot write"_s)) << why.toStdString();
+    ASSERT_TRUE(QDir().mkpath(file(u"photo_thumb.jpg"_s)));
+    EXPECT_FALSE(run(u"photo.jpg"_s, &why));
+    EXPECT_TRUE(QFileInfo(file(u"photo_thumb.jpg"_s)).isDir());
+    EXPECT_TRUE(why.startsWith(u"cannot write "_s + file(u"photo_thumb.jpg"_s) + u": "_s)) << why;
 }
 
 TEST_F(ThumbnailJobTest, QualityAndInterpolationReachTheOutput)
 {
-    ASSERT_TRUE(writeTestImage(file("p.png"), 512, 512));
-    set("quality", 0.1);
-    ASSERT_TRUE(run(file("p.png")));
-    const qint64 low = QFileInfo(file("p_thumb.jpg")).size();
-    set("quality", 1.0);
-    ASSERT_TRUE(run(file("p.png")));
-    EXPECT_LT(low, QFileInfo(file("p_thumb.jpg")).size());
+    ASSERT_TRUE(writeTestImage(file(u"p.png"_s), 512, 512));
+    set(u"quality"_s, 0.1);
+    ASSERT_TRUE(run(u"p.png"_s));
+    const qint64 low = QFileInfo(file(u"p_thumb.jpg"_s)).size();
+    set(u"quality"_s, 1.0);
+    ASSERT_TRUE(run(u"p.png"_s));
+    EXPECT_LT(low, QFileInfo(file(u"p_thumb.jpg"_s)).size());
 
     // A fine checkerboard: nearest sampling keeps black and white, Lanczos averages to grey.
     QImage checker(256, 256, QImage::Format_RGB888);
     for (int y = 0; y < 256; ++y)
         for (int x = 0; x < 256; ++x)
             checker.setPixelColor(x, y, (x + y) % 2 ? Qt::white : Qt::black);
-    ASSERT_TRUE(checker.save(file("c.png")));
-    set("filetype", 4);
-    set("Antialiasing", 1);
-    ASSERT_TRUE(run(file("c.png")));
-    const int nearest = loadImage(file("c_thumb.png")).pixelColor(40, 40).red();
+    ASSERT_TRUE(checker.save(file(u"c.png"_s)));
+    set(u"filetype"_s, 4);
+    set(u"Antialiasing"_s, 1);
+    ASSERT_TRUE(run(u"c.png"_s));
+    const int nearest = loadImage(file(u"c_thumb.png"_s)).pixelColor(40, 40).red();
     EXPECT_TRUE(nearest == 0 || nearest == 255) << nearest;
-    set("Antialiasing", 3);
-    ASSERT_TRUE(run(file("c.png")));
-    EXPECT_NEAR(loadImage(file("c_thumb.png")).pixelColor(40, 40).red(), 128, 16);
+    set(u"Antialiasing"_s, 3);
+    ASSERT_TRUE(run(u"c.png"_s));
+    EXPECT_NEAR(loadImage(file(u"c_thumb.png"_s)).pixelColor(40, 40).red(), 128, 16);
+}
+
+namespace {
+
+constexpr int W = 7, H = 5;
+
+/// An opaque W×H RGB picture of fixed random samples, written as PNG by libvips.
+std::vector<unsigned char> writeNoise(const QString &path)
+{
+    std::mt19937 random(42);
+    std::vector<unsigned char> rgb(W * H * 3);
+    for (auto &b : rgb)
+        b = static_cast<unsigned char>(random() & 0xff);
+    vips::VImage::new_from_memory(rgb.data(), rgb.size(), W, H, 3, VIPS_FORMAT_UCHAR)
+        .write_to_file(path.toUtf8().constData());
+    return rgb;
+}
+
+/// The picture through centre·c − the four edge neighbours, divided by d (truncating), clamped;
+/// border pixels as they were.
+std::vector<unsigned char> sharpenedByHand(const std::vector<unsigned char> &in, int c, int d)
+{
+    std::vector<unsigned char> out = in;
+    for (int y = 1; y < H - 1; ++y)
+        for (int x = 1; x < W - 1; ++x)
+            for (int k = 0; k < 3; ++k) {
+                const auto s
+                    = [&](int dx, int dy) { return int(in[size_t(((y + dy) * W + x + dx) * 3 + k)]); };
+                const int q = (c * s(0, 0) - s(-1, 0) - s(1, 0) - s(0, -1) - s(0, 1)) / d;
+                out[size_t((y * W + x) * 3 + k)] = static_cast<unsigned char>(std::clamp(q, 0, 255));
+            }
+    return out;
+}
+
+std::vector<unsigned char> rgbOf(const QString &path)
+{
+    const QImage image = loadImage(path).convertToFormat(QImage::Format_RGB888);
+    std::vector<unsigned char> rgb;
+    for (int y = 0; y < image.height(); ++y)
+        rgb.insert(rgb.end(), image.constScanLine(y), image.constScanLine(y) + image.width() * 3);
+    return rgb;
+}
+
+struct Level
+{
+    int setting, centre, divisor;
+};
+
+class SharpenJob : public ::testing::TestWithParam<Level>, protected JobFixture
+{
+};
+
+} // namespace
+
+TEST_P(SharpenJob, PngThumbnailEqualsTheKernelAppliedByHand)
+{
+    const auto picture = writeNoise(file(u"picture.png"_s));
+    set(u"filetype"_s, 4);
+    set(u"sharpen"_s, GetParam().setting);
+    QString why;
+    ASSERT_TRUE(run(u"picture.png"_s, &why)) << why;
+    const auto expected
+        = GetParam().divisor ? sharpenedByHand(picture, GetParam().centre, GetParam().divisor) : picture;
+    EXPECT_EQ(rgbOf(file(u"picture_thumb.png"_s)), expected);
+}
+
+INSTANTIATE_TEST_SUITE_P(ThumbnailJob, SharpenJob,
+    ::testing::Values(Level { 3, 5, 1 }, Level { 2, 6, 2 }, Level { 1, 8, 4 }, Level { 0, 0, 0 },
+        Level { 4, 0, 0 }, Level { -1, 0, 0 }));
+
+TEST_F(ThumbnailJobTest, TheIconIsMadeFromTheSharpenedThumbnail)
+{
+    writeNoise(file(u"picture.png"_s));
+    set(u"filetype"_s, 4);
+    set(u"create"_s, 1);
+    const QString icon
+        = IconService::cachePathForFile(file(u"picture_thumb.png"_s), IconService::CacheSize::Normal);
+    ASSERT_TRUE(run(u"picture.png"_s));
+    const QImage plain = loadImage(icon);
+    set(u"sharpen"_s, 3);
+    ASSERT_TRUE(run(u"picture.png"_s));
+    ASSERT_FALSE(plain.isNull());
+    EXPECT_NE(plain, loadImage(icon));
 }

@@ -260,21 +260,6 @@ TEST(WorkerPool, LaterFileWithTheSameOutputWins)
     EXPECT_TRUE(orvel::test::colourNear(thumb.pixelColor(10, 10), Qt::blue, 2));
 }
 
-TEST(WorkerPool, FilesAndFoldersMadeByEarlierJobsAreThereForLaterPaths)
-{
-    TempDir dir;
-    ASSERT_TRUE(orvel::test::writeTestImage(dir.file(u"a.png"_s), 3000, 2000));
-    EXPECT_EQ(
-        runThumbs(dir, { u"--quiet"_s, u"-j2"_s, dir.file(u"a.png"_s), dir.file(u"a_thumb.jpg"_s) }), 0);
-    EXPECT_TRUE(QFile::exists(dir.file(u"a_thumb_thumb.jpg"_s)));
-
-    EXPECT_EQ(runThumbs(dir,
-                  { u"--quiet"_s, u"-j2"_s, u"--folder"_s, u"small"_s, dir.file(u"a.png"_s),
-                      dir.file(u"small"_s) }),
-        0);
-    EXPECT_TRUE(QFile::exists(dir.file(u"small/small/a.jpg"_s)));
-}
-
 TEST(WorkerPool, PathsWithAnyCharactersReachTheJob)
 {
     TempDir dir;

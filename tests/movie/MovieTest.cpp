@@ -1,5 +1,5 @@
 // The movie type list, loop modes, and the frame a movie's thumbnail is taken from, on real movies.
-#include "MovieTestSupport.h"
+#include "testlib/MovieMakers.h"
 
 #include "files/FinderInfo.h"
 #include "movie/FFmpegLibrary.h"

@@ -1,5 +1,5 @@
 // Real movies for the tests, made by the ffmpeg tool.
-#include "MovieTestSupport.h"
+#include "testlib/MovieMakers.h"
 
 #include "testlib/TestSupport.h"
 

@@ -1,0 +1,221 @@
+// orvel-thumbs from the outside: the program run as a child process with settings, cache and
+// temporary folders of its own, its exit status, its report and what it leaves behind.
+#include "testlib/TestSupport.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+using namespace Qt::StringLiterals;
+using namespace orvel::test;
+
+TEST(DefaultsCommand, RoundTripThroughTheExecutableAndTheXdgFolder)
+{
+    TempDir dir;
+    QByteArray out;
+    QByteArray err;
+    EXPECT_EQ(runThumbs(dir, { u"defaults"_s, u"write"_s, u"width"_s, u"-int"_s, u"96"_s }), 0);
+    EXPECT_EQ(runThumbs(dir, { u"defaults"_s, u"write"_s, u"extension"_s, u"_small"_s }), 0);
+    EXPECT_TRUE(QFile::exists(dir.file(u"config/orvel/thumbnails.conf"_s)));
+
+    EXPECT_EQ(runThumbs(dir, { u"defaults"_s, u"read"_s, u"width"_s }, &out), 0);
+    EXPECT_EQ(out, "96\n");
+    EXPECT_EQ(runThumbs(dir, { u"defaults"_s, u"read"_s }, &out), 0);
+    EXPECT_EQ(out, "extension = _small\nwidth = 96\n");
+
+    EXPECT_EQ(runThumbs(dir, { u"defaults"_s, u"delete"_s, u"width"_s }), 0);
+    EXPECT_EQ(runThumbs(dir, { u"defaults"_s, u"read"_s, u"width"_s }, &out, &err), 1);
+    EXPECT_TRUE(out.isEmpty());
+    EXPECT_TRUE(err.contains("width")) << err.toStdString();
+    EXPECT_EQ(runThumbs(dir, { u"defaults"_s, u"delete"_s, u"width"_s }), 1);
+    EXPECT_EQ(runThumbs(dir, { u"defaults"_s, u"write"_s, u"width"_s, u"-int"_s, u"wide"_s }), 2);
+}
+
+TEST(CommandLineRun, UsageErrorsExitWithTwoAndSayWhy)
+{
+    TempDir dir;
+    QByteArray err;
+    EXPECT_EQ(runThumbs(dir, {}, nullptr, &err), 2);
+    EXPECT_TRUE(err.contains("no PATH")) << err.toStdString();
+    EXPECT_EQ(runThumbs(dir, { u"--frobnicate"_s, dir.path() }, nullptr, &err), 2);
+    EXPECT_TRUE(err.contains("--frobnicate")) << err.toStdString();
+    EXPECT_EQ(runThumbs(dir, { u"-f"_s, u"webp"_s, dir.path() }, nullptr, &err), 2);
+    EXPECT_FALSE(QDir(dir.path()).entryList(QDir::Files).size() > 0);
+}
+
+TEST(CommandLineRun, HelpAndVersion)
+{
+    TempDir dir;
+    QByteArray out;
+    EXPECT_EQ(runThumbs(dir, { u"--version"_s }, &out), 0);
+    EXPECT_TRUE(out.startsWith("orvel-thumbs ")) << out.toStdString();
+    EXPECT_TRUE(out.endsWith("\n"));
+    EXPECT_EQ(runThumbs(dir, { u"-h"_s }, &out), 0);
+    EXPECT_TRUE(out.contains("--jobs")) << out.toStdString();
+}
+
+TEST(CommandLineRun, ReportsEachFailureAndExitsWithOne)
+{
+    TempDir dir;
+    ASSERT_TRUE(writeTestImage(dir.file(u"good.png"_s), 40, 30));
+    ASSERT_TRUE(writeBytes(dir.file(u"notes.txt"_s), "hello"));
+    // A pipe would block a decoder until the time limit; nobody ever writes to this one.
+    ASSERT_EQ(::mkfifo(QFile::encodeName(dir.file(u"pipe.png"_s)).constData(), 0600), 0);
+    QByteArray out;
+    QByteArray err;
+    const int status = runThumbs(dir,
+        { dir.file(u"good.png"_s), dir.file(u"notes.txt"_s), dir.file(u"missing.png"_s),
+            dir.file(u"pipe.png"_s) },
+        &out, &err);
+    EXPECT_EQ(status, 1);
+    EXPECT_TRUE(QFile::exists(dir.file(u"good_thumb.jpg"_s)));
+    const QList<QByteArray> lines = err.trimmed().split('\n');
+    ASSERT_EQ(lines.size(), 4) << err.toStdString();
+    EXPECT_TRUE(lines[0].startsWith(QFile::encodeName(dir.file(u"notes.txt"_s)) + ": ")) << err.toStdString();
+    EXPECT_EQ(lines[1], QFile::encodeName(dir.file(u"missing.png"_s)) + ": no such file or folder");
+    EXPECT_EQ(lines[2], QFile::encodeName(dir.file(u"pipe.png"_s)) + ": not a regular file");
+    EXPECT_TRUE(lines[3].startsWith("1 thumbnail made, 3 failed, ")) << err.toStdString();
+    // Not a terminal: no progress bar and no control characters.
+    EXPECT_FALSE(err.contains('\r'));
+    EXPECT_FALSE(err.contains('\x1b'));
+    EXPECT_TRUE(out.isEmpty());
+
+    EXPECT_EQ(runThumbs(dir, { u"--quiet"_s, dir.file(u"good.png"_s) }, &out, &err), 0);
+    EXPECT_TRUE(err.isEmpty()) << err.toStdString();
+}
+
+TEST(CommandLineRun, SettingsOnTheCommandLineApplyToThisRunOnly)
+{
+    TempDir dir;
+    ASSERT_TRUE(writeTestImage(dir.file(u"pic.png"_s), 300, 200));
+    QByteArray out;
+    EXPECT_EQ(runThumbs(dir,
+                  { u"--verbose"_s, u"--set"_s, u"filetype=4"_s, u"--set"_s, u"extension=_t"_s, u"-s"_s,
+                      u"60"_s, dir.file(u"pic.png"_s) },
+                  &out),
+        0);
+    EXPECT_EQ(out, QFile::encodeName(dir.file(u"pic_t.png"_s)) + "\n");
+    const QImage thumb = loadImage(dir.file(u"pic_t.png"_s));
+    EXPECT_EQ(thumb.size(), QSize(60, 40));
+    EXPECT_FALSE(QFile::exists(dir.file(u"config/orvel/thumbnails.conf"_s)))
+        << "--set must not write the store";
+
+    // The stored settings apply when nothing overrides them.
+    EXPECT_EQ(runThumbs(dir, { u"defaults"_s, u"write"_s, u"width"_s, u"-int"_s, u"30"_s }), 0);
+    EXPECT_EQ(runThumbs(dir, { u"--quiet"_s, dir.file(u"pic.png"_s) }), 0);
+    EXPECT_EQ(loadImage(dir.file(u"pic_thumb.jpg"_s)).size(), QSize(30, 20));
+}
+
+TEST(CommandLineRun, TheBatchRunnerLoadsNoDecodersAndNeedsItsEngine)
+{
+    const QString executable = thumbsExecutable();
+    ASSERT_FALSE(executable.isEmpty());
+    // The libraries the executable itself needs: none of the decoders' (only its workers load them).
+    QByteArray dynamic;
+    ASSERT_EQ(runProgram(u"readelf"_s, { u"-d"_s, executable }, &dynamic), 0);
+    for (const char *library : { "libvips", "libpoppler", "libavcodec", "libavformat", "libQt6Gui" })
+        EXPECT_FALSE(dynamic.contains(library)) << library << " is loaded by the batch runner";
+    // The engine links the decoders but not FFmpeg, which it opens when a movie comes.
+    QByteArray engine;
+    ASSERT_EQ(runProgram(u"readelf"_s,
+                  { u"-d"_s, QFileInfo(executable).absolutePath() + u"/orvel-thumbs-engine.so"_s }, &engine),
+        0);
+    EXPECT_TRUE(engine.contains("libvips")) << engine.constData();
+    EXPECT_FALSE(engine.contains("libavcodec")) << engine.constData();
+
+    // A copy without its engine beside it says so once and makes nothing.
+    TempDir dir;
+    const QString lonely = dir.file(u"bin/orvel-thumbs"_s);
+    ASSERT_TRUE(QDir().mkpath(dir.file(u"bin"_s)));
+    ASSERT_TRUE(QFile::copy(executable, lonely));
+    ASSERT_TRUE(writeTestImage(dir.file(u"pic.png"_s), 40, 30));
+    QByteArray err;
+    EXPECT_EQ(runProgram(lonely, { dir.file(u"pic.png"_s) }, nullptr, &err, 60000,
+                  { u"XDG_CONFIG_HOME="_s + dir.file(u"config"_s) }),
+        1);
+    EXPECT_TRUE(
+        err.startsWith("orvel-thumbs: the thumbnail engine orvel-thumbs-engine.so is missing beside "))
+        << err.toStdString();
+    EXPECT_EQ(err.count('\n'), 1) << err.toStdString();
+    EXPECT_FALSE(QFile::exists(dir.file(u"pic_thumb.jpg"_s)));
+}
+
+TEST(BadInput, EveryBrokenFileFailsAloneWithAReason)
+{
+    TempDir dir, home;
+    const QString d = dir.path();
+    ASSERT_TRUE(writeTestImage(d + u"/good.png"_s, 300, 200));
+    ASSERT_TRUE(writeTestImage(d + u"/cut.jpg"_s, 900, 700));
+    QByteArray jpeg = readBytes(d + u"/cut.jpg"_s);
+    ASSERT_TRUE(writeBytes(d + u"/cut.jpg"_s, jpeg.left(jpeg.size() / 3)));
+    ASSERT_TRUE(writeBytes(d + u"/zero.png"_s, {}));
+    ASSERT_TRUE(writeBytes(d + u"/noise.gif"_s, QByteArray(5000, '\x5a')));
+    ASSERT_TRUE(writeBytes(d + u"/bomb.png"_s, pngDeclaring(300000, 300000)));
+    // A 77-byte GIF whose one frame sits at (28261, 28516): its decoder's canvas would grow to
+    // 55495 × 28532 pixels, 6 GB.
+    ASSERT_TRUE(writeBytes(d + u"/canvas.gif"_s,
+        QByteArray::fromBase64(
+            "R0lGODlh8AAQAIAAAEdwTCh4yCH/C05FVFNDQVBFMi4wAwEAAAAh+QQFAAAAACxlbmRvYmoQAAACEYyP"
+            "qcvtD6OctNqLs968+68UADs=")));
+    ASSERT_TRUE(writeBytes(d + u"/forever.ps"_s, "%!PS\n{ } loop\n"));
+    ASSERT_TRUE(writeBytes(d + u"/fake.pdf"_s, "%PDF-1.4\n1 0 obj << /Type /Catalog >> endobj\n"));
+    ASSERT_TRUE(QFile::link(d + u"/nowhere.jpg"_s, d + u"/dangling.jpg"_s));
+
+    QByteArray out, err;
+    const int status = runThumbs(home, { u"--timeout"_s, u"3"_s, u"-j"_s, u"2"_s, d }, &out, &err);
+    EXPECT_EQ(status, 1) << err.constData();
+    EXPECT_TRUE(QFileInfo::exists(d + u"/good_thumb.jpg"_s));
+    for (const char *name : { "cut.jpg", "zero.png", "noise.gif", "bomb.png", "canvas.gif", "forever.ps",
+             "fake.pdf", "dangling.jpg" }) {
+        const QByteArray line = (d + u'/' + QString::fromLatin1(name) + u": "_s).toUtf8();
+        EXPECT_TRUE(err.contains(line)) << name << "\n" << err.constData();
+    }
+    // Refused from its header, not after a time-out or an exhausted machine.
+    EXPECT_TRUE(err.contains((d + u"/canvas.gif: picture too large (55495 × 28532 pixels)"_s).toUtf8()))
+        << err.constData();
+    // Only the one good thumbnail was written: no partial outputs, no temporary files.
+    QStringList made
+        = QDir(d).entryList(QStringList { u"*thumb*"_s, u".*"_s }, QDir::Files | QDir::Hidden | QDir::System);
+    EXPECT_EQ(made, QStringList { u"good_thumb.jpg"_s });
+}
+
+TEST(BadInput, AWorkerPastItsMemoryLimitFailsItsFileWithTheReason)
+{
+#ifdef __SANITIZE_ADDRESS__
+    GTEST_SKIP() << "AddressSanitizer's shadow memory rules out a data limit";
+#endif
+    TempDir dir, home;
+    const QString d = dir.path();
+    // A GIF whose one frame reaches to (12000, 12000): 144 megapixels, under the header limit, but a
+    // 576 MB canvas for the decoder. Beside it a good file, made by the worker that replaces it.
+    ASSERT_TRUE(writeBytes(d + u"/a-wide.gif"_s,
+        QByteArray::fromBase64(
+            "R0lGODlh8AAQAIAAAEdwTCh4yCH/C05FVFNDQVBFMi4wAwEAAAAh+QQFAAAAACwAANAu4C4QAAACEYyP"
+            "qcvtD6OctNqLs968+68UADs=")));
+    ASSERT_TRUE(writeTestImage(d + u"/b-good.png"_s, 300, 200));
+
+    QByteArray err;
+    EXPECT_EQ(runThumbs(home, { u"-j1"_s, u"--memory-limit=256"_s, d }, nullptr, &err), 1);
+    EXPECT_TRUE(err.contains((d + u"/a-wide.gif: the decoder gave up (GLib: "_s).toUtf8()))
+        << err.constData();
+    EXPECT_TRUE(err.contains("failed to allocate")) << err.constData();
+    EXPECT_TRUE(QFileInfo::exists(d + u"/b-good_thumb.jpg"_s));
+
+    EXPECT_EQ(runThumbs(home, { u"--memory-limit"_s, u"lots"_s, d }), 2);
+}
+
+TEST(BadInput, FFmpegsOwnLogIsQuietUnlessVerbose)
+{
+    TempDir dir;
+    const QString noise = dir.file(u"noise.avi"_s);
+    ASSERT_TRUE(writeBytes(noise, QByteArray("RIFF\x10\0\0\0AVI LIST", 16) + QByteArray(5000, '\x33')));
+    QByteArray quiet, verbose;
+    EXPECT_EQ(runThumbs(dir, { u"--quiet"_s, noise }, nullptr, &quiet), 1);
+    // Only the one line that says why the file failed.
+    EXPECT_EQ(quiet, (noise + u": no picture in the file\n"_s).toUtf8());
+    EXPECT_EQ(runThumbs(dir, { u"--quiet"_s, u"--verbose"_s, noise }, nullptr, &verbose), 1);
+    EXPECT_GT(verbose.count('\n'), 1) << verbose.constData();
+}
