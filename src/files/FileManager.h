@@ -32,12 +32,12 @@ public:
     /// and broken links included, only "." and ".." skipped; with fullPath each entry is the folder
     /// path plus "/" plus the name, else the bare name. An unreadable or missing folder gives an
     /// empty list.
-    static QStringList directoryContentsAtPath(const QString &path, bool fullPath);
+    [[nodiscard]] static QStringList directoryContentsAtPath(const QString &path, bool fullPath);
 
     /// The entries of directoryContentsAtPath() whose extension equals extension, case ignored.
     /// The extension is the text after the last "." of the name; a name starting with its only "."
     /// (".profile") has none, and matches an empty extension.
-    static QStringList directoryContentsAtPathMatchingExtension(
+    [[nodiscard]] static QStringList directoryContentsAtPathMatchingExtension(
         const QString &path, const QString &extension, bool fullPath = false);
 
     /// createPath() of the folder that holds filePath.
@@ -51,7 +51,7 @@ public:
     static bool createPath(const QString &path, std::optional<QFileDevice::Permissions> attributes = {});
 
     /// The file's modification time with nanoseconds (links followed); nullopt when it cannot be read.
-    static std::optional<FileTime> fileModificationDateAtPath(const QString &path);
+    [[nodiscard]] static std::optional<FileTime> fileModificationDateAtPath(const QString &path);
 
     /// Sets the file's modification time alone (the access time is left as it is; links followed).
     /// A missing date or an empty path answers false and changes nothing.

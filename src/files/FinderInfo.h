@@ -15,14 +15,14 @@ using FileTypeCode = quint32;
 inline constexpr char FinderInfoAttributeName[] = "user.com.apple.FinderInfo";
 
 /// 'JPEG' -> "'JPEG'": the four characters (one byte each, Latin-1) in single quotes; 0 gives "".
-QString fileTypeCodeToString(FileTypeCode code);
+[[nodiscard]] QString fileTypeCodeToString(FileTypeCode code);
 
 /// "'JPEG'" or "JPEG" -> the code; anything else (other lengths, characters above U+00FF) gives 0.
 FileTypeCode fileTypeCodeFromString(QStringView s);
 
 /// The type code of the file as a quoted string ("'JPEG'"); "" when the file has no Finder info
 /// or a zero type.
-QString HFSTypeOfFile(const QString &path);
+[[nodiscard]] QString HFSTypeOfFile(const QString &path);
 
 /// The type code of the file; 0 when it has none or the attribute cannot be read.
 FileTypeCode HFSTypeCodeOfFile(const QString &path);

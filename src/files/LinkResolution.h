@@ -9,14 +9,14 @@ namespace orvel {
 /// symbolic links in it are resolved (stringByResolvingSymlinksInPath()). Never null for a non-empty
 /// path: a broken link or a missing file gives the path itself with its resolvable part resolved.
 /// An empty path gives a null string.
-QString stringByResolvingLinkOfPath(const QString &path);
+[[nodiscard]] QString stringByResolvingLinkOfPath(const QString &path);
 
 /// path with every symbolic link in it resolved and standardised: the longest prefix that exists
 /// is made canonical (so ".." after a link leads to the parent of the link's target), the rest is
 /// appended with "." and ".." removed and no "//" or trailing "/". A leading "~" or "~/" stands for
 /// the home folder; a relative path is taken from the current folder. A path that does not exist
 /// comes back standardised; "" gives "".
-QString stringByResolvingSymlinksInPath(const QString &path);
+[[nodiscard]] QString stringByResolvingSymlinksInPath(const QString &path);
 
 /// Answers whether the item at path exists (links followed), setting isFolder (when given) to
 /// whether it is a folder. There are no alias files on Linux, so this is all that an alias check

@@ -17,7 +17,7 @@ enum BitmapImageFileType {
 
 /// The file extension written for a bitmap file type; null for an unknown code. Kept free of the
 /// image module's libraries so that a program that only names outputs need not load them.
-inline QString bitmapFileTypeExtension(int fileType)
+[[nodiscard]] inline QString bitmapFileTypeExtension(int fileType)
 {
     switch (fileType) {
     case TIFFFileType:

@@ -260,7 +260,7 @@ QByteArray BitmapImageRep::representationUsingType(int fileType, float compressi
             image.constBits(), image.width(), image.height(), alpha ? 4 : 3, image.bytesPerLine());
         return encodeWithVips(vimage, fileType, compression);
     } catch (const vips::VError &e) {
-        vipsErrorText(e);
+        vips_error_clear(); // the encoder's answer is empty data; its message is not kept
         return {};
     }
 }
@@ -277,7 +277,7 @@ QByteArray BitmapImageRep::TIFFRepresentation(bool lzw)
             image.constBits(), image.width(), image.height(), alpha ? 4 : 3, image.bytesPerLine());
         return encodeWithVips(vimage, TIFFFileType, 1.0f, lzw);
     } catch (const vips::VError &e) {
-        vipsErrorText(e);
+        vips_error_clear(); // the encoder's answer is empty data; its message is not kept
         return {};
     }
 }

@@ -27,22 +27,22 @@ public:
 
     /// A zero-filled bitmap of the given layout; null when the layout is impossible or too large.
     /// bytesPerRow 0 means unpadded rows; bitsPerPixel 0 means bitsPerSample × samplesPerPixel.
-    static std::shared_ptr<BitmapImageRep> create(int pixelsWide, int pixelsHigh, int bitsPerSample,
-        int samplesPerPixel, bool hasAlpha, bool isPlanar, unsigned bitmapFormat = 0,
+    [[nodiscard]] static std::shared_ptr<BitmapImageRep> create(int pixelsWide, int pixelsHigh,
+        int bitsPerSample, int samplesPerPixel, bool hasAlpha, bool isPlanar, unsigned bitmapFormat = 0,
         qsizetype bytesPerRow = 0, int bitsPerPixel = 0);
     /// The rendering bitmap: 8-bit RGBA premultiplied, rows of 4 × width bytes, all transparent.
-    static std::shared_ptr<BitmapImageRep> createRGBA(int pixelsWide, int pixelsHigh);
+    [[nodiscard]] static std::shared_ptr<BitmapImageRep> createRGBA(int pixelsWide, int pixelsHigh);
     /// A bitmap holding a copy of image: RGBA premultiplied when it has alpha, else 8-bit RGB.
-    static std::shared_ptr<BitmapImageRep> fromQImage(const QImage &image);
+    [[nodiscard]] static std::shared_ptr<BitmapImageRep> fromQImage(const QImage &image);
     /// A bitmap whose pixels are decoded from source when first needed.
-    static std::shared_ptr<BitmapImageRep> fromSource(std::shared_ptr<ImageSource> source);
+    [[nodiscard]] static std::shared_ptr<BitmapImageRep> fromSource(std::shared_ptr<ImageSource> source);
     /// A bitmap decoded from encoded image data (any format libvips reads); null on failure.
-    static std::shared_ptr<BitmapImageRep> imageRepWithData(const QByteArray &data);
+    [[nodiscard]] static std::shared_ptr<BitmapImageRep> imageRepWithData(const QByteArray &data);
 
     ~BitmapImageRep() override;
 
     Kind kind() const override { return m_cached ? Kind::Cached : Kind::Bitmap; }
-    QString className() const override;
+    [[nodiscard]] QString className() const override;
     int pixelsWide() const override { return m_width; }
     int pixelsHigh() const override { return m_height; }
     bool hasAlpha() const override { return m_hasAlpha; }
@@ -60,7 +60,7 @@ public:
     /// True when the pixels are not decoded yet.
     bool isLazy() const { return !m_pixels && m_source; }
     /// Why decoding or drawing the pixels failed; empty when it did not.
-    QString decodeError() const;
+    [[nodiscard]] QString decodeError() const;
 
     /// The first plane's bytes, decoding the source first if needed; null when decoding failed.
     unsigned char *bitmapData();
@@ -68,18 +68,18 @@ public:
     unsigned char *planeData(int plane);
 
     /// A copy of the raw pixel bytes; empty when there are none.
-    QByteArray data();
+    [[nodiscard]] QByteArray data();
     /// The pixels as a QImage (RGBA premultiplied or RGB888) sharing the buffer when the layout allows,
     /// else converted; null for layouts that cannot be shown (16-bit, planar, float).
-    QImage toQImage();
+    [[nodiscard]] QImage toQImage();
 
     /// The bitmap encoded as a file of the given type; compression is the factor 0…1. Empty for an
     /// unknown type or when encoding fails.
-    QByteArray representationUsingType(int fileType, float compression);
+    [[nodiscard]] QByteArray representationUsingType(int fileType, float compression);
     /// TIFF data, LZW compressed when lzw is set.
-    QByteArray TIFFRepresentation(bool lzw = false);
+    [[nodiscard]] QByteArray TIFFRepresentation(bool lzw = false);
     /// The file extension of a bitmap file type; null for an unknown type.
-    static QString pathExtensionForBitmapImageFileType(int fileType);
+    [[nodiscard]] static QString pathExtensionForBitmapImageFileType(int fileType);
 
     /// Marks the bitmap as the destination of focused drawing (a cached representation).
     void setCached(bool cached) { m_cached = cached; }

@@ -39,20 +39,20 @@ public:
 
     // --- Construction ------------------------------------------------------------------------
     /// An empty image of the size in points.
-    static ImagePtr initWithSize(QSizeF size);
+    [[nodiscard]] static ImagePtr initWithSize(QSizeF size);
     /// An image that reads the file when first needed (PDF, PostScript family, or any bitmap file).
-    static ImagePtr initByReferencingFile(const QString &path);
+    [[nodiscard]] static ImagePtr initByReferencingFile(const QString &path);
     /// An image holding one representation, sized like it.
-    static ImagePtr imageWithRepresentation(ImageRepPtr rep);
+    [[nodiscard]] static ImagePtr imageWithRepresentation(ImageRepPtr rep);
     /// An image from encoded data (any format libvips reads, PDF, PostScript); null on failure.
-    static ImagePtr initWithData(const QByteArray &data);
+    [[nodiscard]] static ImagePtr initWithData(const QByteArray &data);
     /// An image of the size into which image is drawn with drawImageInRect; null on failure.
-    static ImagePtr initWithImage(const Image &image, QSizeF size);
+    [[nodiscard]] static ImagePtr initWithImage(const Image &image, QSizeF size);
     /// An image of the size (or of the rectangle's size) holding the part of image inside rect.
-    static ImagePtr initWithImageFromRect(const Image &image, QRectF fromRect, QSizeF size);
-    static ImagePtr initWithImageFromRect(const Image &image, QRectF fromRect);
+    [[nodiscard]] static ImagePtr initWithImageFromRect(const Image &image, QRectF fromRect, QSizeF size);
+    [[nodiscard]] static ImagePtr initWithImageFromRect(const Image &image, QRectF fromRect);
     /// An image whose size in points is the picture's pixel size; null for a null picture.
-    static ImagePtr imageWithCGImageRef(const QImage &picture);
+    [[nodiscard]] static ImagePtr imageWithCGImageRef(const QImage &picture);
 
     // --- Representations ---------------------------------------------------------------------
     /// The representations, reading a referenced file first if needed.
@@ -63,14 +63,14 @@ public:
     void removeAllRepresentations();
     /// The representation best suited to drawing into rect: the bitmap whose pixel size suits the
     /// rectangle best (the smallest at least as large, else the largest), else the first one.
-    ImageRepPtr bestRepresentationForRect(QRectF rect) const;
+    [[nodiscard]] ImageRepPtr bestRepresentationForRect(QRectF rect) const;
 
-    std::shared_ptr<orvel::PDFImageRep> PDFImageRep() const;
-    std::shared_ptr<orvel::EPSImageRep> EPSImageRep() const;
-    ImageRepPtr PICTImageRep() const;
-    BitmapImageRepPtr bitmapImageRep() const;
-    ImageRepPtr cachedImageRep() const;
-    ImageRepPtr imageRepOfKind(ImageRep::Kind kind) const;
+    [[nodiscard]] std::shared_ptr<orvel::PDFImageRep> PDFImageRep() const;
+    [[nodiscard]] std::shared_ptr<orvel::EPSImageRep> EPSImageRep() const;
+    [[nodiscard]] ImageRepPtr PICTImageRep() const;
+    [[nodiscard]] BitmapImageRepPtr bitmapImageRep() const;
+    [[nodiscard]] ImageRepPtr cachedImageRep() const;
+    [[nodiscard]] ImageRepPtr imageRepOfKind(ImageRep::Kind kind) const;
     bool isEPSImage() const { return EPSImageRep() != nullptr; }
     bool isPICTImage() const { return PICTImageRep() != nullptr; }
     bool isBitmapImage() const { return bitmapImageRep() != nullptr; }
@@ -78,70 +78,73 @@ public:
     bool isPDFImage() const;
     /// Icon-reference bitmaps do not exist on this platform: logs "Class %@ not found." and answers false.
     bool isIconRefBitmapImage() const;
-    ImageRepPtr iconRefBitmapImageRep() const;
+    [[nodiscard]] ImageRepPtr iconRefBitmapImageRep() const;
 
     // --- Attributes --------------------------------------------------------------------------
     /// The size in points (reading a referenced file first if needed).
-    QSizeF size() const;
+    [[nodiscard]] QSizeF size() const;
     void setSize(QSizeF size);
-    QString name() const { return m_name; }
+    [[nodiscard]] QString name() const { return m_name; }
     void setName(const QString &name) { m_name = name; }
     /// The colour painted under transparent parts when drawn; clear by default.
-    QColor backgroundColor() const { return m_background; }
+    [[nodiscard]] QColor backgroundColor() const { return m_background; }
     void setBackgroundColor(QColor colour) { m_background = colour; }
     bool scalesWhenResized() const { return m_scalesWhenResized; }
     void setScalesWhenResized(bool scales) { m_scalesWhenResized = scales; }
     bool isFlipped() const { return m_flipped; }
     void setFlipped(bool flipped) { m_flipped = flipped; }
     /// The file the image references, if it was made by referencing one.
-    QString referencedPath() const { return m_path; }
+    [[nodiscard]] QString referencedPath() const { return m_path; }
     /// Why the last lazy load of a referenced file failed, for messages; empty when it did not fail.
-    QString loadError() const;
+    [[nodiscard]] QString loadError() const;
     /// Why the image could not be read or drawn, for messages; empty when nothing failed.
-    QString drawError() const;
+    [[nodiscard]] QString drawError() const;
 
     // --- Geometry ----------------------------------------------------------------------------
     /// Both sides positive and at least one representation.
     bool isReallyValid() const;
     /// The size of the widest representation in pixels; the size in points when that is (0, 0).
-    QSizeF pixelSize() const;
+    [[nodiscard]] QSizeF pixelSize() const;
     /// Fits size into box keeping the aspect ratio, never enlarging; sides rounded down, at least 1.
-    static QSizeF thumb(QSizeF box, QSizeF size);
-    QSizeF thumbSize(QSizeF box) const;
+    [[nodiscard]] static QSizeF thumb(QSizeF box, QSizeF size);
+    [[nodiscard]] QSizeF thumbSize(QSizeF box) const;
     /// pixelSize times factor, rounded down; pixelSize unchanged for a factor of 0 or less.
-    QSizeF scaledSize(double factor) const;
+    [[nodiscard]] QSizeF scaledSize(double factor) const;
     double aspectRatio() const;
-    QRectF bounds() const;
+    [[nodiscard]] QRectF bounds() const;
     bool hasAlpha() const;
 
     // --- Rendering ---------------------------------------------------------------------------
     /// Renders into a fresh 8-bit RGBA premultiplied bitmap of exactly the pixel size; null for a side
     /// that is not positive or when the image could not be drawn (drawError() then says why).
-    ImagePtr bitmapImageWithPixelSize(QSizeF size, bool shouldAntialias, int interpolation) const;
-    QByteArray TIFFRepresentationWithPixelSize(QSizeF size, bool shouldAntialias, int interpolation) const;
-    ImagePtr bitmapImageWithSize(QSizeF size, bool shouldAntialias, int interpolation) const;
-    QByteArray TIFFRepresentationWithSize(QSizeF size, bool shouldAntialias, int interpolation) const;
-    ImagePtr bitmapImageWithSize(QSizeF size) const;
+    [[nodiscard]] ImagePtr bitmapImageWithPixelSize(
+        QSizeF size, bool shouldAntialias, int interpolation) const;
+    [[nodiscard]] QByteArray TIFFRepresentationWithPixelSize(
+        QSizeF size, bool shouldAntialias, int interpolation) const;
+    [[nodiscard]] ImagePtr bitmapImageWithSize(QSizeF size, bool shouldAntialias, int interpolation) const;
+    [[nodiscard]] QByteArray TIFFRepresentationWithSize(
+        QSizeF size, bool shouldAntialias, int interpolation) const;
+    [[nodiscard]] ImagePtr bitmapImageWithSize(QSizeF size) const;
     /// A new image made from the receiver's TIFF data.
-    ImagePtr bitmapImage() const;
-    ImagePtr imageWithSize(QSizeF size) const;
-    ImagePtr thumbForSize(QSizeF box) const;
+    [[nodiscard]] ImagePtr bitmapImage() const;
+    [[nodiscard]] ImagePtr imageWithSize(QSizeF size) const;
+    [[nodiscard]] ImagePtr thumbForSize(QSizeF box) const;
     void scaleToThumbSize(QSizeF box);
     /// The image centred unscaled on a transparent square whose side is its longer side.
-    ImagePtr squareImage() const;
+    [[nodiscard]] ImagePtr squareImage() const;
     /// JPEG data at compression 0.75.
-    QByteArray snapshotData() const;
-    ImagePtr imageFromRect(QRectF rect, double fraction) const;
+    [[nodiscard]] QByteArray snapshotData() const;
+    [[nodiscard]] ImagePtr imageFromRect(QRectF rect, double fraction) const;
 
     // --- Encoding ----------------------------------------------------------------------------
-    QByteArray representationUsingType(int fileType, float compression) const;
-    BitmapImageRepPtr createBitmapImageRepIfNecessary() const;
+    [[nodiscard]] QByteArray representationUsingType(int fileType, float compression) const;
+    [[nodiscard]] BitmapImageRepPtr createBitmapImageRepIfNecessary() const;
     /// TIFF data of the whole image (its bitmap, or a rendering of it); LZW compressed when lzw is set.
-    QByteArray TIFFRepresentation(bool lzw = false) const;
+    [[nodiscard]] QByteArray TIFFRepresentation(bool lzw = false) const;
     /// The most faithful data of the image and its extension ("pdf", "eps", "pict" or "tiff").
-    QByteArray bestRepresentationAndFileExtension(QString *extension) const;
-    QByteArray bestRepresentation() const;
-    QString pathExtensionForBestRepresentation() const;
+    [[nodiscard]] QByteArray bestRepresentationAndFileExtension(QString *extension) const;
+    [[nodiscard]] QByteArray bestRepresentation() const;
+    [[nodiscard]] QString pathExtensionForBestRepresentation() const;
 
     // --- Drawing -----------------------------------------------------------------------------
     /// Fills rect with the background colour, then draws rep into it.
@@ -160,7 +163,7 @@ public:
         QRectF rect, bool flip, CompositingOperation op, double fraction, const QColor *shadow) const;
     void drawScaledInRectWithShadow(QRectF rect, bool flip, CompositingOperation op, bool withShadow) const;
     /// The standard drop shadow for images.
-    static QColor imageShadow();
+    [[nodiscard]] static QColor imageShadow();
 
     // --- Focused drawing ---------------------------------------------------------------------
     /// Makes a transparent bitmap of the image's size the current drawing destination.
@@ -169,8 +172,8 @@ public:
 
     // --- Classification (class methods) ------------------------------------------------------
     static const QStringList &ImageFileTypes();
-    static QStringList PDFFileTypes();
-    static QStringList PDFBundleTypes();
+    [[nodiscard]] static QStringList PDFFileTypes();
+    [[nodiscard]] static QStringList PDFBundleTypes();
     static bool isImageExtension(const QString &extension, const QString &type);
     static bool isImageFile(const QString &path);
     static bool isWebImageExtension(const QString &extension);
@@ -183,31 +186,32 @@ public:
     static bool isRealPDFFile(const QString &path);
     static bool isPDFBundleExtension(const QString &extension);
     static bool isPDFBundle(const QString &path);
-    static QString pathToPDF(const QString &path);
-    static QString pathExtensionForType(const QString &type);
-    static QString pathExtensionForData(const QByteArray &data);
+    [[nodiscard]] static QString pathToPDF(const QString &path);
+    [[nodiscard]] static QString pathExtensionForType(const QString &type);
+    [[nodiscard]] static QString pathExtensionForData(const QByteArray &data);
 
     // --- Loading (class methods) -------------------------------------------------------------
     /// Decodes image 0 of the file, the long side limited to maxPixelSize, orientation applied when
     /// withTransform is set; properties (when given) receive the file's metadata. Null on failure.
-    static ImagePtr thumbnailForFile(const QString &path, int maxPixelSize, bool alwaysFromImage,
-        bool withTransform, QVariantMap *properties = nullptr, QString *error = nullptr);
-    static ImagePtr thumbnailForFile(const QString &path, int maxPixelSize);
-    static ImagePtr imageAtPath(const QString &path);
-    static ImagePtr initWithDownloadedData(const QByteArray &data);
+    [[nodiscard]] static ImagePtr thumbnailForFile(const QString &path, int maxPixelSize,
+        bool alwaysFromImage, bool withTransform, QVariantMap *properties = nullptr,
+        QString *error = nullptr);
+    [[nodiscard]] static ImagePtr thumbnailForFile(const QString &path, int maxPixelSize);
+    [[nodiscard]] static ImagePtr imageAtPath(const QString &path);
+    [[nodiscard]] static ImagePtr initWithDownloadedData(const QByteArray &data);
 
     // --- Pasteboard --------------------------------------------------------------------------
-    static ImagePtr initWithPasteboardIcon(const QMimeData *pasteboard);
-    static ImagePtr initWithPasteboard(const QMimeData *pasteboard);
+    [[nodiscard]] static ImagePtr initWithPasteboardIcon(const QMimeData *pasteboard);
+    [[nodiscard]] static ImagePtr initWithPasteboard(const QMimeData *pasteboard);
     static bool canProbablyInitWithPasteboard(const QMimeData *pasteboard);
     void pasteboardProvideDataForType(QMimeData *pasteboard, const QString &type) const;
 
     // --- Named images ------------------------------------------------------------------------
-    static ImagePtr imageNamed(const QString &name);
-    static ImagePtr cachedImageNamed(const QString &name);
-    static ImagePtr cachedImageNamed(const QString &name, QSizeF size);
-    static ImagePtr cachedImageNamedInBundle(const QString &name, const Bundle &bundle);
-    static ImagePtr imageNamedInBundle(const QString &name, const Bundle &bundle);
+    [[nodiscard]] static ImagePtr imageNamed(const QString &name);
+    [[nodiscard]] static ImagePtr cachedImageNamed(const QString &name);
+    [[nodiscard]] static ImagePtr cachedImageNamed(const QString &name, QSizeF size);
+    [[nodiscard]] static ImagePtr cachedImageNamedInBundle(const QString &name, const Bundle &bundle);
+    [[nodiscard]] static ImagePtr imageNamedInBundle(const QString &name, const Bundle &bundle);
 
     // --- Filters (ImageFilters.cpp) ------------------------------------------------------------
     // Each sends the bitmap filter of the same name to every bitmap representation, in order.

@@ -59,7 +59,7 @@ QByteArray Image::bestRepresentation() const { return bestRepresentationAndFileE
 QString Image::pathExtensionForBestRepresentation() const
 {
     QString extension;
-    bestRepresentationAndFileExtension(&extension);
+    (void)bestRepresentationAndFileExtension(&extension); // only the extension is wanted
     return extension;
 }
 

@@ -20,10 +20,10 @@ public:
 
     virtual Kind kind() const = 0;
     /// The platform class name of the representation (used by the drawing rules that test names).
-    virtual QString className() const = 0;
+    [[nodiscard]] virtual QString className() const = 0;
 
     /// The size in points.
-    QSizeF size() const { return m_size; }
+    [[nodiscard]] QSizeF size() const { return m_size; }
     void setSize(QSizeF size) { m_size = size; }
     /// Pixel width and height; 0 for representations without pixels (PDF, EPS).
     virtual int pixelsWide() const { return 0; }

@@ -21,21 +21,22 @@ class PDFImageRep : public ImageRep
 public:
     /// A representation of the document's first page; null (with a reason in error) when the data is
     /// not a readable PDF, is locked, or has no page.
-    static std::shared_ptr<PDFImageRep> imageRepWithData(const QByteArray &data, QString *error = nullptr);
+    [[nodiscard]] static std::shared_ptr<PDFImageRep> imageRepWithData(
+        const QByteArray &data, QString *error = nullptr);
     ~PDFImageRep() override;
 
     Kind kind() const override { return Kind::PDF; }
-    QString className() const override { return QStringLiteral("NSPDFImageRep"); }
+    [[nodiscard]] QString className() const override { return QStringLiteral("NSPDFImageRep"); }
     bool hasAlpha() const override { return true; }
     bool drawInRect(const QRectF &rect) override;
 
     /// The document's bytes.
-    QByteArray PDFRepresentation() const { return m_data; }
+    [[nodiscard]] QByteArray PDFRepresentation() const { return m_data; }
     /// The page's rectangle in points.
-    QRectF bounds() const { return QRectF(QPointF(0, 0), size()); }
+    [[nodiscard]] QRectF bounds() const { return QRectF(QPointF(0, 0), size()); }
     int pageCount() const;
     /// The first page rendered to exactly w × h pixels on white; null on failure.
-    QImage renderPage(int w, int h) const;
+    [[nodiscard]] QImage renderPage(int w, int h) const;
 
 private:
     PDFImageRep() = default;
@@ -50,26 +51,26 @@ class EPSImageRep : public ImageRep
 {
 public:
     /// A representation of the document; null when the data is not PostScript.
-    static std::shared_ptr<EPSImageRep> imageRepWithData(const QByteArray &data);
+    [[nodiscard]] static std::shared_ptr<EPSImageRep> imageRepWithData(const QByteArray &data);
     ~EPSImageRep() override;
 
     Kind kind() const override { return Kind::EPS; }
-    QString className() const override { return QStringLiteral("NSEPSImageRep"); }
+    [[nodiscard]] QString className() const override { return QStringLiteral("NSEPSImageRep"); }
     bool hasAlpha() const override { return true; }
     bool drawInRect(const QRectF &rect) override;
 
     /// The document's bytes.
-    QByteArray EPSRepresentation() const { return m_data; }
+    [[nodiscard]] QByteArray EPSRepresentation() const { return m_data; }
     /// The bounding box in points, as the document declares it; empty when it declares none.
-    QRectF boundingBox() const { return m_boundingBox; }
+    [[nodiscard]] QRectF boundingBox() const { return m_boundingBox; }
     /// The kept PDF form, or null when it was not made yet.
-    std::shared_ptr<orvel::PDFImageRep> PDFImageRep() const;
+    [[nodiscard]] std::shared_ptr<orvel::PDFImageRep> PDFImageRep() const;
     /// The kept PDF form, converting the document first if needed; null when conversion failed.
-    std::shared_ptr<orvel::PDFImageRep> initializePDFImageRep();
+    [[nodiscard]] std::shared_ptr<orvel::PDFImageRep> initializePDFImageRep();
     /// The PDF data of the kept form; empty when there is none.
-    QByteArray PDFRepresentation() const;
+    [[nodiscard]] QByteArray PDFRepresentation() const;
     /// Why the conversion failed; empty when it did not.
-    QString conversionError() const { return m_error; }
+    [[nodiscard]] QString conversionError() const { return m_error; }
 
     /// Seconds Ghostscript may take to convert one document.
     static int conversionTimeLimit();
@@ -85,7 +86,7 @@ private:
 };
 
 /// Converts PostScript data to PDF with Ghostscript; empty (with a reason) on failure or time-out.
-QByteArray convertPostScriptToPDF(
+[[nodiscard]] QByteArray convertPostScriptToPDF(
     const QByteArray &postScript, bool encapsulated, int timeLimitSeconds, QString *error = nullptr);
 
 } // namespace orvel

@@ -408,7 +408,7 @@ QImage lanczosResize(const QImage &source, int w, int h)
         // The result must not refer to image's buffer once this function returns.
         return qimageFromVips(roundToUchar(exactSize(out, w, h)));
     } catch (const VError &e) {
-        vipsErrorText(e);
+        vips_error_clear(); // the answer is empty; the message is not kept
         return {};
     }
 }
@@ -470,7 +470,7 @@ QByteArray encodeWithVips(VImage image, int fileType, float compression, bool ti
         vips_area_unref(VIPS_AREA(blob));
         return data;
     } catch (const VError &e) {
-        vipsErrorText(e);
+        vips_error_clear(); // the answer is empty; the message is not kept
         return {};
     }
 }

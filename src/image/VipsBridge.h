@@ -21,10 +21,10 @@ class ImageSource
 {
 public:
     /// Opens a file; null (with a one-line reason in error) when libvips cannot read it.
-    static std::shared_ptr<ImageSource> open(
+    [[nodiscard]] static std::shared_ptr<ImageSource> open(
         const QString &path, int maxPixelSize, bool withTransform, QString *error = nullptr);
     /// The same over encoded data held in memory.
-    static std::shared_ptr<ImageSource> openData(
+    [[nodiscard]] static std::shared_ptr<ImageSource> openData(
         const QByteArray &data, int maxPixelSize, bool withTransform, QString *error = nullptr);
 
     /// The pixel size of the decoded picture: oriented, the long side limited to the maximum.
@@ -32,14 +32,14 @@ public:
     int height() const { return m_height; }
     bool hasAlpha() const { return m_hasAlpha; }
     /// The file's metadata (pixel size, orientation, depth, colour model, resolution, loader).
-    QVariantMap properties() const { return m_properties; }
-    QString lastError() const { return m_error; }
+    [[nodiscard]] QVariantMap properties() const { return m_properties; }
+    [[nodiscard]] QString lastError() const { return m_error; }
 
     /// Decodes the whole picture into rep (premultiplied RGBA when it has alpha, else RGB).
     bool decodeInto(BitmapImageRep &rep);
     /// The picture scaled to exactly w × h with the Lanczos filter, decoded at the smallest scale
     /// that keeps the result (shrink-on-load to at least twice the target first). Null on failure.
-    QImage renderScaled(int w, int h);
+    [[nodiscard]] QImage renderScaled(int w, int h);
 
 private:
     ImageSource() = default;
@@ -66,12 +66,13 @@ private:
 vips::VImage vipsImageFromBuffer(
     const unsigned char *data, int width, int height, int bands, qsizetype bytesPerRow);
 /// Resizes a premultiplied 8-bit image to exactly w × h with the Lanczos filter.
-QImage lanczosResize(const QImage &image, int w, int h);
+[[nodiscard]] QImage lanczosResize(const QImage &image, int w, int h);
 /// Copies a libvips image of 8-bit RGB or RGBA into a QImage (RGB888 or RGBA8888_Premultiplied).
-QImage qimageFromVips(vips::VImage image);
+[[nodiscard]] QImage qimageFromVips(vips::VImage image);
 /// Encodes straight-alpha 8-bit RGB(A) pixels in a bitmap file type; empty for an unknown type or failure.
-QByteArray encodeWithVips(vips::VImage image, int fileType, float compression, bool tiffLzw = false);
+[[nodiscard]] QByteArray encodeWithVips(
+    vips::VImage image, int fileType, float compression, bool tiffLzw = false);
 /// The one-line text of the last libvips error (the library's own message, trimmed).
-QString vipsErrorText(const vips::VError &error);
+[[nodiscard]] QString vipsErrorText(const vips::VError &error);
 
 } // namespace orvel

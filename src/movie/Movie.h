@@ -31,7 +31,7 @@ public:
 
     // --- Types (class methods) ---------------------------------------------------------------
     /// The extensions that the installed FFmpeg's demuxers list for their files, in FFmpeg's order.
-    static QStringList movieFileTypes();
+    [[nodiscard]] static QStringList movieFileTypes();
     /// The movie type list: movieFileTypes(), then the classic extensions and quoted HFS type codes
     /// not already in it, in a fixed order, case kept. Built once; the same list on every call.
     static const QStringList &QuickTimeFileTypes();
@@ -48,20 +48,20 @@ public:
     /// The thumbnail source of a movie file: the frame that thumbnailImage() picks. size and
     /// duration (pass both or neither) receive the natural size and the duration, and are zero
     /// when the file cannot be opened. Null on failure; error (if given) then says why.
-    static ImagePtr thumbnailImageForMovieWithFile(
+    [[nodiscard]] static ImagePtr thumbnailImageForMovieWithFile(
         const QString &path, QSizeF *size = nullptr, double *duration = nullptr, QString *error = nullptr);
 
     // --- Frames ------------------------------------------------------------------------------
     /// The frame at floor(min(max(duration × 0.5, 0), 15)) seconds, else the poster image; null
     /// when neither can be had.
-    ImagePtr thumbnailImage();
+    [[nodiscard]] ImagePtr thumbnailImage();
     /// The frame shown at the time, at the natural size (display aspect ratio and rotation
     /// applied); a null image when there is none.
-    QImage frameImageAtTime(double seconds);
+    [[nodiscard]] QImage frameImageAtTime(double seconds);
     /// The attached cover picture if the file has one, else the first frame; null when neither.
-    ImagePtr posterImage();
+    [[nodiscard]] ImagePtr posterImage();
     /// Why the last frame request failed, for messages; empty when it did not.
-    QString frameError() const { return m_error; }
+    [[nodiscard]] QString frameError() const { return m_error; }
 
     // --- Attributes --------------------------------------------------------------------------
     double movieTime() const { return m_time; }
@@ -69,7 +69,7 @@ public:
     /// The duration in seconds; 0.0 when the file does not say.
     double movieDuration() const;
     /// The size a player shows (display aspect ratio and rotation applied); (0, 0) without a picture.
-    QSizeF movieSize() const;
+    [[nodiscard]] QSizeF movieSize() const;
     /// Whether the movie has a picture track (not counting an attached cover picture).
     bool hasVideo() const;
 
@@ -96,8 +96,8 @@ public:
 
 private:
     Movie();
-    QImage decodeFrame(int stream, std::optional<double> seconds);
-    QImage toDisplayImage(const void *frame);
+    [[nodiscard]] QImage decodeFrame(int stream, std::optional<double> seconds);
+    [[nodiscard]] QImage toDisplayImage(const void *frame);
     bool openDecoder(int stream);
 
     std::unique_ptr<movie_detail::Handles> m_h;

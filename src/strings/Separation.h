@@ -50,11 +50,11 @@ qsizetype numberOfWordsOfCharacters(const char16_t *units, qsizetype length);
 /// no break at all and s is long enough the list holds s itself. *hyphenated (optional) is set when
 /// at least two words were found and either every word ended at a "-" ('well-known') or every word
 /// ended at a "." and each is a single letter ('U.S.A').
-QStringList wordsUsingSeparators(const QString &s, CharacterSetRep separators, bool withSeparators,
-    int minLen, bool wildcard, bool *hyphenated);
-QStringList wordsUsingSeparators(
+[[nodiscard]] QStringList wordsUsingSeparators(const QString &s, CharacterSetRep separators,
+    bool withSeparators, int minLen, bool wildcard, bool *hyphenated);
+[[nodiscard]] QStringList wordsUsingSeparators(
     const QString &s, CharacterSetRep separators, bool withSeparators = false, int minLen = 1);
-QStringList wordsUsingDefaultSeparation(const QString &s, bool *hyphenated = nullptr);
+[[nodiscard]] QStringList wordsUsingDefaultSeparation(const QString &s, bool *hyphenated = nullptr);
 qsizetype numberOfWordsUsingSeparators(QStringView s, CharacterSetRep separators, int minLen, bool wildcard);
 qsizetype numberOfWordsUsingDefaultSeparation(QStringView s, int minLen = 1);
 /// Words in [location, location + length) of s; 0 for a range outside s.
@@ -69,9 +69,9 @@ qsizetype componentsOfCharacters(
 qsizetype numberOfComponentsOfCharacters(const char16_t *units, qsizetype length, CharacterSetRep separators);
 /// The component strings without their break runs (empty ones left out), or with withSeparators
 /// each break run following its component as its own string.
-QStringList componentsUsingSeparators(
+[[nodiscard]] QStringList componentsUsingSeparators(
     const QString &s, CharacterSetRep separators, bool withSeparators = false);
-QStringList componentsUsingDefaultSeparation(const QString &s);
+[[nodiscard]] QStringList componentsUsingDefaultSeparation(const QString &s);
 qsizetype numberOfComponentsUsingSeparators(QStringView s, CharacterSetRep separators);
 qsizetype numberOfComponentsInRange(
     QStringView s, qsizetype location, qsizetype length, CharacterSetRep separators);

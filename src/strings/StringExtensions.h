@@ -17,11 +17,11 @@ namespace orvel {
 /// The meaningful lines of configuration text: every line break ends a line (so CR LF gives an
 /// empty line, dropped); leading white space is skipped, "#" lines are comments, trailing white
 /// space is trimmed, and only lines of at least two units are kept.
-QStringList configLines(QStringView s);
+[[nodiscard]] QStringList configLines(QStringView s);
 /// The value of `key value` on one line: the key matches case-insensitively and is followed by a
 /// white unit; the value is the trimmed rest. Null when any of that fails or the value is empty
 /// ('Width=120' has no value for 'width').
-QString configValueForKey(QStringView line, QStringView key);
+[[nodiscard]] QString configValueForKey(QStringView line, QStringView key);
 
 /// Every ASCII letter moved n places forward within its case, wrapping; the receiver for an empty
 /// string or n a multiple of 26.
@@ -56,11 +56,11 @@ char16_t lastCharacter(QStringView s);
 
 /// The lines, split at the default line separators (CR LF counts as one break); an empty string
 /// has none, a trailing break adds no empty line.
-QStringList lines(const QString &s);
+[[nodiscard]] QStringList lines(const QString &s);
 qsizetype numberOfLines(QStringView s);
 /// Line i (as lines() counts them), or a null string when there is none.
-QString lineAtIndex(const QString &s, qsizetype i);
+[[nodiscard]] QString lineAtIndex(const QString &s, qsizetype i);
 /// Word i under the default word separators, or a null string when there is none.
-QString wordAtIndex(const QString &s, qsizetype i);
+[[nodiscard]] QString wordAtIndex(const QString &s, qsizetype i);
 
 } // namespace orvel

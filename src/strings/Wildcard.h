@@ -75,7 +75,7 @@ void setMinWildcardFuzzyAnalogy(double value);
 
 /// The default word separators without "*", "?", "[" and "]", so query words keep their wildcards.
 CharacterSetRep defaultWildcardSeparators();
-QStringList wordsUsingWildcardSeparation(const QString &s, bool *hyphenated = nullptr);
+[[nodiscard]] QStringList wordsUsingWildcardSeparation(const QString &s, bool *hyphenated = nullptr);
 qsizetype numberOfWordsUsingWildcardSeparation(QStringView s);
 
 void initWildcardSeparators();

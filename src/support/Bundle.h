@@ -23,7 +23,7 @@ public:
 
     bool isEmpty() const { return !m_translator; }
     /// The translation of key; when the table has none, value if it is not empty, else key itself.
-    QString localizedStringForKey(const QString &key, const QString &value = QString()) const;
+    [[nodiscard]] QString localizedStringForKey(const QString &key, const QString &value = QString()) const;
 
 private:
     friend class Bundle;
@@ -48,18 +48,18 @@ public:
     /// then in the installed data folder "orvelkit" (as for the main bundle).
     static const Bundle &toolkitBundle();
 
-    QString bundleIdentifier() const;
+    [[nodiscard]] QString bundleIdentifier() const;
     /// The first resource folder that exists (the given one when none does).
-    QString resourcePath() const;
+    [[nodiscard]] QString resourcePath() const;
 
     /// The path of the image resource called name (with or without an extension; without one, tries png, svg,
     /// jpg, jpeg, gif, tiff, tif, bmp, webp in that order); empty when there is none. A name with an
     /// extension that is not found as it is is also tried with those extensions added ("icon.small" ->
     /// "icon.small.png"). Each extension is tried in lower, then upper case.
-    QString pathForImageResource(const QString &name) const;
+    [[nodiscard]] QString pathForImageResource(const QString &name) const;
 
     /// "Localizable": the table used when none is given.
-    static QString defaultStringsTable();
+    [[nodiscard]] static QString defaultStringsTable();
     /// The strings table called table (the default table when table is empty) in the language of
     /// locale (the default QLocale when none is given). A table is the Qt translation file
     /// "translations/<table>_<language>.qm" in the first resource folder that has one for the locale's
@@ -67,7 +67,8 @@ public:
     StringsTable stringsTable(const QString &table) const;
     StringsTable stringsTable(const QString &table, const QLocale &locale) const;
     /// The translation of key in the table; when there is none, value if it is not empty, else key.
-    QString localizedStringForKey(const QString &key, const QString &value, const QString &table) const;
+    [[nodiscard]] QString localizedStringForKey(
+        const QString &key, const QString &value, const QString &table) const;
 
     /// The image file extensions tried by pathForImageResource(), in order.
     static const QStringList &imageResourceExtensions();

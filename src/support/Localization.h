@@ -55,7 +55,7 @@ void localizeUsingTable(QButtonGroup *group, const QString &table, const Bundle 
 void replaceString(QButtonGroup *group, const QString &oldText, const QString &newText);
 
 /// The actions of a tool bar that the walk translates.
-QList<QAction *> localizableItems(const QToolBar *toolBar);
+[[nodiscard]] QList<QAction *> localizableItems(const QToolBar *toolBar);
 
 /// The shortcut of every item of a menu or menu bar and of their submenus, looked up by its
 /// key-equivalent key (see keyEquivalentKey()); an item whose key has no translation keeps it.
@@ -74,7 +74,7 @@ void localizeKeyEquivalentUsingTable(QAction *item, const QString &table, const 
 /// portable name: "CMD_SHIFT_s", "CMD_F5", "OPT_Left"). Empty for no key.
 /// The command modifier is Qt::ControlModifier, control is Qt::MetaModifier: see
 /// keyEquivalentAndModifierMask().
-QString keyEquivalentKey(QKeyCombination shortcut);
+[[nodiscard]] QString keyEquivalentKey(QKeyCombination shortcut);
 
 /// Splits a key-equivalent key: the leading "CMD_", "CTRL_", "OPT_" and "SHIFT_" prefixes become the
 /// modifiers stored in *mask (when mask is not null) and the remaining characters are returned.

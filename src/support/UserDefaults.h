@@ -42,12 +42,12 @@ public:
     UserDefaults(const UserDefaults &) = delete;
     UserDefaults &operator=(const UserDefaults &) = delete;
 
-    QString filePath() const;
+    [[nodiscard]] QString filePath() const;
 
     // Raw access. Values are QVariant of type qint64 (integer), double (float/real), bool, QString, or
     // QVariantList/QVariantMap.
     /// The value for key; an invalid QVariant when missing. The argument domain wins over the file.
-    QVariant objectForKey(const QString &key) const;
+    [[nodiscard]] QVariant objectForKey(const QString &key) const;
     /// Stores value, converted to the store's types (other integer types to qint64, float to the double
     /// of its shortest decimal form,
     /// QByteArray to a UTF-8 string, QStringList to a list, dates to ISO 8601 strings); an invalid
@@ -55,15 +55,15 @@ public:
     void setObject(const QVariant &value, const QString &key);
     void removeObjectForKey(const QString &key);
     /// Sorted, file and argument domain together.
-    QStringList keys() const;
+    [[nodiscard]] QStringList keys() const;
     /// Every key with its value, the argument domain winning.
-    QVariantMap dictionaryRepresentation() const;
+    [[nodiscard]] QVariantMap dictionaryRepresentation() const;
     /// Writes pending changes and reads the file again; false on failure (the changes stay pending).
     bool synchronize();
 
     /// A volatile domain searched first and never written (the command line's --set overrides).
     void setArgumentDomain(const QVariantMap &values);
-    QVariantMap argumentDomain() const;
+    [[nodiscard]] QVariantMap argumentDomain() const;
 
     // The store's own conversions (missing -> false/0/0.0/null): integers and reals convert to each
     // other (truncating to integer, saturating at the integer's limits, NaN gives 0), bools are 0/1,
@@ -75,7 +75,7 @@ public:
     qint64 integerForKey(const QString &key) const;
     float floatForKey(const QString &key) const;
     double doubleForKey(const QString &key) const;
-    QString stringForKey(const QString &key) const;
+    [[nodiscard]] QString stringForKey(const QString &key) const;
 
     // With fallbacks: a missing key gives the default; a present key the store's conversion, even
     // when the value does not convert (a list gives false/0). Only doubleForKey falls back to the
@@ -85,8 +85,8 @@ public:
     float floatForKey(const QString &key, float defaultValue) const;
     double doubleForKey(const QString &key, double defaultValue) const;
     /// stringForKey(key), or the default when that is null (missing key, list or map).
-    QString stringForKey(const QString &key, const QString &defaultValue) const;
-    QVariant objectForKey(const QString &key, const QVariant &defaultValue) const;
+    [[nodiscard]] QString stringForKey(const QString &key, const QString &defaultValue) const;
+    [[nodiscard]] QVariant objectForKey(const QString &key, const QVariant &defaultValue) const;
     /// Stores the string as it is.
     void setString(const QString &value, const QString &key);
     /// An invalid/null QVariant removes the key; any other value is stored as by setObject().

@@ -68,7 +68,10 @@ bool BatchRun::processFile(const QString &path)
     return true;
 }
 
-void BatchRun::failed(const QString &path, const QString &reason) { complete(add(path, {}, false), false, reason); }
+void BatchRun::failed(const QString &path, const QString &reason)
+{
+    complete(add(path, {}, false), false, reason);
+}
 
 bool BatchRun::unreadableFolder(const QString &path, const QString &reason)
 {

@@ -18,7 +18,7 @@ inline constexpr char FileName[] = "orvel-thumbs-engine.so";
 
 /// Where the engine of the program in folder executableFolder is: beside it (a build folder),
 /// else in the installed library folder relative to it. Empty when neither exists.
-QString locate(const QString &executableFolder);
+[[nodiscard]] QString locate(const QString &executableFolder);
 
 /// Loads the engine of the running program and runs a worker with the worker arguments (what
 /// follows the program name, "--worker" first). Answers the worker's exit status; when the

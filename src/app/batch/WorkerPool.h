@@ -86,7 +86,7 @@ public:
     /// The number of jobs running.
     int runningCount() const;
     /// The process ids of the live workers, busy ones first.
-    QList<qint64> workerProcessIds() const;
+    [[nodiscard]] QList<qint64> workerProcessIds() const;
 
     /// The memory limit each of workers processes gets by default, in MiB: three quarters of the
     /// machine's memory shared among them, at least 1 GiB. A decoder that a hostile file drives

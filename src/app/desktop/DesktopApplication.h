@@ -70,6 +70,6 @@ private:
 
 /// The paths of a launch as absolute paths, in order; "--" ends the options, and the options
 /// "--help" and "--version" are answered by the caller. An empty argument is kept (it fails).
-QStringList launchPaths(const QStringList &arguments);
+[[nodiscard]] QStringList launchPaths(const QStringList &arguments);
 
 } // namespace orvel

@@ -25,7 +25,7 @@ public:
     IsolatedJob &operator=(const IsolatedJob &) = delete;
 
     /// orvel-thumbs beside the running program (the build folder or the installed bin folder).
-    static QString defaultExecutable();
+    [[nodiscard]] static QString defaultExecutable();
 
     /// Whether the jobs run in worker processes.
     bool isIsolated() const { return !m_executable.isEmpty(); }

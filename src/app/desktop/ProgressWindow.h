@@ -31,8 +31,8 @@ public:
     qint64 filesDone() const { return m_done; }
     qint64 filesTotal() const { return std::max(m_expected, m_started); }
     /// The text of the count line, for example "3 of 10 files".
-    QString countText() const;
-    QString currentFile() const { return m_current; }
+    [[nodiscard]] QString countText() const;
+    [[nodiscard]] QString currentFile() const { return m_current; }
 
 public Q_SLOTS:
     void fileStarted(const QString &path);

@@ -20,7 +20,7 @@ class SingleInstance : public QObject
 
 public:
     /// The application's id: the D-Bus name, the desktop file's name.
-    static QString defaultApplicationId();
+    [[nodiscard]] static QString defaultApplicationId();
 
     /// An instance found on the session bus, or through the local socket when there is none.
     explicit SingleInstance(const QString &applicationId = defaultApplicationId(), QObject *parent = nullptr);
@@ -35,11 +35,11 @@ public:
     bool handOver(const QStringList &paths);
 
     /// "dbus" or "socket" once listen() has succeeded, else empty.
-    QString transport() const { return m_transport; }
+    [[nodiscard]] QString transport() const { return m_transport; }
     /// The D-Bus object path of the application's id ("/org/orvel/Thumbnails").
-    QString objectPath() const;
+    [[nodiscard]] QString objectPath() const;
     /// The local socket used without a session bus.
-    QString socketPath() const;
+    [[nodiscard]] QString socketPath() const;
 
     /// Entry points of the org.freedesktop.Application interface.
     void activate();

@@ -21,11 +21,11 @@ public:
     static bool setIconForFile(const QImage &image, const QString &path, int options = 0);
 
     /// The cache file of path at a size (md5 of the file URI, hex, ".png"); empty for an empty path.
-    static QString cachePathForFile(const QString &path, CacheSize size);
+    [[nodiscard]] static QString cachePathForFile(const QString &path, CacheSize size);
 
     /// The file URI used as the cache key (absolute, percent-encoded as the thumbnail standard requires);
     /// empty for an empty path.
-    static QString uriForFile(const QString &path);
+    [[nodiscard]] static QString uriForFile(const QString &path);
 
     /// Removes every cached entry of path; answers whether none is left.
     static bool removeIconOfFile(const QString &path);

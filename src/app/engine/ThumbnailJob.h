@@ -18,7 +18,7 @@ public:
 
     /// The thumbnail file the job writes for path with the settings of defaults; empty when it writes
     /// none (create mode 2, an unknown create mode or format). The path is not resolved or checked.
-    static QString outputPathForFile(const QString &path, UserDefaults *defaults = nullptr);
+    [[nodiscard]] static QString outputPathForFile(const QString &path, UserDefaults *defaults = nullptr);
 };
 
 } // namespace orvel

@@ -95,7 +95,8 @@ std::optional<WorkerOptions> WorkerOptions::fromArguments(const QStringList &arg
             if (eq <= 0)
                 return fail(u"%1 needs KEY=VALUE, not '%2'"_s.arg(name, value));
             const QString text = value.mid(eq + 1);
-            options.settings.insert(value.left(eq), name == u"--set" ? typedSettingValue(text) : QVariant(text));
+            options.settings.insert(
+                value.left(eq), name == u"--set" ? typedSettingValue(text) : QVariant(text));
             ok = true;
         } else if (name == u"--worker-threads") {
             options.threads = value.toInt(&ok);

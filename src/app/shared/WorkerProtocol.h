@@ -19,7 +19,7 @@ bool writeFrame(int fd, const QByteArray &payload);
 /// Blocking read of one frame (the worker side); false at the end of the input or on a bad frame.
 bool readFrame(int fd, QByteArray *payload);
 
-QByteArray utf16Bytes(const QString &text);
-QString stringFromUtf16Bytes(const char *data, qsizetype bytes);
+[[nodiscard]] QByteArray utf16Bytes(const QString &text);
+[[nodiscard]] QString stringFromUtf16Bytes(const char *data, qsizetype bytes);
 
 } // namespace orvel::detail
