@@ -1,0 +1,796 @@
+// The vCard reader. Lines are split, unfolded and decoded as bytes (so a fold inside a multi-byte
+// character or a quoted-printable soft break joins up again); each value is then decoded to text
+// in its charset, and only then are structured values split and escapes removed, because in some
+// charsets (Shift-JIS) a backslash byte can be the second half of a character.
+#include "extras/VCardReader.h"
+
+#include "strings/FastCompare.h"
+#include "strings/StringExtensions.h"
+
+#include <QDate>
+#include <QStringDecoder>
+#include <QUrl>
+#include <QVarLengthArray>
+
+#include <array>
+#include <climits>
+#include <memory>
+
+using namespace Qt::StringLiterals;
+
+namespace orvel {
+
+namespace {
+
+using Bytes = QByteArrayView;
+
+bool equalsNoCase(Bytes a, Bytes b)
+{
+    return a.size() == b.size() && fastCaseInsensitiveCompareChars(a.data(), a.size(), b.data(), b.size()) == 0;
+}
+
+bool startsWithNoCase(Bytes a, Bytes prefix)
+{
+    return a.size() >= prefix.size() && equalsNoCase(a.first(prefix.size()), prefix);
+}
+
+bool isBlank(char c) { return c == ' ' || c == '\t'; }
+
+Bytes trimmed(Bytes b)
+{
+    while (!b.isEmpty() && (isBlank(b.front()) || b.front() == '\r' || b.front() == '\n'))
+        b = b.sliced(1);
+    while (!b.isEmpty() && (isBlank(b.back()) || b.back() == '\r' || b.back() == '\n'))
+        b.chop(1);
+    return b;
+}
+
+// Physical lines: a line ends at CR LF, LF or a lone CR.
+class LineSource
+{
+public:
+    explicit LineSource(Bytes data) : m_data(data) { }
+
+    bool atEnd() const { return m_pos >= m_data.size(); }
+    /// The first byte of the next line, or -1 at the end.
+    int peek() const { return atEnd() ? -1 : static_cast<unsigned char>(m_data[m_pos]); }
+    qsizetype position() const { return m_pos; }
+    void rewind(qsizetype position) { m_pos = position; }
+
+    /// The next line without its break; *ended tells whether a break followed it.
+    Bytes next(bool *ended)
+    {
+        const char *begin = m_data.data() + m_pos;
+        const char *end = m_data.data() + m_data.size();
+        const char *p = begin;
+        while (p != end && *p != '\n' && *p != '\r')
+            ++p;
+        const Bytes line(begin, p - begin);
+        *ended = p != end;
+        if (p != end && *p == '\r')
+            ++p;
+        if (p != end && *p == '\n' && (p == begin || p[-1] != '\n'))
+            ++p;
+        m_pos = p - m_data.data();
+        return line;
+    }
+
+private:
+    Bytes m_data;
+    qsizetype m_pos = 0;
+};
+
+// One logical line: physical lines joined where the next one starts with a blank. RFC-style
+// unfolding drops that blank; vCard 2.1 folds at white space and keeps it.
+struct LogicalLine
+{
+    Bytes text; // into the data or into the buffer
+    bool ended = true; // the input did not stop inside the line
+    bool oversize = false;
+};
+
+LogicalLine readLogicalLine(LineSource &source, QByteArray &buffer, bool keepFoldBlank)
+{
+    LogicalLine line;
+    line.text = source.next(&line.ended);
+    if (!isBlank(char(source.peek())))
+        return line;
+    buffer.clear();
+    buffer.append(line.text);
+    while (isBlank(char(source.peek()))) {
+        Bytes part = source.next(&line.ended);
+        if (!keepFoldBlank)
+            part = part.sliced(1);
+        if (line.oversize || buffer.size() + part.size() > VCardLimits::MaxPropertyBytes)
+            line.oversize = true;
+        else
+            buffer.append(part);
+    }
+    if (line.oversize)
+        buffer.clear();
+    line.text = buffer;
+    return line;
+}
+
+struct Parameters
+{
+    bool quotedPrintable = false;
+    bool base64 = false;
+    bool uriValue = false;
+    int pref = INT_MAX; // the lower, the more preferred
+    Bytes charset;
+    Bytes serviceType;
+    QVarLengthArray<Bytes, 8> types;
+
+    bool hasType(Bytes type) const
+    {
+        for (Bytes t : types) {
+            if (equalsNoCase(t, type))
+                return true;
+        }
+        return false;
+    }
+};
+
+struct Property
+{
+    Bytes group;
+    Bytes name;
+    Parameters parameters;
+    Bytes value;
+};
+
+Bytes unquoted(Bytes b)
+{
+    b = trimmed(b);
+    if (b.size() >= 2 && b.front() == '"' && b.back() == '"')
+        b = b.sliced(1, b.size() - 2);
+    return b;
+}
+
+void addParameter(Parameters &p, Bytes key, Bytes values)
+{
+    // Parameter values may be lists: TYPE=home,work.
+    const auto eachValue = [&](auto &&use) {
+        qsizetype start = 0;
+        bool quoted = false;
+        for (qsizetype i = 0; i <= values.size(); ++i) {
+            if (i < values.size() && values[i] == '"')
+                quoted = !quoted;
+            if (i == values.size() || (values[i] == ',' && !quoted)) {
+                if (const Bytes v = unquoted(values.sliced(start, i - start)); !v.isEmpty())
+                    use(v);
+                start = i + 1;
+            }
+        }
+    };
+    const auto encoding = [&](Bytes v) {
+        if (equalsNoCase(v, "QUOTED-PRINTABLE"))
+            p.quotedPrintable = true;
+        else if (equalsNoCase(v, "BASE64") || equalsNoCase(v, "B"))
+            p.base64 = true;
+    };
+    const auto type = [&](Bytes v) {
+        if (equalsNoCase(v, "PREF"))
+            p.pref = std::min(p.pref, 1);
+        else if (p.types.size() < 16)
+            p.types.append(v);
+    };
+    if (key.isEmpty()) {
+        // vCard 2.1 lets a parameter be its bare value: TEL;HOME;VOICE, EMAIL;QUOTED-PRINTABLE.
+        eachValue([&](Bytes v) {
+            if (equalsNoCase(v, "QUOTED-PRINTABLE") || equalsNoCase(v, "BASE64"))
+                encoding(v);
+            else if (!equalsNoCase(v, "8BIT") && !equalsNoCase(v, "7BIT"))
+                type(v);
+        });
+    } else if (equalsNoCase(key, "TYPE")) {
+        eachValue(type);
+    } else if (equalsNoCase(key, "ENCODING")) {
+        eachValue(encoding);
+    } else if (equalsNoCase(key, "CHARSET")) {
+        p.charset = unquoted(values);
+    } else if (equalsNoCase(key, "PREF")) {
+        bool ok = false;
+        const int rank = unquoted(values).toInt(&ok);
+        if (ok && rank > 0)
+            p.pref = std::min(p.pref, rank);
+    } else if (equalsNoCase(key, "VALUE")) {
+        const Bytes v = unquoted(values);
+        p.uriValue = equalsNoCase(v, "URI") || equalsNoCase(v, "URL");
+    } else if (equalsNoCase(key, "X-SERVICE-TYPE")) {
+        p.serviceType = unquoted(values);
+    }
+}
+
+// Splits "group.NAME;PARAM=V;BARE:value"; false for a line without a colon.
+bool parseProperty(Bytes line, Property &property)
+{
+    qsizetype i = 0;
+    while (i < line.size() && isBlank(line[i]))
+        ++i;
+    const qsizetype nameStart = i;
+    while (i < line.size() && line[i] != ';' && line[i] != ':')
+        ++i;
+    if (i == line.size())
+        return false;
+    Bytes name = trimmed(line.sliced(nameStart, i - nameStart));
+    const qsizetype dot = name.lastIndexOf('.');
+    property.group = dot < 0 ? Bytes() : name.first(dot);
+    property.name = name.sliced(dot + 1);
+    property.parameters = Parameters();
+    int count = 0;
+    while (line[i] == ';') {
+        const qsizetype start = ++i;
+        qsizetype equals = -1;
+        bool quoted = false;
+        while (i < line.size() && (quoted || (line[i] != ';' && line[i] != ':'))) {
+            if (line[i] == '"')
+                quoted = !quoted;
+            else if (line[i] == '=' && equals < 0 && !quoted)
+                equals = i;
+            ++i;
+        }
+        if (i == line.size())
+            return false;
+        if (++count <= VCardLimits::MaxParameters) {
+            if (equals < 0)
+                addParameter(property.parameters, Bytes(), line.sliced(start, i - start));
+            else
+                addParameter(property.parameters, trimmed(line.sliced(start, equals - start)),
+                    line.sliced(equals + 1, i - equals - 1));
+        }
+    }
+    property.value = line.sliced(i + 1);
+    return true;
+}
+
+int hexDigit(char c)
+{
+    if (c >= '0' && c <= '9')
+        return c - '0';
+    if (c >= 'A' && c <= 'F')
+        return c - 'A' + 10;
+    if (c >= 'a' && c <= 'f')
+        return c - 'a' + 10;
+    return -1;
+}
+
+QByteArray decodeQuotedPrintable(Bytes in)
+{
+    QByteArray out;
+    out.reserve(in.size());
+    for (qsizetype i = 0; i < in.size(); ++i) {
+        const char c = in[i];
+        if (c != '=') {
+            out.append(c);
+            continue;
+        }
+        if (i + 2 < in.size() && hexDigit(in[i + 1]) >= 0 && hexDigit(in[i + 2]) >= 0) {
+            out.append(char(hexDigit(in[i + 1]) * 16 + hexDigit(in[i + 2])));
+            i += 2;
+        } else if (i + 1 < in.size() && (in[i + 1] == '\r' || in[i + 1] == '\n')) {
+            // A soft line break left inside the value.
+            ++i;
+            if (in[i] == '\r' && i + 1 < in.size() && in[i + 1] == '\n')
+                ++i;
+        } else if (i + 1 < in.size()) {
+            out.append(c); // not an escape: kept as written
+        }
+    }
+    return out;
+}
+
+// Decodes value bytes to text by charset, with one decoder per charset name for the whole read.
+class TextDecoder
+{
+public:
+    QString decode(Bytes bytes, Bytes charset)
+    {
+        if (!charset.isEmpty() && !equalsNoCase(charset, "UTF-8") && !equalsNoCase(charset, "UTF8")) {
+            if (QStringDecoder *decoder = decoderFor(charset)) {
+                decoder->resetState();
+                return decoder->decode(bytes);
+            }
+        }
+        if (bytes.isValidUtf8())
+            return QString::fromUtf8(bytes);
+        // Not UTF-8, and no (known) charset said what it is: most likely a Windows code page.
+        if (QStringDecoder *decoder = decoderFor("windows-1252"))
+            return decoder->decode(bytes);
+        return QString::fromLatin1(bytes);
+    }
+
+private:
+    QStringDecoder *decoderFor(Bytes charset)
+    {
+        const QByteArray key = charset.toByteArray().toLower();
+        if (const auto it = m_decoders.constFind(key); it != m_decoders.cend())
+            return it->get();
+        auto decoder = std::make_shared<QStringDecoder>(key.constData(), QStringConverter::Flag::Stateless);
+        if (!decoder->isValid())
+            decoder.reset();
+        // Hostile input may name many charsets: keep a few, make the others afresh.
+        if (m_decoders.size() < 16)
+            m_decoders.insert(key, decoder);
+        else
+            m_spare = decoder;
+        return decoder.get();
+    }
+
+    QHash<QByteArray, std::shared_ptr<QStringDecoder>> m_decoders;
+    std::shared_ptr<QStringDecoder> m_spare;
+};
+
+// Removes the escapes of text values: \n and \N are line breaks, \, \; \\ \: the character. vCard
+// 2.1 only knows \; (a backslash there is mostly part of the text, as in a Windows path).
+QString unescaped(const QString &text, bool v21)
+{
+    if (!text.contains(u'\\'))
+        return text;
+    QString out;
+    out.reserve(text.size());
+    for (qsizetype i = 0; i < text.size(); ++i) {
+        const QChar c = text[i];
+        if (c != u'\\' || i + 1 == text.size()) {
+            out.append(c);
+            continue;
+        }
+        const QChar n = text[i + 1];
+        if (n == u';' || (!v21 && (n == u',' || n == u'\\' || n == u':'))) {
+            out.append(n);
+            ++i;
+        } else if (!v21 && (n == u'n' || n == u'N')) {
+            out.append(u'\n');
+            ++i;
+        } else {
+            out.append(c);
+        }
+    }
+    return out;
+}
+
+// The components of a structured value (N, ADR, ORG), split at the semicolons no backslash escapes.
+QVarLengthArray<QString, 8> components(const QString &text, bool v21)
+{
+    QVarLengthArray<QString, 8> parts;
+    qsizetype start = 0;
+    for (qsizetype i = 0; i <= text.size(); ++i) {
+        if (i < text.size() && text[i] == u'\\') {
+            ++i;
+            continue;
+        }
+        if (i >= text.size() || text[i] == u';') {
+            parts.append(stringByTrimmingWhiteSpaces(unescaped(text.mid(start, i - start), v21)));
+            start = i + 1;
+            if (parts.size() == 16)
+                break;
+        }
+    }
+    return parts;
+}
+
+// A label written by a Mac ("_$!<HomePage>!$_") made readable ("home page"); others as they are.
+QString readableLabel(const QString &label)
+{
+    if (!label.startsWith(u"_$!<"_s) || !label.endsWith(u">!$_"_s))
+        return label;
+    const QStringView inner = QStringView(label).sliced(4, label.size() - 8);
+    QString out;
+    for (qsizetype i = 0; i < inner.size(); ++i) {
+        if (inner[i].isUpper() && i > 0 && inner[i - 1].isLower())
+            out.append(u' ');
+        out.append(inner[i].toLower());
+    }
+    return out;
+}
+
+bool isHomePageLabel(const QString &label) { return label == u"_$!<HomePage>!$_"_s; }
+
+// The multi-valued properties a card fills.
+enum Multi { Emails, Phones, Urls, Addresses, Aim, Icq, Jabber, Yahoo, Msn, MultiCount };
+constexpr std::array<QStringView, MultiCount> MultiProperty { PersonProperty::Email, PersonProperty::Phone,
+    PersonProperty::URLs, PersonProperty::Address, PersonProperty::AIMInstant, PersonProperty::ICQInstant,
+    PersonProperty::JabberInstant, PersonProperty::YahooInstant, PersonProperty::MSNInstant };
+
+// Collects one card's properties into a person.
+class CardBuilder
+{
+public:
+    explicit CardBuilder(TextDecoder &decoder, bool unicodeInput)
+        : m_decoder(decoder)
+        , m_unicodeInput(unicodeInput)
+    {
+    }
+
+    bool isV21() const { return m_version == 21; }
+    void add(const Property &property);
+    Person finish();
+
+private:
+    struct Values
+    {
+        MultiValue values;
+        int bestPref = INT_MAX;
+        QString bestIdentifier;
+    };
+    struct Grouped
+    {
+        Multi multi;
+        qsizetype index;
+        QByteArray group;
+    };
+
+    QString text(const Property &property) const;
+    QByteArray data(const Property &property) const;
+    void addValue(Multi multi, const Property &property, const QVariant &value, const QString &label);
+    void setText(QStringView name, const QString &value)
+    {
+        if (!value.isEmpty())
+            m_person.setValue(name, value);
+    }
+
+    TextDecoder &m_decoder;
+    bool m_unicodeInput;
+    int m_version = 30;
+    Person m_person;
+    std::array<Values, MultiCount> m_multis;
+    QList<Grouped> m_grouped;
+    QHash<QByteArray, QString> m_groupLabels;
+    QString m_fullName;
+    bool m_hasNameParts = false;
+    std::optional<int> m_flags;
+};
+
+QString CardBuilder::text(const Property &property) const
+{
+    const Parameters &p = property.parameters;
+    if (p.quotedPrintable)
+        return m_decoder.decode(decodeQuotedPrintable(property.value), p.charset);
+    if (p.base64)
+        return m_decoder.decode(QByteArray::fromBase64(property.value.toByteArray()), p.charset);
+    // A file read as UTF-16 is UTF-8 by now, whatever charset its lines claim.
+    return m_decoder.decode(property.value, m_unicodeInput ? Bytes() : p.charset);
+}
+
+QByteArray CardBuilder::data(const Property &property) const
+{
+    return property.parameters.quotedPrintable ? decodeQuotedPrintable(property.value)
+                                               : QByteArray::fromBase64(property.value.toByteArray());
+}
+
+void CardBuilder::addValue(Multi multi, const Property &property, const QVariant &value, const QString &label)
+{
+    Values &v = m_multis[multi];
+    // The same address given twice (as IMPP and as X-AIM, say) is listed once.
+    for (qsizetype i = 0; i < v.values.count(); ++i) {
+        if (v.values.valueAtIndex(i) == value)
+            return;
+    }
+    const QString identifier = v.values.addValue(value, label);
+    if (property.parameters.pref < v.bestPref) {
+        v.bestPref = property.parameters.pref;
+        v.bestIdentifier = identifier;
+    }
+    if (!property.group.isEmpty())
+        m_grouped.append(Grouped { multi, v.values.count() - 1, property.group.toByteArray().toLower() });
+}
+
+QString phoneLabel(const Parameters &p)
+{
+    const bool fax = p.hasType("FAX");
+    if (fax && p.hasType("HOME"))
+        return u"home fax"_s;
+    if (fax && p.hasType("WORK"))
+        return u"work fax"_s;
+    if (fax)
+        return u"fax"_s;
+    if (p.hasType("IPHONE"))
+        return u"iPhone"_s;
+    if (p.hasType("CELL") || p.hasType("MOBILE"))
+        return u"mobile"_s;
+    if (p.hasType("PAGER"))
+        return u"pager"_s;
+    if (p.hasType("MAIN"))
+        return u"main"_s;
+    if (p.hasType("CAR"))
+        return u"car"_s;
+    if (p.hasType("HOME"))
+        return u"home"_s;
+    if (p.hasType("WORK"))
+        return u"work"_s;
+    if (p.hasType("OTHER"))
+        return u"other"_s;
+    return QString();
+}
+
+QString placeLabel(const Parameters &p)
+{
+    if (p.hasType("HOME"))
+        return u"home"_s;
+    if (p.hasType("WORK"))
+        return u"work"_s;
+    if (p.hasType("OTHER"))
+        return u"other"_s;
+    return QString();
+}
+
+// The property of an instant-messaging service named by a parameter or a URI scheme.
+std::optional<Multi> instantService(Bytes name)
+{
+    if (equalsNoCase(name, "AIM"))
+        return Aim;
+    if (equalsNoCase(name, "ICQ"))
+        return Icq;
+    if (equalsNoCase(name, "JABBER") || equalsNoCase(name, "XMPP") || equalsNoCase(name, "GOOGLETALK"))
+        return Jabber;
+    if (equalsNoCase(name, "YAHOO") || equalsNoCase(name, "YMSGR"))
+        return Yahoo;
+    if (equalsNoCase(name, "MSN") || equalsNoCase(name, "MSNIM"))
+        return Msn;
+    return std::nullopt;
+}
+
+QVariant birthday(const QString &text)
+{
+    const QString day = text.left(text.indexOf(u'T'));
+    for (const QString &format : { u"yyyy-MM-dd"_s, u"yyyyMMdd"_s }) {
+        const QDate date = QDate::fromString(day, format);
+        if (date.isValid())
+            return date;
+    }
+    return text;
+}
+
+void CardBuilder::add(const Property &property)
+{
+    const Bytes name = property.name;
+    const bool v21 = m_version == 21;
+    if (equalsNoCase(name, "VERSION")) {
+        const Bytes v = trimmed(property.value);
+        m_version = v == "2.1" ? 21 : v == "4.0" ? 40 : 30;
+    } else if (equalsNoCase(name, "N")) {
+        const auto parts = components(text(property), v21);
+        static constexpr std::array<QStringView, 5> Names { PersonProperty::Last, PersonProperty::First,
+            PersonProperty::Middle, PersonProperty::Title, PersonProperty::Suffix };
+        for (qsizetype i = 0; i < std::min<qsizetype>(parts.size(), Names.size()); ++i)
+            setText(Names[i], parts[i]);
+        for (qsizetype i = 0; i < std::min<qsizetype>(parts.size(), 3); ++i)
+            m_hasNameParts = m_hasNameParts || !parts[i].isEmpty();
+    } else if (equalsNoCase(name, "FN")) {
+        m_fullName = stringByTrimmingWhiteSpaces(unescaped(text(property), v21));
+    } else if (equalsNoCase(name, "NICKNAME")) {
+        setText(PersonProperty::Nickname, stringByTrimmingWhiteSpaces(unescaped(text(property), v21)));
+    } else if (equalsNoCase(name, "ORG")) {
+        const auto parts = components(text(property), v21);
+        setText(PersonProperty::Organization, parts.value(0));
+        setText(PersonProperty::Department, parts.value(1));
+    } else if (equalsNoCase(name, "TITLE")) {
+        setText(PersonProperty::JobTitle, stringByTrimmingWhiteSpaces(unescaped(text(property), v21)));
+    } else if (equalsNoCase(name, "NOTE")) {
+        setText(PersonProperty::Note, stringByTrimmingWhiteSpaces(unescaped(text(property), v21)));
+    } else if (equalsNoCase(name, "EMAIL")) {
+        const QString address = stringByTrimmingWhiteSpaces(unescaped(text(property), v21));
+        if (!address.isEmpty())
+            addValue(Emails, property, address, placeLabel(property.parameters));
+    } else if (equalsNoCase(name, "TEL")) {
+        QString number = stringByTrimmingWhiteSpaces(unescaped(text(property), v21));
+        if (number.startsWith(u"tel:"_s, Qt::CaseInsensitive))
+            number = number.sliced(4);
+        if (!number.isEmpty())
+            addValue(Phones, property, number, phoneLabel(property.parameters));
+    } else if (equalsNoCase(name, "URL")) {
+        const QString url = stringByTrimmingWhiteSpaces(unescaped(text(property), v21));
+        if (!url.isEmpty())
+            addValue(Urls, property, url, placeLabel(property.parameters));
+    } else if (equalsNoCase(name, "ADR")) {
+        const auto parts = components(text(property), v21);
+        QStringList street;
+        for (qsizetype i = 0; i < std::min<qsizetype>(parts.size(), 3); ++i) {
+            if (!parts[i].isEmpty())
+                street.append(parts[i]);
+        }
+        QVariantMap address;
+        const auto put = [&](QStringView key, const QString &value) {
+            if (!value.isEmpty())
+                address.insert(key.toString(), value);
+        };
+        put(AddressKey::Street, street.join(u'\n'));
+        put(AddressKey::City, parts.value(3));
+        put(AddressKey::State, parts.value(4));
+        put(AddressKey::ZIP, parts.value(5));
+        put(AddressKey::Country, parts.value(6));
+        if (!address.isEmpty())
+            addValue(Addresses, property, address, placeLabel(property.parameters));
+    } else if (equalsNoCase(name, "IMPP")) {
+        const QString uri = stringByTrimmingWhiteSpaces(unescaped(text(property), v21));
+        const qsizetype colon = uri.indexOf(u':');
+        const QByteArray scheme = uri.left(std::max<qsizetype>(colon, 0)).toLatin1();
+        const std::optional<Multi> service = instantService(
+            property.parameters.serviceType.isEmpty() ? Bytes(scheme) : property.parameters.serviceType);
+        const QString handle = uri.sliced(colon + 1);
+        if (service && !handle.isEmpty())
+            addValue(*service, property, handle, placeLabel(property.parameters));
+    } else if (startsWithNoCase(name, "X-") && instantService(name.sliced(2))) {
+        const QString handle = stringByTrimmingWhiteSpaces(unescaped(text(property), v21));
+        if (!handle.isEmpty())
+            addValue(*instantService(name.sliced(2)), property, handle, placeLabel(property.parameters));
+    } else if (equalsNoCase(name, "BDAY")) {
+        const QString day = stringByTrimmingWhiteSpaces(text(property));
+        if (!day.isEmpty())
+            m_person.setValue(PersonProperty::Birthday, birthday(day));
+    } else if (equalsNoCase(name, "PHOTO")) {
+        const Bytes value = trimmed(property.value);
+        if (property.parameters.base64) {
+            m_person.setValue(PersonProperty::Photo, data(property));
+        } else if (startsWithNoCase(value, "data:")) {
+            // data:image/jpeg;base64,... (vCard 4.0)
+            const qsizetype comma = value.indexOf(',');
+            if (comma > 0) {
+                const Bytes header = value.first(comma);
+                const Bytes payload = value.sliced(comma + 1);
+                m_person.setValue(PersonProperty::Photo,
+                    header.endsWith(";base64") ? QByteArray::fromBase64(payload.toByteArray())
+                                               : QByteArray::fromPercentEncoding(payload.toByteArray()));
+            }
+        } else if (!value.isEmpty()) {
+            const QUrl url(text(property), QUrl::TolerantMode);
+            if (url.isValid())
+                m_person.setValue(PersonProperty::Photo, url);
+        }
+    } else if (equalsNoCase(name, "X-ABSHOWAS")) {
+        const Bytes v = trimmed(property.value);
+        if (equalsNoCase(v, "COMPANY"))
+            m_flags = (m_flags.value_or(0) & ~Person::ShowAsMask) | Person::ShowAsCompany;
+        else if (equalsNoCase(v, "PERSON"))
+            m_flags = (m_flags.value_or(0) & ~Person::ShowAsMask) | Person::ShowAsPerson;
+    } else if (equalsNoCase(name, "KIND")) {
+        const Bytes v = trimmed(property.value);
+        if (equalsNoCase(v, "ORG") || equalsNoCase(v, "ORGANIZATION"))
+            m_flags = (m_flags.value_or(0) & ~Person::ShowAsMask) | Person::ShowAsCompany;
+    } else if (equalsNoCase(name, "X-ABLABEL")) {
+        if (!property.group.isEmpty())
+            m_groupLabels.insert(property.group.toByteArray().toLower(), unescaped(text(property), v21));
+    }
+}
+
+Person CardBuilder::finish()
+{
+    // A Mac labels a value by a following X-ABLabel of the same group ("item1.").
+    QString homePage;
+    for (const Grouped &g : std::as_const(m_grouped)) {
+        const auto label = m_groupLabels.constFind(g.group);
+        if (label == m_groupLabels.cend())
+            continue;
+        MultiValue &values = m_multis[g.multi].values;
+        values.setLabelAtIndex(g.index, readableLabel(*label));
+        if (g.multi == Urls && homePage.isNull() && isHomePageLabel(*label))
+            homePage = values.valueAtIndex(g.index).toString();
+    }
+    if (!homePage.isNull())
+        m_person.setValue(PersonProperty::HomePage, homePage);
+    for (int i = 0; i < MultiCount; ++i) {
+        Values &v = m_multis[i];
+        if (v.values.isEmpty())
+            continue;
+        if (!v.bestIdentifier.isNull())
+            v.values.setPrimaryIdentifier(v.bestIdentifier);
+        m_person.setValue(MultiProperty[i], v.values);
+    }
+    // A card with no name parts (a phone's or a web mail's, often) is named by its full name,
+    // unless that only repeats the organisation of a company card.
+    if (!m_hasNameParts && !m_fullName.isEmpty()
+        && m_fullName != m_person.valueForProperty(PersonProperty::Organization).toString())
+        m_person.setValue(PersonProperty::First, m_fullName);
+    if (m_flags)
+        m_person.setValue(kABPersonFlags, *m_flags);
+    return std::move(m_person);
+}
+
+bool isCardDelimiter(const Property &property, Bytes keyword)
+{
+    return property.group.isEmpty() && equalsNoCase(property.name, keyword)
+        && equalsNoCase(trimmed(property.value), "VCARD");
+}
+
+// Reads one card after its BEGIN line, up to its END line or the end of the data.
+Person readCard(LineSource &source, QByteArray &buffer, TextDecoder &decoder, bool unicodeInput)
+{
+    CardBuilder card(decoder, unicodeInput);
+    qsizetype count = 0;
+    int nesting = 0; // cards inside the card (a vCard 2.1 AGENT), skipped
+    Property property;
+    QByteArray extended;
+    while (!source.atEnd()) {
+        LogicalLine line = readLogicalLine(source, buffer, card.isV21());
+        if (line.oversize || !parseProperty(line.text, property))
+            continue;
+        if (isCardDelimiter(property, "BEGIN")) {
+            ++nesting;
+            continue;
+        }
+        if (isCardDelimiter(property, "END")) {
+            if (nesting-- == 0)
+                break;
+            continue;
+        }
+        if (nesting > 0 || ++count > VCardLimits::MaxPropertiesPerCard)
+            continue;
+
+        // A quoted-printable value goes on past a line ending in "=" (a soft line break); a vCard
+        // 2.1 base64 value past its line, up to an empty line, whether or not the lines are indented.
+        const Parameters &p = property.parameters;
+        const bool softBreak = p.quotedPrintable && property.value.endsWith('=');
+        const bool binary21 = card.isV21() && p.base64;
+        if (softBreak || binary21) {
+            extended = property.value.toByteArray();
+            while (!source.atEnd() && !line.oversize) {
+                if (softBreak && !extended.endsWith('='))
+                    break;
+                const qsizetype mark = source.position();
+                bool ended = true;
+                const Bytes next = source.next(&ended);
+                if (binary21 && (next.isEmpty() || next.contains(':') || next.contains(';'))) {
+                    if (!next.isEmpty())
+                        source.rewind(mark); // the next property
+                    break;
+                }
+                if (softBreak)
+                    extended.chop(1);
+                extended.append(next);
+                line.ended = ended;
+                line.oversize = extended.size() > VCardLimits::MaxPropertyBytes;
+            }
+            if (line.oversize)
+                continue;
+            property.value = extended;
+        }
+        // Input cut short: a line it ends inside, or a picture it may end inside, is not kept.
+        if (source.atEnd() && (!line.ended || p.base64 || startsWithNoCase(trimmed(property.value), "data:")))
+            break;
+        card.add(property);
+    }
+    return card.finish();
+}
+
+} // namespace
+
+QList<Person> readVCards(QByteArrayView data, qsizetype maxCards)
+{
+    QList<Person> people;
+    if (data.isEmpty() || maxCards <= 0)
+        return people;
+
+    // UTF-16 (with a byte-order mark, or recognised by its zero bytes) is read as UTF-8.
+    QByteArray converted;
+    bool unicodeInput = false;
+    const auto utf16 = [&](QStringConverter::Encoding encoding, qsizetype skip) {
+        QStringDecoder decoder(encoding);
+        converted = QString(decoder.decode(data.sliced(skip))).toUtf8();
+        data = converted;
+        unicodeInput = true;
+    };
+    if (data.startsWith("\xFF\xFE"))
+        utf16(QStringConverter::Utf16LE, 2);
+    else if (data.startsWith("\xFE\xFF"))
+        utf16(QStringConverter::Utf16BE, 2);
+    else if (data.size() >= 2 && data[0] != 0 && data[1] == 0)
+        utf16(QStringConverter::Utf16LE, 0);
+    else if (data.size() >= 2 && data[0] == 0 && data[1] != 0)
+        utf16(QStringConverter::Utf16BE, 0);
+    else if (data.startsWith("\xEF\xBB\xBF"))
+        data = data.sliced(3);
+
+    LineSource source(data);
+    QByteArray buffer;
+    TextDecoder decoder;
+    Property property;
+    while (!source.atEnd() && people.size() < maxCards) {
+        const LogicalLine line = readLogicalLine(source, buffer, false);
+        if (!line.oversize && parseProperty(line.text, property) && isCardDelimiter(property, "BEGIN"))
+            people.append(readCard(source, buffer, decoder, unicodeInput));
+    }
+    return people;
+}
+
+} // namespace orvel
