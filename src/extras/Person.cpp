@@ -83,10 +83,7 @@ std::optional<Person> Person::initWithVCardRepresentation(QByteArrayView data)
     return std::move(people.first());
 }
 
-QVariant Person::valueForProperty(QStringView property) const
-{
-    return m_values.value(property.toString());
-}
+QVariant Person::valueForProperty(QStringView property) const { return m_values.value(property.toString()); }
 
 void Person::setValue(QStringView property, const QVariant &value)
 {
@@ -173,9 +170,15 @@ QString Person::primaryEmail() const
     return isString(taken) ? taken.toString() : QString();
 }
 
-std::optional<QStringList> Person::emailAdresses() const { return ABValuesForKey(*this, PersonProperty::Email); }
+std::optional<QStringList> Person::emailAdresses() const
+{
+    return ABValuesForKey(*this, PersonProperty::Email);
+}
 
-std::optional<QStringList> Person::phoneNumbers() const { return ABValuesForKey(*this, PersonProperty::Phone); }
+std::optional<QStringList> Person::phoneNumbers() const
+{
+    return ABValuesForKey(*this, PersonProperty::Phone);
+}
 
 QString Person::homePage() const
 {

@@ -8,6 +8,7 @@
 #include "strings/StringExtensions.h"
 
 #include <QDate>
+#include <QSet>
 #include <QStringDecoder>
 #include <QUrl>
 #include <QVarLengthArray>
@@ -26,7 +27,8 @@ using Bytes = QByteArrayView;
 
 bool equalsNoCase(Bytes a, Bytes b)
 {
-    return a.size() == b.size() && fastCaseInsensitiveCompareChars(a.data(), a.size(), b.data(), b.size()) == 0;
+    return a.size() == b.size()
+        && fastCaseInsensitiveCompareChars(a.data(), a.size(), b.data(), b.size()) == 0;
 }
 
 bool startsWithNoCase(Bytes a, Bytes prefix)
@@ -49,7 +51,10 @@ Bytes trimmed(Bytes b)
 class LineSource
 {
 public:
-    explicit LineSource(Bytes data) : m_data(data) { }
+    explicit LineSource(Bytes data)
+        : m_data(data)
+    {
+    }
 
     bool atEnd() const { return m_pos >= m_data.size(); }
     /// The first byte of the next line, or -1 at the end.
@@ -93,10 +98,12 @@ LogicalLine readLogicalLine(LineSource &source, QByteArray &buffer, bool keepFol
 {
     LogicalLine line;
     line.text = source.next(&line.ended);
+    line.oversize = line.text.size() > VCardLimits::MaxPropertyBytes;
     if (!isBlank(char(source.peek())))
         return line;
     buffer.clear();
-    buffer.append(line.text);
+    if (!line.oversize)
+        buffer.append(line.text);
     while (isBlank(char(source.peek()))) {
         Bytes part = source.next(&line.ended);
         if (!keepFoldBlank)
@@ -150,15 +157,13 @@ Bytes unquoted(Bytes b)
 
 void addParameter(Parameters &p, Bytes key, Bytes values)
 {
-    // Parameter values may be lists: TYPE=home,work.
+    // Parameter values may be lists, quoted as a whole or one by one: TYPE=home,work, TYPE="home,work".
     const auto eachValue = [&](auto &&use) {
+        const Bytes list = unquoted(values);
         qsizetype start = 0;
-        bool quoted = false;
-        for (qsizetype i = 0; i <= values.size(); ++i) {
-            if (i < values.size() && values[i] == '"')
-                quoted = !quoted;
-            if (i == values.size() || (values[i] == ',' && !quoted)) {
-                if (const Bytes v = unquoted(values.sliced(start, i - start)); !v.isEmpty())
+        for (qsizetype i = 0; i <= list.size(); ++i) {
+            if (i == list.size() || list[i] == ',') {
+                if (const Bytes v = unquoted(list.sliced(start, i - start)); !v.isEmpty())
                     use(v);
                 start = i + 1;
             }
@@ -413,6 +418,7 @@ private:
         MultiValue values;
         int bestPref = INT_MAX;
         QString bestIdentifier;
+        QSet<QString> seen;
     };
     struct Grouped
     {
@@ -445,12 +451,19 @@ private:
 QString CardBuilder::text(const Property &property) const
 {
     const Parameters &p = property.parameters;
+    QString text;
     if (p.quotedPrintable)
-        return m_decoder.decode(decodeQuotedPrintable(property.value), p.charset);
-    if (p.base64)
-        return m_decoder.decode(QByteArray::fromBase64(property.value.toByteArray()), p.charset);
-    // A file read as UTF-16 is UTF-8 by now, whatever charset its lines claim.
-    return m_decoder.decode(property.value, m_unicodeInput ? Bytes() : p.charset);
+        text = m_decoder.decode(decodeQuotedPrintable(property.value), p.charset);
+    else if (p.base64)
+        text = m_decoder.decode(QByteArray::fromBase64(property.value.toByteArray()), p.charset);
+    else // a file read as UTF-16 is UTF-8 by now, whatever charset its lines claim
+        text = m_decoder.decode(property.value, m_unicodeInput ? Bytes() : p.charset);
+    // Quoted-printable line breaks are mostly CR LF (=0D=0A); the person's texts break with LF.
+    if (text.contains(u'\r')) {
+        text.replace(u"\r\n"_s, u"\n"_s);
+        text.replace(u'\r', u'\n');
+    }
+    return text;
 }
 
 QByteArray CardBuilder::data(const Property &property) const
@@ -462,9 +475,11 @@ QByteArray CardBuilder::data(const Property &property) const
 void CardBuilder::addValue(Multi multi, const Property &property, const QVariant &value, const QString &label)
 {
     Values &v = m_multis[multi];
-    // The same address given twice (as IMPP and as X-AIM, say) is listed once.
-    for (qsizetype i = 0; i < v.values.count(); ++i) {
-        if (v.values.valueAtIndex(i) == value)
+    // The same text given twice (an address as IMPP and as X-AIM, say) is listed once.
+    if (value.typeId() == QMetaType::QString) {
+        const qsizetype before = v.seen.size();
+        v.seen.insert(value.toString());
+        if (v.seen.size() == before)
             return;
     }
     const QString identifier = v.values.addValue(value, label);
