@@ -5,7 +5,15 @@ namespace orvel {
 
 QString MultiValue::addValue(const QVariant &value, const QString &label)
 {
-    QString identifier = QString::number(m_nextIdentifier++);
+    // Identifiers are numbers; the small ones (almost all) are made once and shared.
+    static const QStringList Small = [] {
+        QStringList numbers;
+        for (int i = 0; i < 64; ++i)
+            numbers.append(QString::number(i));
+        return numbers;
+    }();
+    const int n = m_nextIdentifier++;
+    QString identifier = n < Small.size() ? Small.at(n) : QString::number(n);
     m_entries.append(Entry { identifier, label, value });
     return identifier;
 }

@@ -1,6 +1,7 @@
 // The person record's operations: display name, addresses, numbers, home page and metadata.
 #include "extras/Person.h"
 
+#include "extras/Names_p.h"
 #include "extras/VCardReader.h"
 
 #include <QDate>
@@ -27,7 +28,7 @@ constexpr std::array<QStringView, 13> MetadataOrder { PersonProperty::First, Per
 // An address as it is written on an envelope: street lines, "City, State ZIP", country.
 QString addressLines(const QVariantMap &address)
 {
-    const auto part = [&](QStringView key) { return address.value(key.toString()).toString(); };
+    const auto part = [&](QStringView key) { return address.value(nameString(key)).toString(); };
     QStringList lines;
     if (const QString street = part(AddressKey::Street); !street.isEmpty())
         lines.append(street);
@@ -64,6 +65,24 @@ QString singleValueString(const QVariant &value)
 
 } // namespace
 
+QString nameString(QStringView name)
+{
+    static constexpr QStringView Constants[] { PersonProperty::Organization, PersonProperty::Department,
+        PersonProperty::JobTitle, PersonProperty::First, PersonProperty::Middle, PersonProperty::Last,
+        PersonProperty::Title, PersonProperty::Suffix, PersonProperty::Nickname, PersonProperty::Email,
+        PersonProperty::Phone, PersonProperty::HomePage, PersonProperty::URLs, PersonProperty::Address,
+        PersonProperty::AIMInstant, PersonProperty::ICQInstant, PersonProperty::JabberInstant,
+        PersonProperty::YahooInstant, PersonProperty::MSNInstant, PersonProperty::Note,
+        PersonProperty::Birthday, PersonProperty::Photo, kABPersonFlags, AddressKey::Street, AddressKey::City,
+        AddressKey::State, AddressKey::ZIP, AddressKey::Country, kMDItemTextContent, kMDItemEmailAddresses,
+        kMDItemPhoneNumbers, kMDItemURL };
+    for (QStringView constant : Constants) {
+        if (constant.data() == name.data() && constant.size() == name.size())
+            return QString::fromRawData(reinterpret_cast<const QChar *>(constant.data()), constant.size());
+    }
+    return name.toString();
+}
+
 std::optional<Person> Person::initWithContentsOfFile(const QString &path)
 {
     QFile file(path);
@@ -83,24 +102,49 @@ std::optional<Person> Person::initWithVCardRepresentation(QByteArrayView data)
     return std::move(people.first());
 }
 
-QVariant Person::valueForProperty(QStringView property) const { return m_values.value(property.toString()); }
+const Person::Entry *Person::find(QStringView property) const
+{
+    // Names set from the constants share their text: most lookups match on the pointer.
+    for (const Entry &e : m_values) {
+        if (e.property.size() == property.size()
+            && e.property.constData() == static_cast<const void *>(property.data()))
+            return &e;
+    }
+    for (const Entry &e : m_values) {
+        if (e.property == property)
+            return &e;
+    }
+    return nullptr;
+}
+
+QVariant Person::valueForProperty(QStringView property) const
+{
+    const Entry *e = find(property);
+    return e ? e->value : QVariant();
+}
 
 void Person::setValue(QStringView property, const QVariant &value)
 {
-    if (value.isValid())
-        m_values.insert(property.toString(), value);
-    else
-        m_values.remove(property.toString());
+    if (Entry *e = const_cast<Entry *>(find(property))) {
+        if (value.isValid())
+            e->value = value;
+        else
+            m_values.removeAt(e - m_values.constData());
+    } else if (value.isValid()) {
+        m_values.append(Entry { nameString(property), value });
+    }
 }
 
 void Person::setValue(QStringView property, const MultiValue &value)
 {
-    m_values.insert(property.toString(), QVariant::fromValue(value));
+    setValue(property, QVariant::fromValue(value));
 }
 
 QStringList Person::properties() const
 {
-    QStringList names = m_values.keys();
+    QStringList names;
+    for (const Entry &e : m_values)
+        names.append(e.property);
     names.sort();
     return names;
 }
@@ -202,13 +246,13 @@ QVariantMap Person::metaData() const
         }
     }
     QVariantMap metadata;
-    metadata.insert(kMDItemTextContent.toString(), text);
+    metadata.insert(nameString(kMDItemTextContent), text);
     if (const std::optional<QStringList> emails = emailAdresses())
-        metadata.insert(kMDItemEmailAddresses.toString(), *emails);
+        metadata.insert(nameString(kMDItemEmailAddresses), *emails);
     if (const std::optional<QStringList> phones = phoneNumbers())
-        metadata.insert(kMDItemPhoneNumbers.toString(), *phones);
+        metadata.insert(nameString(kMDItemPhoneNumbers), *phones);
     if (const QString url = homePage(); !url.isNull())
-        metadata.insert(kMDItemURL.toString(), url);
+        metadata.insert(nameString(kMDItemURL), url);
     return metadata;
 }
 

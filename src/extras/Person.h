@@ -5,7 +5,7 @@
 #include "extras/MultiValue.h"
 
 #include <QByteArrayView>
-#include <QHash>
+#include <QList>
 #include <QString>
 #include <QStringList>
 #include <QVariant>
@@ -116,7 +116,14 @@ public:
 private:
     int displayFlags() const;
 
-    QHash<QString, QVariant> m_values;
+    // A card has a dozen properties or so: a short list searched in order beats a hash table.
+    struct Entry
+    {
+        QString property;
+        QVariant value;
+    };
+    QList<Entry> m_values;
+    const Entry *find(QStringView property) const;
 };
 
 /// The property's string values: nil for a null key, a missing property, an empty multi-value or a

@@ -4,11 +4,11 @@
 // charsets (Shift-JIS) a backslash byte can be the second half of a character.
 #include "extras/VCardReader.h"
 
-#include "strings/FastCompare.h"
+#include "extras/Names_p.h"
+
 #include "strings/StringExtensions.h"
 
 #include <QDate>
-#include <QSet>
 #include <QStringDecoder>
 #include <QUrl>
 #include <QVarLengthArray>
@@ -25,10 +25,18 @@ namespace {
 
 using Bytes = QByteArrayView;
 
+// Names and parameters are ASCII keywords; this runs for every one of them against each keyword.
+inline char asciiLower(char c) { return c >= 'A' && c <= 'Z' ? char(c + ('a' - 'A')) : c; }
+
 bool equalsNoCase(Bytes a, Bytes b)
 {
-    return a.size() == b.size()
-        && fastCaseInsensitiveCompareChars(a.data(), a.size(), b.data(), b.size()) == 0;
+    if (a.size() != b.size())
+        return false;
+    for (qsizetype i = 0; i < a.size(); ++i) {
+        if (asciiLower(a[i]) != asciiLower(b[i]))
+            return false;
+    }
+    return true;
 }
 
 bool startsWithNoCase(Bytes a, Bytes prefix)
@@ -101,7 +109,7 @@ LogicalLine readLogicalLine(LineSource &source, QByteArray &buffer, bool keepFol
     line.oversize = line.text.size() > VCardLimits::MaxPropertyBytes;
     if (!isBlank(char(source.peek())))
         return line;
-    buffer.clear();
+    buffer.resize(0); // keeps the capacity for the next folded line
     if (!line.oversize)
         buffer.append(line.text);
     while (isBlank(char(source.peek()))) {
@@ -114,7 +122,7 @@ LogicalLine readLogicalLine(LineSource &source, QByteArray &buffer, bool keepFol
             buffer.append(part);
     }
     if (line.oversize)
-        buffer.clear();
+        buffer.resize(0);
     line.text = buffer;
     return line;
 }
@@ -286,6 +294,49 @@ QByteArray decodeQuotedPrintable(Bytes in)
     return out;
 }
 
+// Base64 as cards carry it: folded, sometimes with blanks, maybe without padding. Characters
+// outside the alphabet are skipped and "=" ends the data.
+QByteArray decodeBase64(Bytes in)
+{
+    static const auto Table = [] {
+        std::array<signed char, 256> t {};
+        t.fill(-1);
+        const char *alphabet = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+        for (int i = 0; i < 64; ++i)
+            t[static_cast<unsigned char>(alphabet[i])] = static_cast<signed char>(i);
+        t['-'] = 62; // the URL-safe alphabet, as some exporters write it
+        t['_'] = 63;
+        return t;
+    }();
+    QByteArray out(in.size() / 4 * 3 + 3, Qt::Uninitialized);
+    char *o = out.data();
+    unsigned bits = 0;
+    int count = 0;
+    for (char c : in) {
+        if (c == '=')
+            break;
+        const int v = Table[static_cast<unsigned char>(c)];
+        if (v < 0)
+            continue;
+        bits = (bits << 6) | unsigned(v);
+        if (++count == 4) {
+            *o++ = char(bits >> 16);
+            *o++ = char(bits >> 8);
+            *o++ = char(bits);
+            bits = 0;
+            count = 0;
+        }
+    }
+    if (count == 2) {
+        *o++ = char(bits >> 4);
+    } else if (count == 3) {
+        *o++ = char(bits >> 10);
+        *o++ = char(bits >> 2);
+    }
+    out.truncate(o - out.constData());
+    return out;
+}
+
 // Decodes value bytes to text by charset, with one decoder per charset name for the whole read.
 class TextDecoder
 {
@@ -418,7 +469,7 @@ private:
         MultiValue values;
         int bestPref = INT_MAX;
         QString bestIdentifier;
-        QSet<QString> seen;
+        QStringList texts; // the first string values, to drop repeats
     };
     struct Grouped
     {
@@ -442,7 +493,7 @@ private:
     Person m_person;
     std::array<Values, MultiCount> m_multis;
     QList<Grouped> m_grouped;
-    QHash<QByteArray, QString> m_groupLabels;
+    QList<std::pair<QByteArray, QString>> m_groupLabels; // a card has a few groups
     QString m_fullName;
     bool m_hasNameParts = false;
     std::optional<int> m_flags;
@@ -455,7 +506,7 @@ QString CardBuilder::text(const Property &property) const
     if (p.quotedPrintable)
         text = m_decoder.decode(decodeQuotedPrintable(property.value), p.charset);
     else if (p.base64)
-        text = m_decoder.decode(QByteArray::fromBase64(property.value.toByteArray()), p.charset);
+        text = m_decoder.decode(decodeBase64(property.value), p.charset);
     else // a file read as UTF-16 is UTF-8 by now, whatever charset its lines claim
         text = m_decoder.decode(property.value, m_unicodeInput ? Bytes() : p.charset);
     // Quoted-printable line breaks are mostly CR LF (=0D=0A); the person's texts break with LF.
@@ -469,18 +520,20 @@ QString CardBuilder::text(const Property &property) const
 QByteArray CardBuilder::data(const Property &property) const
 {
     return property.parameters.quotedPrintable ? decodeQuotedPrintable(property.value)
-                                               : QByteArray::fromBase64(property.value.toByteArray());
+                                               : decodeBase64(property.value);
 }
 
 void CardBuilder::addValue(Multi multi, const Property &property, const QVariant &value, const QString &label)
 {
     Values &v = m_multis[multi];
-    // The same text given twice (an address as IMPP and as X-AIM, say) is listed once.
+    // The same text given twice (an address as IMPP and as X-AIM, say) is listed once. Only the
+    // first values are compared, so that a hostile card with thousands costs no quadratic time.
     if (value.typeId() == QMetaType::QString) {
-        const qsizetype before = v.seen.size();
-        v.seen.insert(value.toString());
-        if (v.seen.size() == before)
+        const QString text = value.toString();
+        if (v.texts.contains(text))
             return;
+        if (v.texts.size() < 32)
+            v.texts.append(text);
     }
     const QString identifier = v.values.addValue(value, label);
     if (property.parameters.pref < v.bestPref) {
@@ -546,15 +599,22 @@ std::optional<Multi> instantService(Bytes name)
     return std::nullopt;
 }
 
+// A date as cards write it: 1980-05-01, 19800501, either with a time after "T"; other text is kept.
 QVariant birthday(const QString &text)
 {
-    const QString day = text.left(text.indexOf(u'T'));
-    for (const QString &format : { u"yyyy-MM-dd"_s, u"yyyyMMdd"_s }) {
-        const QDate date = QDate::fromString(day, format);
-        if (date.isValid())
-            return date;
+    int digits[8];
+    int n = 0;
+    for (QChar c : QStringView(text).left(text.indexOf(u'T'))) {
+        if (c.isDigit() && c.unicode() < 128 && n < 8)
+            digits[n++] = c.unicode() - '0';
+        else if (c != u'-')
+            return text;
     }
-    return text;
+    if (n != 8)
+        return text;
+    const int year = digits[0] * 1000 + digits[1] * 100 + digits[2] * 10 + digits[3];
+    const QDate date(year, digits[4] * 10 + digits[5], digits[6] * 10 + digits[7]);
+    return date.isValid() ? QVariant(date) : QVariant(text);
 }
 
 void CardBuilder::add(const Property &property)
@@ -608,7 +668,7 @@ void CardBuilder::add(const Property &property)
         QVariantMap address;
         const auto put = [&](QStringView key, const QString &value) {
             if (!value.isEmpty())
-                address.insert(key.toString(), value);
+                address.insert(nameString(key), value);
         };
         put(AddressKey::Street, street.join(u'\n'));
         put(AddressKey::City, parts.value(3));
@@ -645,7 +705,7 @@ void CardBuilder::add(const Property &property)
                 const Bytes header = value.first(comma);
                 const Bytes payload = value.sliced(comma + 1);
                 m_person.setValue(PersonProperty::Photo,
-                    header.endsWith(";base64") ? QByteArray::fromBase64(payload.toByteArray())
+                    header.endsWith(";base64") ? decodeBase64(payload)
                                                : QByteArray::fromPercentEncoding(payload.toByteArray()));
             }
         } else if (!value.isEmpty()) {
@@ -665,7 +725,7 @@ void CardBuilder::add(const Property &property)
             m_flags = (m_flags.value_or(0) & ~Person::ShowAsMask) | Person::ShowAsCompany;
     } else if (equalsNoCase(name, "X-ABLABEL")) {
         if (!property.group.isEmpty())
-            m_groupLabels.insert(property.group.toByteArray().toLower(), unescaped(text(property), v21));
+            m_groupLabels.append({ property.group.toByteArray().toLower(), unescaped(text(property), v21) });
     }
 }
 
@@ -674,12 +734,13 @@ Person CardBuilder::finish()
     // A Mac labels a value by a following X-ABLabel of the same group ("item1.").
     QString homePage;
     for (const Grouped &g : std::as_const(m_grouped)) {
-        const auto label = m_groupLabels.constFind(g.group);
-        if (label == m_groupLabels.cend())
+        const auto label = std::find_if(m_groupLabels.crbegin(), m_groupLabels.crend(),
+            [&](const std::pair<QByteArray, QString> &l) { return l.first == g.group; });
+        if (label == m_groupLabels.crend())
             continue;
         MultiValue &values = m_multis[g.multi].values;
-        values.setLabelAtIndex(g.index, readableLabel(*label));
-        if (g.multi == Urls && homePage.isNull() && isHomePageLabel(*label))
+        values.setLabelAtIndex(g.index, readableLabel(label->second));
+        if (g.multi == Urls && homePage.isNull() && isHomePageLabel(label->second))
             homePage = values.valueAtIndex(g.index).toString();
     }
     if (!homePage.isNull())
@@ -738,7 +799,8 @@ Person readCard(LineSource &source, QByteArray &buffer, TextDecoder &decoder, bo
         const bool softBreak = p.quotedPrintable && property.value.endsWith('=');
         const bool binary21 = card.isV21() && p.base64;
         if (softBreak || binary21) {
-            extended = property.value.toByteArray();
+            extended.resize(0);
+            extended.append(property.value);
             while (!source.atEnd() && !line.oversize) {
                 if (softBreak && !extended.endsWith('='))
                     break;
