@@ -4,6 +4,7 @@
 
 #include "testlib/TestSupport.h"
 
+#include <QDate>
 #include <QFile>
 #include <QStringEncoder>
 
@@ -149,6 +150,60 @@ TEST(Parameters, ListsQuotesAndCase)
     EXPECT_EQ(p->stringForProperty(PersonProperty::Email, p->valueForProperty(PersonProperty::Email)),
         "Office: w@x");
     EXPECT_EQ(p->proposedName(), "Acme - Jo Doe");
+}
+
+struct PhotoCase
+{
+    const char *what;
+    QByteArray data;
+};
+
+class EmbeddedPhoto : public ::testing::TestWithParam<PhotoCase>
+{
+};
+
+// Every form decodes to the same bytes ("Hello!?", whose base64 has both 62 and 63 in it).
+TEST_P(EmbeddedPhoto, DecodesToTheBytes)
+{
+    const std::optional<Person> p = Person::initWithVCardRepresentation(GetParam().data);
+    ASSERT_TRUE(p) << GetParam().what;
+    EXPECT_EQ(p->valueForProperty(PersonProperty::Photo).toByteArray(), QByteArray("Hello!?\xFF\xFE"))
+        << GetParam().what;
+    EXPECT_EQ(p->valueForProperty(PersonProperty::Note).toString(), "after") << GetParam().what;
+}
+
+INSTANTIATE_TEST_SUITE_P(Forms, EmbeddedPhoto,
+    ::testing::Values(
+        PhotoCase { "3.0 folded", card("PHOTO;ENCODING=b:SGVs\r\n bG8hP//+\r\nNOTE:after\r\n") },
+        PhotoCase { "unpadded, URL-safe", card("PHOTO;ENCODING=b:SGVsbG8hP__-\r\nNOTE:after\r\n") },
+        PhotoCase { "padded with blanks", card("PHOTO;ENCODING=b:SGVs bG8h P//+ \r\nNOTE:after\r\n") },
+        PhotoCase { "2.1 indented, blank line",
+            card("PHOTO;BASE64:\r\n  SGVsbG8h\r\n  P//+\r\n\r\nNOTE:after\r\n", "2.1") },
+        PhotoCase { "2.1 not indented, up to the next property",
+            card("PHOTO;ENCODING=BASE64;TYPE=JPEG:SGVsbG8h\r\nP//+\r\nNOTE:after\r\n", "2.1") },
+        PhotoCase {
+            "4.0 data URI", card("PHOTO:data:image/jpeg;base64,SGVsbG8hP//+\r\nNOTE:after\r\n", "4.0") }));
+
+TEST(Values, DatesInstantMessagingAndLabels)
+{
+    const std::optional<Person> p = Person::initWithVCardRepresentation(
+        card("BDAY:19800501T000000Z\r\nX-ICQ;TYPE=WORK:12345\r\nIMPP:msnim:mara@msn.example\r\n"
+             "IMPP:ymsgr:mara\r\nIMPP:sip:mara@voip.example\r\nX-JABBER:mara@jabber.example\r\n"
+             "item1.URL:https://a.example\r\nitem1.X-ABLabel:_$!<HomePage>!$_\r\n"
+             "item2.TEL:1\r\nitem2.X-ABLabel:_$!<WorkFAX>!$_\r\n"));
+    ASSERT_TRUE(p);
+    EXPECT_EQ(p->valueForProperty(PersonProperty::Birthday).toDate(), QDate(1980, 5, 1));
+    EXPECT_EQ(first(card("BDAY:--0501\r\n"), PersonProperty::Birthday), "--0501"); // no year: kept as text
+    EXPECT_EQ(first(card("BDAY:1980-02-30\r\n"), PersonProperty::Birthday), "1980-02-30");
+    EXPECT_EQ(ABValuesForKey(*p, PersonProperty::ICQInstant), QStringList { "12345" });
+    EXPECT_EQ(ABValuesForKey(*p, PersonProperty::MSNInstant), QStringList { "mara@msn.example" });
+    EXPECT_EQ(ABValuesForKey(*p, PersonProperty::YahooInstant), QStringList { "mara" });
+    EXPECT_EQ(ABValuesForKey(*p, PersonProperty::JabberInstant), QStringList { "mara@jabber.example" });
+    EXPECT_EQ(p->stringForProperty(PersonProperty::URLs, p->valueForProperty(PersonProperty::URLs)),
+        "home page: https://a.example");
+    EXPECT_EQ(p->stringForProperty(PersonProperty::Phone, p->valueForProperty(PersonProperty::Phone)),
+        "work fax: 1");
+    EXPECT_EQ(p->valueForProperty(PersonProperty::HomePage).toString(), "https://a.example");
 }
 
 struct BrokenCase
