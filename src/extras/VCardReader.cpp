@@ -82,7 +82,7 @@ public:
         *ended = p != end;
         if (p != end && *p == '\r')
             ++p;
-        if (p != end && *p == '\n' && (p == begin || p[-1] != '\n'))
+        if (p != end && *p == '\n')
             ++p;
         m_pos = p - m_data.data();
         return line;
@@ -617,6 +617,21 @@ QVariant birthday(const QString &text)
     return date.isValid() ? QVariant(date) : QVariant(text);
 }
 
+// "scheme:..." as a URI starts: a letter, then letters, digits, "+", "-" or ".", then a colon.
+bool hasScheme(Bytes value)
+{
+    const auto isLetter = [](char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); };
+    if (value.isEmpty() || !isLetter(value[0]))
+        return false;
+    for (char c : value.sliced(1)) {
+        if (c == ':')
+            return true;
+        if (!isLetter(c) && !(c >= '0' && c <= '9') && c != '+' && c != '-' && c != '.')
+            return false;
+    }
+    return false;
+}
+
 void CardBuilder::add(const Property &property)
 {
     const Bytes name = property.name;
@@ -704,14 +719,17 @@ void CardBuilder::add(const Property &property)
             if (comma > 0) {
                 const Bytes header = value.first(comma);
                 const Bytes payload = value.sliced(comma + 1);
+                const bool base64 = header.size() >= 7 && equalsNoCase(header.last(7), ";base64");
                 m_person.setValue(PersonProperty::Photo,
-                    header.endsWith(";base64") ? decodeBase64(payload)
-                                               : QByteArray::fromPercentEncoding(payload.toByteArray()));
+                    base64 ? decodeBase64(payload) : QByteArray::fromPercentEncoding(payload.toByteArray()));
             }
-        } else if (!value.isEmpty()) {
+        } else if (property.parameters.uriValue || hasScheme(value)) {
             const QUrl url(text(property), QUrl::TolerantMode);
             if (url.isValid())
                 m_person.setValue(PersonProperty::Photo, url);
+        } else if (!value.isEmpty()) {
+            // Base64 without its ENCODING parameter, as some exporters write it.
+            m_person.setValue(PersonProperty::Photo, decodeBase64(value));
         }
     } else if (equalsNoCase(name, "X-ABSHOWAS")) {
         const Bytes v = trimmed(property.value);

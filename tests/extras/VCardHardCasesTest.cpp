@@ -181,6 +181,9 @@ INSTANTIATE_TEST_SUITE_P(Forms, EmbeddedPhoto,
             card("PHOTO;BASE64:\r\n  SGVsbG8h\r\n  P//+\r\n\r\nNOTE:after\r\n", "2.1") },
         PhotoCase { "2.1 not indented, up to the next property",
             card("PHOTO;ENCODING=BASE64;TYPE=JPEG:SGVsbG8h\r\nP//+\r\nNOTE:after\r\n", "2.1") },
+        PhotoCase { "no ENCODING parameter", card("PHOTO;TYPE=JPEG:SGVsbG8hP//+\r\nNOTE:after\r\n") },
+        PhotoCase {
+            "4.0 data URI, any case", card("PHOTO:DATA:image/jpeg;BASE64,SGVsbG8hP//+\r\nNOTE:after\r\n") },
         PhotoCase {
             "4.0 data URI", card("PHOTO:data:image/jpeg;base64,SGVsbG8hP//+\r\nNOTE:after\r\n", "4.0") }));
 
