@@ -419,9 +419,8 @@ Person readCard(LineSource &source, QByteArray &buffer, TextDecoder &decoder, bo
         if (softBreak || binary21) {
             extended.resize(0);
             extended.append(property.value);
-            while (!source.atEnd() && !line.oversize) {
-                if (softBreak && !extended.endsWith('='))
-                    break;
+            Bytes last = property.value;
+            while (!source.atEnd() && !(softBreak && !last.endsWith('='))) {
                 const qsizetype mark = source.position();
                 bool ended = true;
                 const Bytes next = source.next(&ended);
@@ -430,11 +429,17 @@ Person readCard(LineSource &source, QByteArray &buffer, TextDecoder &decoder, bo
                         source.rewind(mark); // the next property
                     break;
                 }
-                if (softBreak)
-                    extended.chop(1);
-                extended.append(next);
+                // Past the limit the value's lines are still consumed, but no longer kept.
+                if (line.oversize || extended.size() + next.size() > VCardLimits::MaxPropertyBytes) {
+                    line.oversize = true;
+                    extended.resize(0);
+                } else {
+                    if (softBreak)
+                        extended.chop(1);
+                    extended.append(next);
+                }
                 line.ended = ended;
-                line.oversize = extended.size() > VCardLimits::MaxPropertyBytes;
+                last = next;
             }
             if (line.oversize)
                 continue;

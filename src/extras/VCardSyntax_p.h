@@ -124,7 +124,8 @@ struct Property
     Parameters parameters;
     Bytes value;
 };
-// Splits "group.NAME;PARAM=V;BARE:value"; false for a line without a colon.
+
+/// Splits "group.NAME;PARAM=V;BARE:value"; false for a line without a colon.
 bool parseProperty(Bytes line, Property &property);
 
 /// Quoted-printable decoded; an "=" that starts no escape is kept.

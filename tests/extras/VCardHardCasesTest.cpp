@@ -280,6 +280,22 @@ TEST(Limits, OverlongPropertySkippedInMemory)
     EXPECT_EQ(p->primaryEmail(), "m@x");
 }
 
+TEST(Limits, OverlongContinuedValuesAreConsumedAndSkipped)
+{
+    // Past the limit the lines of the value must still be taken as its own, not as properties.
+    const qsizetype rows = VCardLimits::MaxPropertyBytes / 13 + 10; // 13 bytes of each kept
+    const QByteArray picture = "PHOTO;BASE64:\r\n" + (QByteArray(13, 'A') + "\r\n").repeated(rows) + "\r\n";
+    const QByteArray note
+        = "NOTE;QUOTED-PRINTABLE:=\r\n" + QByteArray("EMAIL:bogus@x=\r\n").repeated(rows) + "end\r\n";
+    const std::optional<Person> p
+        = Person::initWithVCardRepresentation(card(picture + note + "EMAIL:m@x\r\nN:Holt;Mara\r\n", "2.1"));
+    ASSERT_TRUE(p);
+    EXPECT_FALSE(p->valueForProperty(PersonProperty::Photo).isValid());
+    EXPECT_FALSE(p->valueForProperty(PersonProperty::Note).isValid());
+    EXPECT_EQ(p->emailAdresses(), QStringList { "m@x" });
+    EXPECT_EQ(p->proposedName(), "Mara Holt");
+}
+
 TEST(Limits, MillionPropertiesKeepTheFirstOnes)
 {
     QByteArray data = "BEGIN:VCARD\r\nN:Holt;Mara\r\n";
