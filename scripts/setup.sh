@@ -16,6 +16,7 @@ packages=(
   qt6-translations-l10n
   desktop-file-utils appstream dbus-daemon xvfb xauth imagemagick
   clang-format
+  python3-vobject
 )
 missing=()
 for p in "${packages[@]}"; do

@@ -1,0 +1,195 @@
+// The person record's operations on records built in the test: names, e-mail, values, metadata.
+#include "extras/Person.h"
+
+#include "testlib/TestSupport.h"
+
+#include <QDate>
+#include <QUrl>
+
+#include <gtest/gtest.h>
+
+using namespace orvel;
+using namespace Qt::StringLiterals;
+
+namespace {
+
+MultiValue multi(const QVariantList &values, const QStringList &labels = {})
+{
+    MultiValue m;
+    for (qsizetype i = 0; i < values.size(); ++i)
+        m.addValue(values.at(i), labels.value(i));
+    return m;
+}
+
+struct NameCase
+{
+    const char *what;
+    QVariantMap properties; // name -> value (a MultiValue for Email)
+    int flags; // -1: no flags property
+    QString expected; // null: nil
+};
+
+class ProposedName : public ::testing::TestWithParam<NameCase>
+{
+};
+
+TEST_P(ProposedName, FollowsTheNamingRules)
+{
+    const NameCase &c = GetParam();
+    Person p;
+    for (auto it = c.properties.cbegin(); it != c.properties.cend(); ++it)
+        p.setValue(it.key(), it.value());
+    if (c.flags >= 0)
+        p.setValue(kABPersonFlags, c.flags);
+    EXPECT_EQ(p.proposedName(), c.expected) << c.what;
+    EXPECT_EQ(p.proposedName().isNull(), c.expected.isNull()) << c.what;
+}
+
+QVariant emails(const QVariantList &values, int primary = -1)
+{
+    MultiValue m = multi(values);
+    if (primary >= 0)
+        m.setPrimaryIdentifier(m.identifierAtIndex(primary));
+    return QVariant::fromValue(m);
+}
+
+INSTANTIATE_TEST_SUITE_P(Cases, ProposedName,
+    ::testing::Values(
+        NameCase { "first and last", { { "First", "Mara" }, { "Last", "Holt" } }, -1, "Mara Holt" },
+        NameCase { "with middle", { { "First", "Mara" }, { "Middle", "Jo" }, { "Last", "Holt" } }, -1,
+            "Mara Jo Holt" },
+        NameCase { "middle without last", { { "First", "Mara" }, { "Middle", "Jo" } }, -1, "Mara" },
+        NameCase { "last alone", { { "Last", "Holt" } }, -1, "Holt" },
+        NameCase { "nickname", { { "Nickname", "Mo" }, { "Middle", "Jo" } }, -1, "Mo" },
+        NameCase { "organisation only", { { "Organization", "Widgets" } }, -1, "Widgets" },
+        NameCase { "company card", { { "Organization", "Widgets" }, { "First", "Mara" }, { "Last", "Holt" } },
+            1, "Widgets - Mara Holt" },
+        NameCase { "person card", { { "Organization", "Widgets" }, { "First", "Mara" }, { "Last", "Holt" } },
+            0, "Mara Holt" },
+        NameCase { "no flags: a person",
+            { { "Organization", "Widgets" }, { "First", "Mara" }, { "Last", "Holt" } }, -1, "Mara Holt" },
+        // Only the low three bits count; 8 | 0 is a person, 2 is neither person nor company.
+        NameCase { "high flag bits", { { "Organization", "W" }, { "Last", "Holt" } }, 8, "Holt" },
+        NameCase { "other display flags", { { "Organization", "W" }, { "Last", "Holt" } }, 2, "W - Holt" },
+        NameCase { "organisation wins over e-mail",
+            { { "Organization", "Widgets" }, { "Email", emails({ "a@x.org" }) } }, 1, "Widgets" },
+        NameCase { "primary e-mail", { { "Email", emails({ "a@x.org", "b@x.org" }, 1) } }, -1, "b@x.org" },
+        NameCase {
+            "primary e-mail not a string", { { "Email", emails({ "a@x.org", 42 }, 1) } }, -1, QString() },
+        NameCase { "nothing", {}, -1, QString() }));
+
+TEST(PrimaryEmail, PrimaryElseFirstStringsOnly)
+{
+    Person p;
+    EXPECT_TRUE(p.primaryEmail().isNull());
+    p.setValue(PersonProperty::Email, emails({}));
+    EXPECT_TRUE(p.primaryEmail().isNull());
+    p.setValue(PersonProperty::Email, emails({ "a@x.org", "b@x.org" }));
+    EXPECT_EQ(p.primaryEmail(), "a@x.org");
+    // A primary identifier that names no value falls back to the first.
+    MultiValue dangling = multi({ "a@x.org", "b@x.org" });
+    dangling.setPrimaryIdentifier(u"nonesuch"_s);
+    p.setValue(PersonProperty::Email, dangling);
+    EXPECT_EQ(p.primaryEmail(), "a@x.org");
+    p.setValue(PersonProperty::Email, emails({ 7, "b@x.org" }));
+    EXPECT_TRUE(p.primaryEmail().isNull());
+    p.setValue(PersonProperty::Email, u"single@x.org"_s);
+    EXPECT_EQ(p.primaryEmail(), "single@x.org");
+}
+
+TEST(ABValuesForKey, NilEmptyOrTheStrings)
+{
+    Person p;
+    p.setValue(PersonProperty::Note, u"a note"_s);
+    p.setValue(PersonProperty::Birthday, QDate(1980, 5, 1));
+    p.setValue(PersonProperty::Email, multi({ 1, QUrl(u"mailto:a@x.org"_s) }));
+    p.setValue(PersonProperty::Phone, multi({ "555", 3, "556" }));
+    p.setValue(PersonProperty::URLs, MultiValue());
+    EXPECT_EQ(ABValuesForKey(p, QStringView()), std::nullopt);
+    EXPECT_EQ(ABValuesForKey(p, u"Missing"), std::nullopt);
+    EXPECT_EQ(ABValuesForKey(p, PersonProperty::URLs), std::nullopt);
+    EXPECT_EQ(ABValuesForKey(p, PersonProperty::Birthday), std::nullopt);
+    EXPECT_EQ(ABValuesForKey(p, PersonProperty::Note), QStringList { "a note" });
+    EXPECT_EQ(ABValuesForKey(p, PersonProperty::Email), QStringList());
+    EXPECT_EQ(p.emailAdresses(), QStringList());
+    EXPECT_EQ(p.phoneNumbers(), (QStringList { "555", "556" }));
+}
+
+TEST(HomePage, HomePagePropertyThenFirstUrl)
+{
+    Person p;
+    EXPECT_TRUE(p.homePage().isNull());
+    p.setValue(PersonProperty::URLs, multi({ "https://b.example", "https://c.example" }));
+    EXPECT_EQ(p.homePage(), "https://b.example");
+    p.setValue(PersonProperty::HomePage, u"https://a.example"_s);
+    EXPECT_EQ(p.homePage(), "https://a.example");
+    p.setValue(PersonProperty::HomePage, QVariant());
+    p.setValue(PersonProperty::URLs, multi({ QUrl(u"https://b.example"_s) }));
+    EXPECT_TRUE(p.homePage().isNull());
+    p.setValue(PersonProperty::URLs, u"https://single.example"_s);
+    EXPECT_EQ(p.homePage(), "https://single.example");
+}
+
+TEST(StringForProperty, AddressLinesAndLabelledValues)
+{
+    const QVariantMap home { { "Street", "1 Main St\nApt 2" }, { "City", "Springfield" }, { "State", "IL" },
+        { "ZIP", "62701" }, { "Country", "USA" } };
+    const QVariantMap work { { "City", "Berlin" }, { "ZIP", "10115" } };
+    Person p;
+    EXPECT_EQ(
+        p.stringForProperty(PersonProperty::Address, home), "1 Main St\nApt 2\nSpringfield, IL 62701\nUSA");
+    EXPECT_EQ(
+        p.stringForProperty(PersonProperty::Address, QVariant::fromValue(multi({ home, work }, { "home" }))),
+        "home: 1 Main St\nApt 2\nSpringfield, IL 62701\nUSA\nBerlin 10115");
+    EXPECT_EQ(p.stringForProperty(PersonProperty::Birthday, QDate(1980, 5, 1)), "1980-05-01");
+    EXPECT_EQ(p.stringForProperty(PersonProperty::Photo, QByteArray("\xFF\xD8")), "");
+    EXPECT_EQ(
+        p.stringForProperty(PersonProperty::Phone, QVariant::fromValue(multi({ "555", QByteArray("x") }))),
+        "555");
+}
+
+TEST(MetaData, TextInFixedOrderAndOnlyKeysWithValues)
+{
+    Person p;
+    p.setValue(PersonProperty::Note, u"Met at the fair"_s);
+    EXPECT_EQ(p.metaData(), (QVariantMap { { kMDItemTextContent.toString(), "Met at the fair\n" } }));
+
+    p.setValue(PersonProperty::First, u"Mara"_s);
+    p.setValue(PersonProperty::Organization, u"Widgets"_s);
+    p.setValue(PersonProperty::JobTitle, u"Engineer"_s); // not part of the text
+    p.setValue(PersonProperty::Phone, multi({ "555 1234" }, { "mobile" }));
+    p.setValue(PersonProperty::Email, multi({ 42 }));
+    p.setValue(PersonProperty::JabberInstant, multi({ "mara@jabber.example" }));
+    const QVariantMap m = p.metaData();
+    EXPECT_EQ(m.value(kMDItemTextContent.toString()).toString(),
+        "Mara\nWidgets\nmobile: 555 1234\nmara@jabber.example\nMet at the fair\n");
+    EXPECT_EQ(m.value(kMDItemPhoneNumbers.toString()).toStringList(), QStringList { "555 1234" });
+    // No string e-mail: an empty list, still set; no URL: no key.
+    ASSERT_TRUE(m.contains(kMDItemEmailAddresses.toString()));
+    EXPECT_TRUE(m.value(kMDItemEmailAddresses.toString()).toStringList().isEmpty());
+    EXPECT_FALSE(m.contains(kMDItemURL.toString()));
+}
+
+TEST(MetaData, EmptyPersonHasAnEmptyText)
+{
+    const QVariantMap m = Person().metaData();
+    EXPECT_EQ(m.keys(), QStringList { kMDItemTextContent.toString() });
+    EXPECT_EQ(m.value(kMDItemTextContent.toString()).toString(), "");
+}
+
+TEST(DisplayFlags, LowThreeBits)
+{
+    Person p;
+    EXPECT_TRUE(p.showAsPerson());
+    EXPECT_FALSE(p.showAsCompany());
+    for (int flags : { 1, 9, 0x101 }) {
+        p.setValue(kABPersonFlags, flags);
+        EXPECT_TRUE(p.showAsCompany()) << flags;
+        EXPECT_FALSE(p.showAsPerson()) << flags;
+    }
+    p.setValue(kABPersonFlags, 3);
+    EXPECT_FALSE(p.showAsCompany());
+    EXPECT_FALSE(p.showAsPerson());
+}
+
+} // namespace
