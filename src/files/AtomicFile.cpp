@@ -1,6 +1,8 @@
 // Atomic file replacement: write a hidden temporary file beside the target, flush it, rename it over.
 #include "files/AtomicFile.h"
 
+#include "support/Failure.h"
+
 #include "files/NativePath_p.h"
 
 #include <QRandomGenerator>
@@ -65,11 +67,7 @@ bool writeAll(int fd, const char *data, qsizetype size)
 
 bool writeFileAtomically(const QString &path, const QByteArray &data, QString *error)
 {
-    auto fail = [error](const QString &reason) {
-        if (error)
-            *error = reason;
-        return false;
-    };
+    auto fail = [error](const QString &reason) { return failure(error, reason); };
 
     QByteArray target;
     if (!detail::nativePath(path, &target))

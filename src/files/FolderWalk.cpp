@@ -58,12 +58,12 @@ QString missingReason(const QString &path, const QString &resolved)
     return errorText(errno);
 }
 
-/// Answers whether the folder can be opened for listing; reason receives why not.
-bool canListFolder(const QString &path, QString *reason)
+/// Answers whether the folder can be opened for listing; error receives why not.
+bool canListFolder(const QString &path, QString *error)
 {
     DIR *dir = ::opendir(QFile::encodeName(path).constData());
     if (!dir) {
-        *reason = QStringLiteral("cannot read folder: %1").arg(errorText(errno));
+        *error = QStringLiteral("cannot read folder: %1").arg(errorText(errno));
         return false;
     }
     ::closedir(dir);

@@ -2,7 +2,7 @@
 #include "image/BitmapImageRep.h"
 
 #include "image/GraphicsContext.h"
-#include "image/VipsBridge.h"
+#include "image/VipsBridge_p.h"
 
 #include <QPainter>
 #include <cstdlib>

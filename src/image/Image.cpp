@@ -2,7 +2,7 @@
 #include "image/Image.h"
 
 #include "image/PDFImageRep.h"
-#include "image/VipsBridge.h"
+#include "image/VipsBridge_p.h"
 #include "support/Log.h"
 
 #include <QFile>

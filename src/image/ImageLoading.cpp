@@ -1,7 +1,9 @@
 // Loading images: decoded thumbnails of image files, referenced files, downloaded data, pictures.
 #include "image/Image.h"
 
-#include "image/VipsBridge.h"
+#include "support/Failure.h"
+
+#include "image/VipsBridge_p.h"
 
 namespace orvel {
 
@@ -10,11 +12,8 @@ ImagePtr Image::thumbnailForFile(const QString &path, int maxPixelSize, bool alw
 {
     if (properties)
         properties->clear();
-    if (path.isEmpty()) {
-        if (error)
-            *error = QStringLiteral("empty path");
-        return nullptr;
-    }
+    if (path.isEmpty())
+        return failure<ImagePtr>(error, QStringLiteral("empty path"));
     // libvips decodes the picture itself; embedded previews are never used, so alwaysFromImage
     // changes nothing here. Pixels are decoded when first drawn, at the scale the drawing needs.
     (void)alwaysFromImage;

@@ -2,7 +2,7 @@
 // type codes, MIME types and file contents to file extensions.
 #include "image/Image.h"
 #include "image/ImageTypes_p.h"
-#include "image/VipsBridge.h"
+#include "image/VipsBridge_p.h"
 
 #include "files/FileManager.h"
 #include "files/FinderInfo.h"

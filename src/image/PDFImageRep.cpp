@@ -1,6 +1,8 @@
 // PDFImageRep and EPSImageRep: vector documents rendered through Poppler, PostScript through Ghostscript.
 #include "image/PDFImageRep.h"
 
+#include "support/Failure.h"
+
 #include "image/GraphicsContext.h"
 
 #include <QPainter>
@@ -37,11 +39,7 @@ std::atomic<int> ghostscriptTimeLimit { 30 };
 std::shared_ptr<PDFImageRep> PDFImageRep::imageRepWithData(const QByteArray &data, QString *error)
 {
     quietPoppler();
-    auto fail = [error](const QString &why) -> std::shared_ptr<PDFImageRep> {
-        if (error)
-            *error = why;
-        return nullptr;
-    };
+    auto fail = [error](const QString &why) { return failure<std::shared_ptr<PDFImageRep>>(error, why); };
     if (data.isEmpty())
         return fail(QStringLiteral("empty document"));
     std::unique_ptr<Poppler::Document> document = Poppler::Document::loadFromData(data);
@@ -184,11 +182,7 @@ bool EPSImageRep::drawInRect(const QRectF &rect)
 QByteArray convertPostScriptToPDF(
     const QByteArray &postScript, bool encapsulated, int timeLimitSeconds, QString *error)
 {
-    auto fail = [error](const QString &why) {
-        if (error)
-            *error = why;
-        return QByteArray();
-    };
+    auto fail = [error](const QString &why) { return failure<QByteArray>(error, why); };
     const QString gs = QStandardPaths::findExecutable(QStringLiteral("gs"));
     if (gs.isEmpty())
         return fail(QStringLiteral("Ghostscript (gs) is not installed"));

@@ -1,5 +1,7 @@
 // The libvips side of the image module: lazy sources, pixel conversion and the encoders.
-#include "image/VipsBridge.h"
+#include "image/VipsBridge_p.h"
+
+#include "support/Failure.h"
 
 #include "image/BitmapImageRep.h"
 
@@ -81,11 +83,8 @@ std::shared_ptr<ImageSource> ImageSource::open(
 std::shared_ptr<ImageSource> ImageSource::openData(
     const QByteArray &data, int maxPixelSize, bool withTransform, QString *error)
 {
-    if (data.isEmpty()) {
-        if (error)
-            *error = QStringLiteral("no data");
-        return nullptr;
-    }
+    if (data.isEmpty())
+        return failure<std::shared_ptr<ImageSource>>(error, QStringLiteral("no data"));
     std::shared_ptr<ImageSource> source(new ImageSource);
     source->m_data = data;
     return source->start(maxPixelSize, withTransform, error) ? source : nullptr;
@@ -102,11 +101,8 @@ bool ImageSource::start(int maxPixelSize, bool withTransform, QString *error)
     else
         m_error = QStringLiteral("not a picture that can be decoded");
     vips_error_clear();
-    if (m_loader.isEmpty() || !readHeader(maxPixelSize, withTransform)) {
-        if (error)
-            *error = m_error;
-        return false;
-    }
+    if (m_loader.isEmpty() || !readHeader(maxPixelSize, withTransform))
+        return failure(error, m_error);
     return true;
 }
 

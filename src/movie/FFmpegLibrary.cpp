@@ -1,6 +1,8 @@
 // FFmpegLibrary: FFmpeg's libraries opened with dlopen on first need, and the table of their functions.
 #include "movie/FFmpegLibrary.h"
+
 #include "movie/FFmpeg_p.h"
+#include "support/Failure.h"
 
 #include <QByteArray>
 #include <QFile>
@@ -41,9 +43,9 @@ QString dlFailure()
     return QString::fromLocal8Bit(message ? message : "unknown failure");
 }
 
-// Opens the four libraries and resolves every function; on failure answers why. The handles are
+// Opens the four libraries and resolves every function; on failure error says why. The handles are
 // never closed: FFmpeg keeps process-wide state and its objects may outlive any caller.
-bool loadLibraries(const QString &folder, QString *why)
+bool loadLibraries(const QString &folder, QString *error)
 {
     void *handles[libraryCount] = {};
     for (int i = 0; i < libraryCount; ++i) {
@@ -52,7 +54,7 @@ bool loadLibraries(const QString &folder, QString *why)
             : QFile::encodeName(folder + u'/' + QLatin1StringView(kSonames[i]));
         handles[i] = dlopen(name.constData(), RTLD_NOW | RTLD_LOCAL);
         if (!handles[i]) {
-            *why = dlFailure();
+            *error = dlFailure();
             return false;
         }
     }
@@ -60,7 +62,7 @@ bool loadLibraries(const QString &folder, QString *why)
 #define ORVEL_FFMPEG_RESOLVE(library, function)                                                              \
     resolved.function = reinterpret_cast<decltype(resolved.function)>(dlsym(handles[library], #function));   \
     if (!resolved.function) {                                                                                \
-        *why = dlFailure();                                                                                  \
+        *error = dlFailure();                                                                                \
         return false;                                                                                        \
     }
     ORVEL_FFMPEG_FUNCTIONS(ORVEL_FFMPEG_RESOLVE)
@@ -82,7 +84,7 @@ bool setFFmpegLibraryFolder(const QString &folder)
 
 bool isFFmpegLoaded() { return loaded.load(std::memory_order_acquire); }
 
-const FFmpegLibrary *loadFFmpeg(QString *why)
+const FFmpegLibrary *loadFFmpeg(QString *error)
 {
     static std::once_flag once;
     std::call_once(once, [] {
@@ -102,9 +104,7 @@ const FFmpegLibrary *loadFFmpeg(QString *why)
     });
     if (isFFmpegLoaded())
         return &table;
-    if (why)
-        *why = loadFailure;
-    return nullptr;
+    return failure<const FFmpegLibrary *>(error, loadFailure);
 }
 
 const FFmpegLibrary &ffmpeg() { return table; }

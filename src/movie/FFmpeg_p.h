@@ -71,7 +71,7 @@ struct FFmpegLibrary
 
 /// Loads FFmpeg on the first call (once per process, thread-safe, never unloaded). Null when it
 /// cannot be loaded; why (if given) then says so, starting "FFmpeg is not available: ".
-const FFmpegLibrary *loadFFmpeg(QString *why = nullptr);
+const FFmpegLibrary *loadFFmpeg(QString *error = nullptr);
 /// The loaded functions; only for code that holds an FFmpeg object, which proves the load.
 const FFmpegLibrary &ffmpeg();
 /// FFmpeg's log level (AV_LOG_*), applied now if FFmpeg is loaded, else as soon as it is.

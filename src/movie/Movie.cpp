@@ -1,6 +1,8 @@
 // Movie: opening a movie file with FFmpeg under time limits, and taking one still frame from it.
 #include "movie/Movie.h"
+
 #include "movie/FFmpeg_p.h"
+#include "support/Failure.h"
 
 #include "support/Log.h"
 
@@ -103,11 +105,7 @@ void Movie::setDecodingThreads(int threads) { decodingThreads.store(std::max(0, 
 
 MoviePtr Movie::initWithFile(const QString &path, QString *error)
 {
-    auto fail = [&](const QString &why) -> MoviePtr {
-        if (error)
-            *error = why;
-        return nullptr;
-    };
+    auto fail = [&](const QString &why) { return failure<MoviePtr>(error, why); };
     const QFileInfo info(path);
     if (path.isEmpty() || !info.isFile())
         return fail(QStringLiteral("not a regular file"));

@@ -1,6 +1,8 @@
 // IsolatedJob: the thumbnail job of the desktop application, run in a worker process.
 #include "app/desktop/IsolatedJob.h"
 
+#include "support/Failure.h"
+
 #include "app/batch/WorkerEngine.h"
 #include "app/batch/WorkerPool.h"
 #include "app/engine/ThumbnailJob.h"
@@ -45,19 +47,16 @@ QString IsolatedJob::defaultExecutable()
     return QCoreApplication::applicationDirPath() + QStringLiteral("/orvel-thumbs");
 }
 
-bool IsolatedJob::processFile(const QString &path, QString *reason)
+bool IsolatedJob::processFile(const QString &path, QString *error)
 {
     UserDefaults &defaults = m_defaults ? *m_defaults : UserDefaults::standard();
     if (m_executable.isEmpty())
-        return ThumbnailJob::processFile(path, &defaults, reason);
+        return ThumbnailJob::processFile(path, &defaults, error);
 
     // A pipe or a device would block the decoder reading it until the time limit.
     const std::optional<FileKind> kind = FileManager::fileKindAtPath(path);
-    if (kind && *kind != FileKind::Regular) {
-        if (reason)
-            *reason = QStringLiteral("not a regular file");
-        return false;
-    }
+    if (kind && *kind != FileKind::Regular)
+        return failure(error, QStringLiteral("not a regular file"));
 
     if (!m_pool) {
         WorkerPool::Options options;
@@ -89,8 +88,8 @@ bool IsolatedJob::processFile(const QString &path, QString *reason)
     } else {
         work();
     }
-    if (reason && !m_lastOk)
-        *reason = m_lastReason;
+    if (error && !m_lastOk)
+        *error = m_lastReason;
     return m_lastOk;
 }
 

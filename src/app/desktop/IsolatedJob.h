@@ -30,9 +30,9 @@ public:
     /// Whether the jobs run in worker processes.
     bool isIsolated() const { return !m_executable.isEmpty(); }
 
-    /// The thumbnail job for the file at path (resolved). Answers YES or NO; on NO, reason (when
+    /// The thumbnail job for the file at path (resolved). Answers YES or NO; on NO, error (when
     /// given) says why.
-    bool processFile(const QString &path, QString *reason = nullptr);
+    bool processFile(const QString &path, QString *error = nullptr);
 
 private:
     QString m_executable;

@@ -1,6 +1,8 @@
 // ThumbnailJob: one file in, one thumbnail (or custom icon) out, as the settings say.
 #include "app/engine/ThumbnailJob.h"
 
+#include "support/Failure.h"
+
 #include "app/engine/IconService.h"
 #include "app/shared/ThumbnailSettings.h"
 #include "files/AtomicFile.h"
@@ -164,14 +166,12 @@ QString ThumbnailJob::outputPathForFile(const QString &path, UserDefaults *defau
     return ThumbnailSettings::read(defaults ? *defaults : UserDefaults::standard()).thumbnailPathFor(path);
 }
 
-bool ThumbnailJob::processFile(const QString &path, UserDefaults *defaults, QString *reason)
+bool ThumbnailJob::processFile(const QString &path, UserDefaults *defaults, QString *error)
 {
     const ThumbnailSettings settings
         = ThumbnailSettings::read(defaults ? *defaults : UserDefaults::standard());
-    const Failure failure = makeThumbnail(path, settings);
-    if (failure && reason)
-        *reason = *failure;
-    return !failure;
+    const Failure failed = makeThumbnail(path, settings);
+    return failed ? failure(error, *failed) : true;
 }
 
 } // namespace orvel

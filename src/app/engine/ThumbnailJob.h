@@ -12,9 +12,9 @@ class ThumbnailJob
 {
 public:
     /// Makes the thumbnail or icon of the file at path (already resolved) with the settings of
-    /// defaults (the standard store when null). Answers YES or NO; on NO, reason (when given)
+    /// defaults (the standard store when null). Answers YES or NO; on NO, error (when given)
     /// receives a one-line explanation such as "not an image, PDF or movie file".
-    static bool processFile(const QString &path, UserDefaults *defaults = nullptr, QString *reason = nullptr);
+    static bool processFile(const QString &path, UserDefaults *defaults = nullptr, QString *error = nullptr);
 
     /// The thumbnail file the job writes for path with the settings of defaults; empty when it writes
     /// none (create mode 2, an unknown create mode or format). The path is not resolved or checked.

@@ -1,6 +1,8 @@
 // WorkerOptions: what a worker process of orvel-thumbs is started with, as arguments and back.
 #include "app/shared/WorkerOptions.h"
 
+#include "support/Failure.h"
+
 #include <QLocale>
 #include <QRegularExpression>
 
@@ -71,11 +73,7 @@ QStringList WorkerOptions::toArguments() const
 
 std::optional<WorkerOptions> WorkerOptions::fromArguments(const QStringList &arguments, QString *error)
 {
-    auto fail = [error](const QString &why) -> std::optional<WorkerOptions> {
-        if (error)
-            *error = why;
-        return std::nullopt;
-    };
+    auto fail = [error](const QString &why) { return failure<std::optional<WorkerOptions>>(error, why); };
     if (arguments.isEmpty() || arguments.first() != QStringView(WorkerArgument))
         return fail(u"not a worker command line"_s);
 
