@@ -16,6 +16,23 @@ namespace orvel {
 
 namespace {
 
+/// The status of what is at path, links followed unless followLinks is false; nullopt when
+/// nothing can be found there or the path cannot name a file.
+std::optional<struct stat> statusAtPath(const QString &path, bool followLinks = true)
+{
+    QByteArray native;
+    if (!detail::nativePath(path, &native))
+        return std::nullopt;
+    struct stat st;
+    if ((followLinks ? stat(native.constData(), &st) : lstat(native.constData(), &st)) != 0)
+        return std::nullopt;
+    return st;
+}
+
+} // namespace
+
+namespace {
+
 struct DirCloser
 {
     void operator()(DIR *d) const noexcept { closedir(d); }
@@ -168,13 +185,8 @@ bool FileManager::createPath(const QString &path, std::optional<QFileDevice::Per
 
 std::optional<FileTime> FileManager::fileModificationDateAtPath(const QString &path)
 {
-    QByteArray native;
-    if (!detail::nativePath(path, &native))
-        return std::nullopt;
-    struct stat st;
-    if (stat(native.constData(), &st) != 0)
-        return std::nullopt;
-    return detail::timePointFromTimespec<FileTime>(st.st_mtim);
+    const std::optional<struct stat> st = statusAtPath(path);
+    return st ? std::optional(detail::timePointFromTimespec<FileTime>(st->st_mtim)) : std::nullopt;
 }
 
 bool FileManager::setFileModificationDate(std::optional<FileTime> date, const QString &path)
@@ -191,45 +203,32 @@ bool FileManager::setFileModificationDate(std::optional<FileTime> date, const QS
 
 bool FileManager::fileExistsAtPath(const QString &path, bool *isDirectory)
 {
+    const std::optional<struct stat> st = statusAtPath(path);
     if (isDirectory)
-        *isDirectory = false;
-    QByteArray native;
-    if (!detail::nativePath(path, &native))
-        return false;
-    struct stat st;
-    if (stat(native.constData(), &st) != 0)
-        return false;
-    if (isDirectory)
-        *isDirectory = S_ISDIR(st.st_mode);
-    return true;
+        *isDirectory = st && S_ISDIR(st->st_mode);
+    return st.has_value();
 }
 
 std::optional<FileKind> FileManager::fileKindAtPath(const QString &path, bool followLinks)
 {
-    QByteArray native;
-    if (!detail::nativePath(path, &native))
+    const std::optional<struct stat> st = statusAtPath(path, followLinks);
+    if (!st)
         return std::nullopt;
-    struct stat st;
-    if ((followLinks ? stat(native.constData(), &st) : lstat(native.constData(), &st)) != 0)
-        return std::nullopt;
-    if (S_ISREG(st.st_mode))
+    if (S_ISREG(st->st_mode))
         return FileKind::Regular;
-    if (S_ISDIR(st.st_mode))
+    if (S_ISDIR(st->st_mode))
         return FileKind::Directory;
-    if (S_ISLNK(st.st_mode))
+    if (S_ISLNK(st->st_mode))
         return FileKind::SymbolicLink;
     return FileKind::Other;
 }
 
 std::optional<FileIdentity> FileManager::fileIdentityAtPath(const QString &path)
 {
-    QByteArray native;
-    if (!detail::nativePath(path, &native))
+    const std::optional<struct stat> st = statusAtPath(path);
+    if (!st)
         return std::nullopt;
-    struct stat st;
-    if (stat(native.constData(), &st) != 0)
-        return std::nullopt;
-    return FileIdentity { quint64(st.st_dev), quint64(st.st_ino) };
+    return FileIdentity { quint64(st->st_dev), quint64(st->st_ino) };
 }
 
 bool FileManager::isSameFileAtPaths(const QString &a, const QString &b)

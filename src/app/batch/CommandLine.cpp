@@ -139,9 +139,8 @@ struct Option
 
 const Option Options[] = {
     { Option::Section::Settings, u"set", 0, u"KEY=VALUE",
-        u"set a setting: a whole number is stored as an integer, a\ndecimal as a real, true/false as a "
-        u"boolean, else as "
-        u"text",
+        u"set a setting: a whole number is stored as an integer, a\n"
+        u"decimal as a real, true/false as a boolean, else as text",
         nullptr,
         [](const QString &option, const QString &value, CommandLineOptions &o) {
             return setSetting(option, value, o, true);
@@ -231,9 +230,8 @@ const Option Options[] = {
             return QString();
         } },
     { Option::Section::Running, u"memory-limit", 0, u"MIB",
-        u"memory limit of each worker process (default: three quarters\nof the machine's memory shared among "
-        u"the "
-        u"workers; 0 for none)",
+        u"memory limit of each worker process (default: three quarters\n"
+        u"of the machine's memory shared among the workers; 0 for none)",
         nullptr,
         [](const QString &option, const QString &value, CommandLineOptions &o) {
             const auto mebibytes = wholeNumber(value, 0, qint64(1) << 40);
