@@ -1,4 +1,4 @@
-// The effects: byte inverters and negatives, tinting through Porter–Duff operations, reflections.
+// The effects: negatives, tinting through Porter–Duff operations, reflections.
 #include "image/Image.h"
 #include "testlib/TestSupport.h"
 
@@ -16,10 +16,10 @@ namespace {
 
 using Bytes = std::vector<unsigned char>;
 
-BitmapImageRepPtr bitmap(int w, int h, int spp, bool alpha, const Bytes &bytes, qsizetype bytesPerRow = 0)
+BitmapImageRepPtr bitmap(int w, int h, int spp, bool alpha, const Bytes &bytes)
 {
-    auto rep = BitmapImageRep::create(w, h, 8, spp, alpha, false, 0, bytesPerRow);
-    memcpy(rep->bitmapData(), bytes.data(), std::min(bytes.size(), size_t(rep->bytesPerPlane())));
+    auto rep = BitmapImageRep::create(w, h, 8, spp, alpha, false);
+    memcpy(rep->bitmapData(), bytes.data(), bytes.size());
     return rep;
 }
 
@@ -41,26 +41,6 @@ QColor pixel(const BitmapImageRepPtr &rep, int x, int y)
 }
 
 } // namespace
-
-TEST(ImageEffects, InvertersComplementColourBytesAndKeepAlpha)
-{
-    auto rgba = bitmap(2, 1, 4, true, Bytes { 0, 10, 255, 128, 1, 2, 3, 4 });
-    EXPECT_EQ(&rgba->invertRGBA(), rgba.get());
-    EXPECT_EQ(bytesOf(*rgba), (Bytes { 255, 245, 0, 128, 254, 253, 252, 4 }));
-    auto greyAlpha = bitmap(2, 1, 2, true, Bytes { 5, 6, 7, 8 });
-    greyAlpha->invertGreyAlpha();
-    EXPECT_EQ(bytesOf(*greyAlpha), (Bytes { 250, 6, 248, 8 }));
-}
-
-TEST(ImageEffects, InvertersTakeRowsAsPackedEvenWhenPadded)
-{
-    // 2×2 RGB with rows of 8 bytes: the first 12 bytes are inverted, padding included, the last 4 not.
-    auto rgb = bitmap(2, 2, 3, false, Bytes(16, 0), 8);
-    rgb->invertRGB();
-    Bytes expected(16, 0);
-    std::fill(expected.begin(), expected.begin() + 12, 255);
-    EXPECT_EQ(bytesOf(*rgb), expected);
-}
 
 TEST(ImageEffects, NegativeImageRepCopiesAndRefusesOtherSampleCounts)
 {
