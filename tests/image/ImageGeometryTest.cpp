@@ -62,12 +62,3 @@ TEST(ImageGeometry, ValidityNeedsASizeAndARepresentation)
     EXPECT_DOUBLE_EQ(Image::initWithSize(QSizeF(30, 20))->aspectRatio(), 1.5);
     EXPECT_DOUBLE_EQ(Image::initWithSize(QSizeF(30, 0))->aspectRatio(), 0.0);
 }
-
-TEST(ImageGeometry, BitmapFileTypeExtensions)
-{
-    const char *expected[] = { "tiff", "bmp", "gif", "jpg", "png", "jp2" };
-    for (int i = 0; i < 6; ++i)
-        EXPECT_EQ(BitmapImageRep::pathExtensionForBitmapImageFileType(i), QString::fromLatin1(expected[i]));
-    EXPECT_TRUE(BitmapImageRep::pathExtensionForBitmapImageFileType(6).isNull());
-    EXPECT_TRUE(BitmapImageRep::pathExtensionForBitmapImageFileType(-1).isNull());
-}
