@@ -5,7 +5,6 @@
 
 #include <QAction>
 #include <QButtonGroup>
-#include <QCheckBox>
 #include <QComboBox>
 #include <QDir>
 #include <QDockWidget>
@@ -79,41 +78,16 @@ protected:
     TempDir m_dir;
 };
 
-const Rows germanRows = {
-    { "File", "Test-Datei" },
-    { "Open…", "Öffnen…" },
-    { "Recent", "Zuletzt" },
-    { "Quit", "Beenden" },
-    { "Preferences", "Einstellungen" },
-    { "Make thumbnails", "Miniaturen erstellen" },
-    { "Tools", "Werkzeuge" },
-    { "Details", "Einzelheiten" },
-    { "Create", "Erstellen" },
-    { "Thumbnail", "Miniatur" },
-    { "Icon", "Symbol" },
-    { "Apply", "Anwenden" },
-    { "Quit when done", "Nach getaner Arbeit beenden" },
-    { "Format", "Format" },
-    { "Low", "Niedrig" },
-    { "High", "Hoch" },
-    { "_thumb", "_miniatur" },
-    { "Suffix or name", "Endung oder Name" },
-    { "Extension:", "Endung:" },
-    { "Column", "Spalte" },
-    { "General", "Allgemein" },
-    { "Sizes", "Größen" },
-    { "Left", "Links" },
-    { "Right", "Rechts" },
-    { "Segment tip", "Segment-Tipp" },
-    { "stringValue", "Zeichenkette" },
-    { "Notes", "Notizen" },
-    { " px", " Pixel" },
-    { "Copy", "Kopieren" },
-    { "Characters", "Zeichen" },
-    { "Services", "Dienste" },
-    { "Shows more", "Zeigt mehr" },
-    { "Saves", "Speichert" },
-};
+const Rows germanRows = { { "File", "Test-Datei" }, { "Open…", "Öffnen…" }, { "Recent", "Zuletzt" },
+    { "Quit", "Beenden" }, { "Preferences", "Einstellungen" }, { "Make thumbnails", "Miniaturen erstellen" },
+    { "Tools", "Werkzeuge" }, { "Details", "Einzelheiten" }, { "Create", "Erstellen" },
+    { "Thumbnail", "Miniatur" }, { "Icon", "Symbol" }, { "Apply", "Anwenden" }, { "Format", "Format" },
+    { "Low", "Niedrig" }, { "High", "Hoch" }, { "_thumb", "_miniatur" },
+    { "Suffix or name", "Endung oder Name" }, { "Extension:", "Endung:" }, { "Column", "Spalte" },
+    { "General", "Allgemein" }, { "Sizes", "Größen" }, { "Left", "Links" }, { "Right", "Rechts" },
+    { "Segment tip", "Segment-Tipp" }, { "stringValue", "Zeichenkette" }, { "Notes", "Notizen" },
+    { " px", " Pixel" }, { "Copy", "Kopieren" }, { "Characters", "Zeichen" }, { "Services", "Dienste" },
+    { "Shows more", "Zeigt mehr" }, { "Saves", "Speichert" } };
 
 } // namespace
 
@@ -219,7 +193,6 @@ struct Interface
     QButtonGroup *group = nullptr;
     QRadioButton *thumbnail = nullptr, *icon = nullptr;
     QPushButton *apply = nullptr;
-    QCheckBox *quitWhenDone = nullptr;
     QComboBox *format = nullptr;
     QLineEdit *extension = nullptr;
     QStandardItemModel model { 1, 2 };
@@ -262,7 +235,6 @@ struct Interface
         group->addButton(icon, 2);
         layout->addWidget(box);
         apply = new QPushButton("Apply");
-        quitWhenDone = new QCheckBox("Quit when done");
         format = new QComboBox;
         format->addItem("Low", 2);
         format->addItem("High", 3);
@@ -288,8 +260,8 @@ struct Interface
         notes = new QPlainTextEdit("Notes");
         width = new QSpinBox;
         width->setSuffix(" px");
-        for (QWidget *w : std::initializer_list<QWidget *> { apply, quitWhenDone, format, extension, label,
-                 table, tabs, segments, placeholderView, notes, width })
+        for (QWidget *w : std::initializer_list<QWidget *> {
+                 apply, format, extension, label, table, tabs, segments, placeholderView, notes, width })
             layout->addWidget(w);
         central->setContextMenuPolicy(Qt::ActionsContextMenu);
         central->addAction(new QAction("Characters", central));
@@ -319,7 +291,6 @@ TEST_F(Localization, WalkTranslatesEveryMappedClass)
     EXPECT_EQ(ui.thumbnail->text(), "Miniatur");
     EXPECT_EQ(ui.icon->text(), "Symbol");
     EXPECT_EQ(ui.apply->text(), "Anwenden");
-    EXPECT_EQ(ui.quitWhenDone->text(), "Nach getaner Arbeit beenden");
     EXPECT_EQ(ui.format->itemText(0), "Niedrig");
     EXPECT_EQ(ui.format->itemText(1), "Hoch");
     EXPECT_EQ(ui.format->itemData(1).toInt(), 3);
