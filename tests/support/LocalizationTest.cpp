@@ -91,7 +91,7 @@ const Rows germanRows = { { "File", "Test-Datei" }, { "Open…", "Öffnen…" },
 
 } // namespace
 
-TEST_F(Localization, StringsTableIsTheFileOfTheTableAndLanguage)
+TEST_F(Localization, StringsTableIsTheReadableFileOfTheTableAndLanguage)
 {
     ASSERT_TRUE(compileTable(m_dir.path(), "Localizable", "de", { { "File", "Datei" } }));
     ASSERT_TRUE(compileTable(m_dir.path(), "Localizable", "fr", { { "File", "Fichier" } }));
@@ -113,18 +113,15 @@ TEST_F(Localization, StringsTableIsTheFileOfTheTableAndLanguage)
         "Ablage");
     EXPECT_EQ(bundle.stringsTable("", QLocale(QLocale::French)).localizedStringForKey("File"), "Fichier");
     EXPECT_TRUE(bundle.stringsTable("", QLocale(QLocale::Italian)).isEmpty());
-}
 
-TEST_F(Localization, BrokenTableFileLeavesTextsAsTheyAre)
-{
-    QDir().mkpath(m_dir.file("translations"));
+    // A broken or cut table file leaves the texts as they are.
     ASSERT_TRUE(
         orvel::test::writeBytes(m_dir.file("translations/Localizable_de.qm"), QByteArray(4096, '\x3c')));
     ASSERT_TRUE(
         orvel::test::writeBytes(m_dir.file("translations/Short_de.qm"), QByteArray("\x3c\xb8\x64\x18")));
-    const Bundle bundle("org.example.broken", m_dir.path());
-    EXPECT_EQ(bundle.localizedStringForKey("File", "", QString()), "File");
-    EXPECT_EQ(bundle.localizedStringForKey("File", "", "Short"), "File");
+    const Bundle broken("org.example.broken", m_dir.path());
+    EXPECT_EQ(broken.localizedStringForKey("File", "", QString()), "File");
+    EXPECT_EQ(broken.localizedStringForKey("File", "", "Short"), "File");
 }
 
 TEST_F(Localization, ShippedTablesTranslateTheApplicationAndTheToolkit)
