@@ -88,6 +88,8 @@ struct Example
     int pad = 0;
 };
 
+void PrintTo(const Example &e, std::ostream *os) { *os << e.name; }
+
 class FilterExamples : public ::testing::TestWithParam<Example>
 {
 };
