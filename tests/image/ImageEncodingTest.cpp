@@ -30,21 +30,32 @@ vips::VImage decode(const QByteArray &data)
 
 } // namespace
 
-TEST(ImageEncoding, EveryFileTypeDecodesBackToTheSamePicture)
+TEST(ImageEncoding, EveryFileTypeIsWrittenInItsFormatAndDecodesBackToTheSamePicture)
 {
+    const struct
+    {
+        int type;
+        const char *extension;
+        QByteArray signature;
+    } formats[] = { { TIFFFileType, "tiff", "II*" }, { BMPFileType, "bmp", "BM" },
+        { GIFFileType, "gif", "GIF8" }, { JPEGFileType, "jpg", "\xff\xd8\xff" },
+        { PNGFileType, "png", "\x89PNG" }, { JPEG2000FileType, "jp2", QByteArray("\0\0\0\x0cjP", 6) } };
     BitmapImageRepPtr rep = gradient(48, 32, false);
-    for (int type = 0; type <= 5; ++type) {
-        SCOPED_TRACE(type);
-        const QByteArray data = rep->representationUsingType(type, 0.9f);
-        ASSERT_FALSE(data.isEmpty());
+    for (const auto &f : formats) {
+        EXPECT_EQ(
+            BitmapImageRep::pathExtensionForBitmapImageFileType(f.type), QLatin1StringView(f.extension));
+        const QByteArray data = rep->representationUsingType(f.type, 0.9f);
+        ASSERT_TRUE(data.startsWith(f.signature))
+            << f.extension << ": " << data.left(8).toHex().toStdString();
         vips::VImage back = decode(data);
         EXPECT_EQ(back.width(), 48);
         EXPECT_EQ(back.height(), 32);
-        const std::vector<double> p = back.getpoint(40, 5);
-        EXPECT_NEAR(p[0], 40 * 255 / 47, type == GIFFileType ? 40 : 12);
+        EXPECT_NEAR(back.getpoint(40, 5)[0], 40 * 255 / 47, f.type == GIFFileType ? 40 : 12) << f.extension;
     }
-    EXPECT_TRUE(rep->representationUsingType(6, 0.9f).isEmpty());
-    EXPECT_TRUE(rep->representationUsingType(-1, 0.9f).isEmpty());
+    for (int type : { 6, -1 }) {
+        EXPECT_TRUE(rep->representationUsingType(type, 0.9f).isEmpty());
+        EXPECT_TRUE(BitmapImageRep::pathExtensionForBitmapImageFileType(type).isNull());
+    }
 }
 
 TEST(ImageEncoding, TheCompressionFactorControlsJpegQuality)

@@ -3,15 +3,14 @@
 #include "support/Bundle.h"
 #include "testlib/TestSupport.h"
 
-#include <QClipboard>
 #include <QFileInfo>
-#include <QGuiApplication>
 #include <QLibraryInfo>
 #include <QMimeData>
 #include <QResource>
 #include <QUrl>
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <thread>
 #include <vector>
 
@@ -46,85 +45,60 @@ QString identifier(const char *stem, const TempDir &dir)
 
 } // namespace
 
-TEST(ImagePasteboard, ImageDataOfAnyKnownTypeIsProbablyAnImage)
+TEST(ImagePasteboard, KnownImageDataOrASingleImageFileIsProbablyAnImage)
 {
-    for (const char *mime : { "image/jp2", "image/jpeg", "image/png", "image/tiff", "application/pdf",
-             "application/postscript", "image/x-icns" }) {
+    const auto probably = [](const std::function<void(QMimeData &)> &fill) {
         QMimeData pasteboard;
-        pasteboard.setData(QLatin1StringView(mime), "bytes");
-        EXPECT_TRUE(Image::canProbablyInitWithPasteboard(&pasteboard)) << mime;
-    }
-    QMimeData picture;
-    picture.setImageData(QImage(4, 4, QImage::Format_RGB32));
-    EXPECT_TRUE(Image::canProbablyInitWithPasteboard(&picture));
-
-    QMimeData text;
-    text.setText(u"/tmp/picture.png"_s);
-    EXPECT_FALSE(Image::canProbablyInitWithPasteboard(&text));
-    EXPECT_FALSE(Image::canProbablyInitWithPasteboard(nullptr));
-}
-
-TEST(ImagePasteboard, OnlyASingleImageFileOrFileURLIsProbablyAnImage)
-{
-    TempDir dir;
-    const QString png = dir.file(u"a.png"_s);
-    const QString other = dir.file(u"b.png"_s);
-    const QString text = dir.file(u"notes.txt"_s);
-    auto decides = [](const QList<QUrl> &urls) {
-        QMimeData pasteboard;
-        pasteboard.setUrls(urls);
+        fill(pasteboard);
         return Image::canProbablyInitWithPasteboard(&pasteboard);
     };
-    EXPECT_TRUE(decides(fileUrls({ png })));
-    EXPECT_FALSE(decides(fileUrls({ png, other })));
-    EXPECT_FALSE(decides(fileUrls({ text })));
-    EXPECT_FALSE(decides({ QUrl(u"https://example.org/picture.png"_s) }));
-    EXPECT_FALSE(decides({}));
+    for (const char *mime : { "image/jp2", "image/jpeg", "image/png", "image/tiff", "application/pdf",
+             "application/postscript", "image/x-icns" })
+        EXPECT_TRUE(probably([&](QMimeData &p) { p.setData(QLatin1StringView(mime), "bytes"); })) << mime;
+    EXPECT_TRUE(probably([](QMimeData &p) { p.setImageData(QImage(4, 4, QImage::Format_RGB32)); }));
+    EXPECT_FALSE(probably([](QMimeData &p) { p.setText(u"/tmp/picture.png"_s); }));
+    EXPECT_FALSE(Image::canProbablyInitWithPasteboard(nullptr));
+
+    TempDir dir;
+    const QString png = dir.file(u"a.png"_s);
+    EXPECT_TRUE(probably([&](QMimeData &p) { p.setUrls(fileUrls({ png })); }));
+    EXPECT_FALSE(probably([&](QMimeData &p) { p.setUrls(fileUrls({ png, dir.file(u"b.png"_s) })); }));
+    EXPECT_FALSE(probably([&](QMimeData &p) { p.setUrls(fileUrls({ dir.file(u"notes.txt"_s) })); }));
+    EXPECT_FALSE(probably([](QMimeData &p) { p.setUrls({ QUrl(u"https://example.org/picture.png"_s) }); }));
+    EXPECT_FALSE(probably([](QMimeData &p) { p.setUrls({}); }));
 }
 
-TEST(ImagePasteboard, DecodesTheFirstTypeThatHoldsAPicture)
+TEST(ImagePasteboard, DecodesTheFirstTypeThatHoldsAPictureThenASingleFile)
 {
+    // PNG, JPEG and TIFF are tried in that order, then a Qt picture, then other image types.
     QMimeData pasteboard;
     pasteboard.setData(u"image/png"_s, "not a PNG at all");
     pasteboard.setData(u"image/tiff"_s, encodedPicture("tif", 24, 12));
     pasteboard.setData(u"image/jpeg"_s, encodedPicture("jpg", 30, 10));
-    const ImagePtr image = Image::initWithPasteboard(&pasteboard);
+    ImagePtr image = Image::initWithPasteboard(&pasteboard);
     ASSERT_TRUE(image);
     EXPECT_EQ(image->size(), QSizeF(30, 10));
-}
-
-TEST(ImagePasteboard, DecodesQtPicturesAndOtherImageFormats)
-{
     QMimeData picture;
     picture.setImageData(QImage(20, 5, QImage::Format_ARGB32));
+    picture.setData(u"image/gif"_s, encodedPicture("gif", 7, 9));
+    ASSERT_TRUE(image = Image::initWithPasteboard(&picture));
+    EXPECT_EQ(image->size(), QSizeF(20, 5));
     QMimeData gif;
     gif.setData(u"image/gif"_s, encodedPicture("gif", 7, 9));
-    const ImagePtr fromPicture = Image::initWithPasteboard(&picture);
-    const ImagePtr fromGif = Image::initWithPasteboard(&gif);
-    ASSERT_TRUE(fromPicture && fromGif);
-    EXPECT_EQ(fromPicture->size(), QSizeF(20, 5));
-    EXPECT_EQ(fromGif->size(), QSizeF(7, 9));
-}
+    ASSERT_TRUE(image = Image::initWithPasteboard(&gif));
+    EXPECT_EQ(image->size(), QSizeF(7, 9));
 
-TEST(ImagePasteboard, DecodesASingleImageFileButNotOtherFiles)
-{
     TempDir dir;
-    const QString png = dir.file(u"a.png"_s);
+    const QString png = dir.file(u"a.png"_s), broken = dir.file(u"broken.png"_s);
     ASSERT_TRUE(orvel::test::writeTestImage(png, 16, 8));
-    const QString broken = dir.file(u"broken.png"_s);
     ASSERT_TRUE(orvel::test::writeBytes(broken, "truncated"));
-
-    QMimeData pasteboard;
-    pasteboard.setUrls(fileUrls({ png }));
-    const ImagePtr image = Image::initWithPasteboard(&pasteboard);
-    ASSERT_TRUE(image);
+    QMimeData file;
+    file.setUrls(fileUrls({ png }));
+    ASSERT_TRUE(image = Image::initWithPasteboard(&file));
     EXPECT_EQ(image->size(), QSizeF(16, 8));
-
-    QMimeData unreadable;
-    unreadable.setUrls(fileUrls({ broken }));
-    EXPECT_FALSE(Image::initWithPasteboard(&unreadable));
-    QMimeData empty;
-    EXPECT_FALSE(Image::initWithPasteboard(&empty));
+    file.setUrls(fileUrls({ broken }));
+    EXPECT_FALSE(Image::initWithPasteboard(&file));
+    EXPECT_FALSE(Image::initWithPasteboard(nullptr));
 }
 
 TEST(ImagePasteboard, IconPrefersTheSingleImageFileThenTheIconFamily)
@@ -173,21 +147,6 @@ TEST(ImagePasteboard, ProvidesTIFFDataOnlyForTheTIFFType)
     QMimeData png2;
     image->pasteboardProvideDataForType(&png2, u"image/png"_s);
     EXPECT_TRUE(png2.formats().isEmpty());
-}
-
-TEST(ImagePasteboard, ReadsTheSystemClipboard)
-{
-    QClipboard *clipboard = QGuiApplication::clipboard();
-    ASSERT_TRUE(clipboard);
-    auto *data = new QMimeData;
-    data->setData(u"image/png"_s, encodedPicture("png", 9, 4));
-    clipboard->setMimeData(data);
-    const QMimeData *pasteboard = clipboard->mimeData();
-    EXPECT_TRUE(Image::canProbablyInitWithPasteboard(pasteboard));
-    const ImagePtr image = Image::initWithPasteboard(pasteboard);
-    ASSERT_TRUE(image);
-    EXPECT_EQ(image->size(), QSizeF(9, 4));
-    clipboard->clear();
 }
 
 TEST(ImageCache, BundleImagesAreSharedPerIdentifierAndName)

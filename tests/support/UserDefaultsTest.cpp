@@ -38,7 +38,7 @@ struct Store
 
 } // namespace
 
-TEST(UserDefaults, MissingKeyGivesEveryDefault)
+TEST(UserDefaults, OnlyAMissingKeyGivesTheDefault)
 {
     Store s;
     EXPECT_TRUE(s.defaults.boolForKey("QuitWhenDone", true));
@@ -53,11 +53,8 @@ TEST(UserDefaults, MissingKeyGivesEveryDefault)
     EXPECT_EQ(s.defaults.doubleForKey("scale"), 0.0);
     EXPECT_TRUE(s.defaults.stringForKey("extension").isNull());
     EXPECT_FALSE(s.defaults.objectForKey("x").isValid());
-}
 
-TEST(UserDefaults, PresentValuesWinOverTheDefaultEvenWhenZero)
-{
-    Store s;
+    // A present value wins over the default even when it is zero, false or empty.
     s.defaults.setObject(qint64(0), "width");
     s.defaults.setObject(false, "QuitWhenDone");
     s.defaults.setString("", "extension");
@@ -225,26 +222,17 @@ TEST(UserDefaults, ChangeByAnotherWriterIsSeen)
     EXPECT_EQ(s.defaults.integerForKey("height", 0), 480);
 }
 
-TEST(UserDefaults, MissingFileIsAnEmptyStoreUntilWritten)
+TEST(UserDefaults, MissingFileIsAnEmptyStoreUntilPendingChangesAreWrittenWhenTheStoreGoes)
 {
     TempDir dir;
     const QString path = dir.file("not/yet/settings.conf");
-    UserDefaults defaults(path);
-    EXPECT_TRUE(defaults.keys().isEmpty());
-    EXPECT_TRUE(defaults.dictionaryRepresentation().isEmpty());
-    defaults.setObject(1, "a");
-    ASSERT_TRUE(defaults.synchronize());
-    EXPECT_TRUE(QFileInfo(path).isFile());
-}
-
-TEST(UserDefaults, PendingChangesAreWrittenWhenTheStoreGoes)
-{
-    TempDir dir;
     {
-        UserDefaults defaults(dir.file("settings.conf"));
+        UserDefaults defaults(path);
+        EXPECT_TRUE(defaults.keys().isEmpty());
+        EXPECT_TRUE(defaults.dictionaryRepresentation().isEmpty());
         defaults.setObject(42, "width");
     }
-    EXPECT_TRUE(readBytes(dir.file("settings.conf")).contains("\nwidth = 42\n"));
+    EXPECT_TRUE(readBytes(path).contains("\nwidth = 42\n"));
 }
 
 TEST(UserDefaults, SynchronizeReportsAFailedWrite)
@@ -257,7 +245,7 @@ TEST(UserDefaults, SynchronizeReportsAFailedWrite)
     EXPECT_EQ(defaults.integerForKey("a", 7), 1) << "the change stays pending";
 }
 
-TEST(UserDefaults, SetValueNullRemovesTheKey)
+TEST(UserDefaults, SetValueNullRemovesTheKeyButAnEmptyKeyNothing)
 {
     Store s;
     s.defaults.setValue(64, "width");
@@ -269,11 +257,7 @@ TEST(UserDefaults, SetValueNullRemovesTheKey)
     s.defaults.setValue(QVariant::fromValue(nullptr), "height");
     EXPECT_FALSE(s.defaults.objectForKey("height").isValid());
     EXPECT_FALSE(s.reread()->objectForKey("width").isValid());
-}
-
-TEST(UserDefaults, EmptyKeyNeverEmptiesTheStore)
-{
-    Store s;
+    // An empty key never empties the store.
     s.defaults.setObject(1, "a");
     s.defaults.removeObjectForKey("");
     s.defaults.setValue(QVariant(), "");
