@@ -34,7 +34,6 @@ protected:
         delegate = std::make_unique<ApplicationDelegate>(panel.get());
         delegate->setFileProcessor([this](const QString &path) {
             processed << QFileInfo(path).fileName();
-            finishedWhileProcessing = finishedWhileProcessing || delegate->didFinish();
             if (processingHook)
                 processingHook();
             return ThumbnailJob::processFile(path);
@@ -52,21 +51,10 @@ protected:
         return dir.file(name);
     }
 
-    // The quit comes once and not before its delay from since (a lower bound only: the machine
-    // may be slow).
-    void expectOneQuitAfterTheDelay(qint64 since)
-    {
-        ASSERT_TRUE(processEventsUntil([this] { return quits > 0; }, 5000));
-        EXPECT_GE(quitClock - since, QuitDelayMs - 5);
-        QTest::qWait(QuitDelayMs * 2);
-        EXPECT_EQ(quits, 1);
-    }
-
     TempDir dir;
     std::unique_ptr<PreferencesPanel> panel;
     std::unique_ptr<ApplicationDelegate> delegate;
     QStringList processed;
-    bool finishedWhileProcessing = false;
     std::function<void()> processingHook;
     int quits = 0;
     qint64 quitClock = -1;
@@ -92,35 +80,29 @@ TEST_F(ApplicationDelegateTest, APlainLaunchShowsThePanelAndNeverQuitsByItselfEv
     EXPECT_EQ(quits, 0);
 }
 
-TEST_F(ApplicationDelegateTest, ALaunchByDropProcessesItsItemsFirstThenQuitsWithoutAWindow)
+TEST_F(ApplicationDelegateTest, ALaunchByDropQuitsWithoutAWindowAfterTheDelayFromItsLastItem)
 {
     delegate->applicationWillFinishLaunching();
     EXPECT_TRUE(delegate->applicationOpenFile(picture(u"a.png"_s)));
-    EXPECT_TRUE(delegate->applicationOpenFile(picture(u"b.png"_s)));
-    EXPECT_EQ(processed, QStringList({ u"a.png"_s, u"b.png"_s }));
-    EXPECT_TRUE(QFile::exists(dir.file(u"b_thumb.jpg"_s)));
+    EXPECT_TRUE(QFile::exists(dir.file(u"a_thumb.jpg"_s)));
     EXPECT_FALSE(delegate->isTerminateScheduled()) << "items of the launch come before its end";
-
-    const qint64 finished = clock.elapsed();
     delegate->applicationDidFinishLaunching();
     EXPECT_TRUE(delegate->shouldQuit());
     EXPECT_FALSE(panel->isVisible());
-    EXPECT_FALSE(finishedWhileProcessing);
-    expectOneQuitAfterTheDelay(finished);
-}
 
-TEST_F(ApplicationDelegateTest, EachLaterItemIsProcessedAndRearmsTheQuitFromItsArrival)
-{
-    delegate->applicationOpenFile(picture(u"a.png"_s));
-    delegate->applicationDidFinishLaunching();
-    ASSERT_TRUE(delegate->isTerminateScheduled());
+    // A later item, half a delay on: processed, and the quit is armed again from its arrival.
+    QTest::qWait(QuitDelayMs / 2);
+    EXPECT_EQ(quits, 0);
     const QString b = picture(u"b.png"_s);
     const qint64 arrival = clock.elapsed();
     EXPECT_TRUE(delegate->applicationOpenFile(b));
     EXPECT_TRUE(QFile::exists(dir.file(u"b_thumb.jpg"_s)));
     EXPECT_TRUE(delegate->isTerminateScheduled());
-    EXPECT_EQ(quits, 0);
-    expectOneQuitAfterTheDelay(arrival);
+    ASSERT_TRUE(processEventsUntil([this] { return quits > 0; }, 5000));
+    // A lower bound only: the machine may be slow.
+    EXPECT_GE(quitClock - arrival, QuitDelayMs - 5);
+    QTest::qWait(QuitDelayMs * 2);
+    EXPECT_EQ(quits, 1);
 }
 
 TEST_F(ApplicationDelegateTest, TheQuitNeverCutsAJobShortWhenTheJobLetsEventsRun)
@@ -168,83 +150,55 @@ TEST_F(ApplicationDelegateTest, TerminationStoresThePanelOnlyWhenItIsVisible)
 TEST_F(ApplicationDelegateTest, AFolderIsWalkedWholeAndAFailingFileOrAMissingPathAnswersNo)
 {
     const QString top = dir.file(u"top"_s);
-    QDir(dir.path()).mkpath(u"top/inner/deeper"_s);
-    for (const QString &name : { u"one.png"_s, u"inner/two.png"_s, u"inner/deeper/three.png"_s })
-        ASSERT_TRUE(writeTestImage(top + u'/' + name, 40, 30)) << name;
+    QDir(dir.path()).mkpath(u"top/inner"_s);
+    ASSERT_TRUE(writeTestImage(top + u"/one.png"_s, 40, 30));
+    ASSERT_TRUE(writeTestImage(top + u"/inner/two.png"_s, 40, 30));
     ASSERT_TRUE(writeBytes(top + u"/inner/notes.txt"_s, "not a picture"));
     EXPECT_FALSE(delegate->applicationOpenFile(top)) << "notes.txt fails";
-    EXPECT_EQ(processed.size(), 4);
-    for (const QString &name : { u"one"_s, u"inner/two"_s, u"inner/deeper/three"_s })
-        EXPECT_TRUE(QFile::exists(top + u'/' + name + u"_thumb.jpg"_s)) << name;
+    EXPECT_EQ(processed.size(), 3);
+    EXPECT_TRUE(QFile::exists(top + u"/inner/two_thumb.jpg"_s));
 
     processed.clear();
     QDir(dir.path()).mkdir(u"empty"_s);
     EXPECT_TRUE(delegate->applicationOpenFile(dir.file(u"empty"_s)));
-    EXPECT_TRUE(QDir(dir.file(u"empty"_s)).isEmpty());
-    ASSERT_TRUE(QFile::link(dir.file(u"gone.png"_s), dir.file(u"dangling.png"_s)));
-    for (const QString &path : { dir.file(u"nothing-here.png"_s), dir.file(u"dangling.png"_s), QString() })
+    for (const QString &path : { dir.file(u"nothing-here.png"_s), QString() })
         EXPECT_FALSE(delegate->applicationOpenFile(path)) << path;
     EXPECT_TRUE(processed.isEmpty());
 }
 
-// The desktop application in this process (no worker executable: the job runs here).
-class DesktopApplicationTest : public DesktopTest
+TEST(DesktopApplication, PathsAreProcessedOneAtATimeInOrderAndADropKeepsItRunning)
 {
-protected:
-    void SetUp() override
-    {
-        DesktopTest::SetUp();
-        DesktopApplication::Options options;
-        options.applicationId = uniqueApplicationId();
-        application = std::make_unique<DesktopApplication>(options);
-        application->delegate().setQuitHandler([] {});
-        application->delegate().setFileProcessor([this](const QString &path) {
-            order << QFileInfo(path).fileName();
-            return processor(path);
-        });
-        ASSERT_TRUE(application->listen());
-        application->launch({});
-        for (const QString &name : { u"1.png"_s, u"2.png"_s, u"3.png"_s })
-            ASSERT_TRUE(writeTestImage(dir.file(name), 30, 20));
-    }
-
+    clearStandardDefaults();
     TempDir dir;
-    std::function<bool(const QString &)> processor
-        = [](const QString &path) { return ThumbnailJob::processFile(path); };
-    std::unique_ptr<DesktopApplication> application;
+    for (const QString &name : { u"1.png"_s, u"2.png"_s, u"3.png"_s })
+        ASSERT_TRUE(writeTestImage(dir.file(name), 30, 20));
+    DesktopApplication::Options options; // no worker executable: the job runs in this process
+    options.applicationId = uniqueApplicationId();
+    DesktopApplication application(options);
     QStringList order;
-};
-
-TEST_F(DesktopApplicationTest, FilesDroppedOnThePanelAreProcessedInOrderAndItKeepsRunning)
-{
-    ASSERT_TRUE(application->panel().isVisible());
-    Q_EMIT application->panel().filesDropped({ dir.file(u"2.png"_s), dir.file(u"1.png"_s) });
-    ASSERT_TRUE(processEventsUntil([&] { return order.size() == 2; }));
-    EXPECT_EQ(order, QStringList({ u"2.png"_s, u"1.png"_s }));
-    EXPECT_TRUE(QFile::exists(dir.file(u"1_thumb.jpg"_s)));
-    EXPECT_FALSE(application->delegate().isTerminateScheduled());
-}
-
-TEST_F(DesktopApplicationTest, PathsArrivingDuringAJobWaitTheirTurn)
-{
-    bool nested = false;
     int depth = 0;
-    // The first job lets the event loop run while another file is opened (a hand-over, a drop).
-    processor = [&](const QString &path) {
-        nested = nested || depth > 0;
-        ++depth;
-        if (path.endsWith(u"1.png"_s)) {
-            application->open({ dir.file(u"3.png"_s) });
+    bool nested = false;
+    // The first job lets the event loop run while another path arrives (a hand-over, a drop).
+    application.delegate().setFileProcessor([&](const QString &path) {
+        order << QFileInfo(path).fileName();
+        nested = nested || depth++ > 0;
+        if (path.endsWith(u"2.png"_s)) {
+            application.open({ dir.file(u"3.png"_s) });
             QCoreApplication::processEvents();
         }
         const bool ok = ThumbnailJob::processFile(path);
         --depth;
         return ok;
-    };
-    application->open({ dir.file(u"1.png"_s), dir.file(u"2.png"_s) });
+    });
+    ASSERT_TRUE(application.listen());
+    application.launch({});
+    ASSERT_TRUE(application.panel().isVisible());
+    Q_EMIT application.panel().filesDropped({ dir.file(u"2.png"_s), dir.file(u"1.png"_s) });
+    ASSERT_TRUE(processEventsUntil([&] { return order.size() == 3; }));
     EXPECT_FALSE(nested);
-    EXPECT_EQ(order, QStringList({ u"1.png"_s, u"2.png"_s, u"3.png"_s }));
+    EXPECT_EQ(order, QStringList({ u"2.png"_s, u"1.png"_s, u"3.png"_s }));
     EXPECT_TRUE(QFile::exists(dir.file(u"3_thumb.jpg"_s)));
+    EXPECT_FALSE(application.delegate().isTerminateScheduled());
 }
 
 TEST(DesktopLaunchPaths, PathsBecomeAbsoluteAndOptionsAreSkipped)

