@@ -83,40 +83,27 @@ TEST_F(PreferencesPanelTest, ClosingStoresEachControlUnderItsKeyAndAFreshPanelSh
     EXPECT_EQ(outlet<QComboBox>(reopened, "sharpen")->currentData(), 2);
 }
 
-struct Correction
+TEST_F(PreferencesPanelTest, ApplyStoresTheCorrectedValues)
 {
-    const char *field;
-    const char *typed;
-    double stored;
-};
-
-class PreferencesPanelCorrection : public PreferencesPanelTest,
-                                   public ::testing::WithParamInterface<Correction>
-{
-};
-
-TEST_P(PreferencesPanelCorrection, StoresTheCorrectedValue)
-{
-    const Correction c = GetParam();
-    field(c.field)->setText(QString::fromUtf8(c.typed));
-    panel->apply(nullptr);
-    EXPECT_DOUBLE_EQ(store().doubleForKey(QString::fromLatin1(c.field)), c.stored)
-        << c.field << " = \"" << c.typed << '"';
+    const struct
+    {
+        const char *field;
+        const char *typed;
+        double stored;
+    } cases[] = { { "width", "0", 16 }, { "width", "-5", 16 }, { "width", "15", 16 }, { "width", "16", 16 },
+        { "width", "10000", 10000 }, { "width", "1e30", double(std::numeric_limits<qint64>::max()) },
+        { "height", "7", 16 }, { "height", "300.9", 300 }, { "height", " 64px", 64 },
+        { "height", "tall", 16 }, { "scale", "0.5", 0.01 }, { "scale", "250", 1.0 }, { "scale", "50", 0.5 },
+        { "scale", "-3", 0.01 }, { "scale", "12.5", 0.125 }, { "scale", "  .5%", 0.01 },
+        { "quality", "150", 1.5 }, { "quality", "80", 0.8 }, { "quality", "0", 0.0 },
+        { "quality", "-20", -0.2 }, { "quality", "nan", 0.0 }, { "quality", "2e1", 0.2 } };
+    for (const auto &c : cases) {
+        field(c.field)->setText(QString::fromUtf8(c.typed));
+        panel->apply(nullptr);
+        EXPECT_DOUBLE_EQ(store().doubleForKey(QString::fromLatin1(c.field)), c.stored)
+            << c.field << " = \"" << c.typed << '"';
+    }
 }
-
-INSTANTIATE_TEST_SUITE_P(Fields, PreferencesPanelCorrection,
-    ::testing::Values(Correction { "width", "0", 16 }, Correction { "width", "-5", 16 },
-        Correction { "width", "15", 16 }, Correction { "width", "16", 16 },
-        Correction { "width", "10000", 10000 }, Correction { "height", "7", 16 },
-        Correction { "height", "300.9", 300 }, Correction { "height", " 64px", 64 },
-        Correction { "height", "tall", 16 }, Correction { "scale", "0.5", 0.01 },
-        Correction { "scale", "250", 1.0 }, Correction { "scale", "50", 0.5 },
-        Correction { "scale", "-3", 0.01 }, Correction { "scale", "12.5", 0.125 },
-        Correction { "quality", "150", 1.5 }, Correction { "quality", "80", 0.8 },
-        Correction { "quality", "0", 0.0 }, Correction { "quality", "-20", -0.2 },
-        Correction { "quality", "nan", 0.0 }, Correction { "quality", "2e1", 0.2 },
-        Correction { "scale", "  .5%", 0.01 },
-        Correction { "width", "1e30", double(std::numeric_limits<qint64>::max()) }));
 
 TEST_F(PreferencesPanelTest, OnlyApplyFromAControlShowsTheValuesAsStored)
 {
@@ -192,38 +179,6 @@ TEST_F(InLanguage, ThePanelIsTranslatedButItsTagsAndValuesStay)
     EXPECT_EQ(outlet<QLineEdit>(panel, "extension")->text(), u"_thumb");
 }
 
-struct LabelTexts
-{
-    QLocale::Language language;
-    const char16_t *extension;
-    const char16_t *name;
-};
-
-class LabelSwitch : public InLanguage, public ::testing::WithParamInterface<LabelTexts>
-{
-};
-
-TEST_P(LabelSwitch, GivesTheTranslatedLabelOfEachNamingRule)
-{
-    use(GetParam().language);
-    PreferencesPanel panel;
-    auto *label = outlet<QLabel>(panel, "extensionName");
-    EXPECT_EQ(label->text(), GetParam().extension);
-    outlet<QRadioButton>(panel, "nameFolder")->click();
-    EXPECT_EQ(label->text(), GetParam().name);
-    EXPECT_EQ(UserDefaults::standard().integerForKey(u"extensionFormat"_s), 2);
-    // apply() from a control shows the panel again: the label stays translated once, not twice.
-    panel.apply(outlet<QRadioButton>(panel, "nameFolder"));
-    EXPECT_EQ(label->text(), GetParam().name);
-    outlet<QRadioButton>(panel, "namePrefix")->click();
-    EXPECT_EQ(label->text(), GetParam().extension);
-}
-
-INSTANTIATE_TEST_SUITE_P(Languages, LabelSwitch,
-    ::testing::Values(LabelTexts { QLocale::German, u"Zusatz:", u"Name:" },
-        LabelTexts { QLocale::French, u"Extension\u00a0:", u"Nom\u00a0:" },
-        LabelTexts { QLocale::English, u"Extension:", u"Name:" }));
-
 TEST_F(InLanguage, LaunchingTranslatesTheMainMenuAndItsShortcutsStay)
 {
     PreferencesPanel panel; // made in English
@@ -237,7 +192,7 @@ TEST_F(InLanguage, LaunchingTranslatesTheMainMenuAndItsShortcutsStay)
 }
 
 // Every text of the panel that a layout sizes is shown whole.
-void expectNothingCutOff(const PreferencesPanel &panel)
+void expectNothingCutOff(const PreferencesPanel &panel, const char *language)
 {
     const QList<QWidget *> widgets = panel.findChildren<QWidget *>();
     for (const QWidget *widget : widgets) {
@@ -245,32 +200,48 @@ void expectNothingCutOff(const PreferencesPanel &panel)
             continue;
         const auto *label = qobject_cast<const QLabel *>(widget);
         if (label && label->wordWrap()) {
-            EXPECT_GE(label->height(), label->heightForWidth(label->width())) << label->text().toStdString();
+            EXPECT_GE(label->height(), label->heightForWidth(label->width()))
+                << language << ": " << label->text();
         } else if (label || qobject_cast<const QAbstractButton *>(widget)
             || qobject_cast<const QComboBox *>(widget)) {
-            EXPECT_GE(widget->width(), widget->sizeHint().width()) << widget->objectName().toStdString();
+            EXPECT_GE(widget->width(), widget->sizeHint().width())
+                << language << ": " << widget->objectName();
         }
     }
 }
 
-class PanelLayout : public InLanguage, public ::testing::WithParamInterface<QLocale::Language>
+TEST_F(InLanguage, TheNamingLabelSwitchesInEachLanguageAndTheLayoutMakesRoomForIt)
 {
-};
-
-TEST_P(PanelLayout, MakesRoomForTheTranslatedTexts)
-{
-    use(GetParam());
-    PreferencesPanel panel;
-    panel.show();
-    QCoreApplication::processEvents();
-    expectNothingCutOff(panel);
-    // The longer label of the sub-folder rule comes while the panel is shown.
-    outlet<QRadioButton>(panel, "nameFolder")->click();
-    QCoreApplication::processEvents();
-    expectNothingCutOff(panel);
+    const struct
+    {
+        QLocale::Language language;
+        const char *code;
+        QString extension;
+        QString name;
+    } cases[] = { { QLocale::German, "de", u"Zusatz:"_s, u"Name:"_s },
+        { QLocale::French, "fr", u"Extension\u00a0:"_s, u"Nom\u00a0:"_s },
+        { QLocale::English, "en", u"Extension:"_s, u"Name:"_s } };
+    for (const auto &c : cases) {
+        use(c.language);
+        PreferencesPanel panel;
+        panel.show();
+        QCoreApplication::processEvents();
+        expectNothingCutOff(panel, c.code);
+        auto *label = outlet<QLabel>(panel, "extensionName");
+        EXPECT_EQ(label->text(), c.extension) << c.code;
+        // The longer label of the sub-folder rule comes while the panel is shown.
+        outlet<QRadioButton>(panel, "nameFolder")->click();
+        QCoreApplication::processEvents();
+        expectNothingCutOff(panel, c.code);
+        EXPECT_EQ(label->text(), c.name) << c.code;
+        EXPECT_EQ(UserDefaults::standard().integerForKey(u"extensionFormat"_s), 2);
+        // apply() from a control shows the panel again: the label stays translated once, not twice.
+        panel.apply(outlet<QRadioButton>(panel, "nameFolder"));
+        EXPECT_EQ(label->text(), c.name) << c.code;
+        outlet<QRadioButton>(panel, "namePrefix")->click();
+        EXPECT_EQ(label->text(), c.extension) << c.code;
+    }
 }
-
-INSTANTIATE_TEST_SUITE_P(Languages, PanelLayout, ::testing::Values(QLocale::German, QLocale::French));
 
 // The texts the application shows: those of the panel's interface file (menus included) that are
 // meant for translation, and those its code passes to localizedText().
