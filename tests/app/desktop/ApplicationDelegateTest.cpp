@@ -1,15 +1,16 @@
-// Tests of the application delegate: launch order, the automatic quit, and opened files processed
-// by the real thumbnail job in worker processes.
+// Tests of the application delegate and the desktop application around it, in this process: launch
+// order, the automatic quit, opened files and folders, and paths delivered one at a time in order.
 #include "app/desktop/ApplicationDelegate.h"
 #include "DesktopTestSupport.h"
-#include "app/desktop/IsolatedJob.h"
+#include "app/desktop/DesktopApplication.h"
 #include "app/desktop/PreferencesPanel.h"
+#include "app/engine/ThumbnailJob.h"
 #include "testlib/TestSupport.h"
 
-#include <QComboBox>
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
+#include <QFileInfo>
 #include <QLineEdit>
 #include <QTest>
 #include <gtest/gtest.h>
@@ -21,23 +22,21 @@ using namespace orvel::test;
 
 namespace {
 
-class ApplicationDelegateTest : public ::testing::Test
+constexpr int QuitDelayMs = int(ApplicationDelegate::QuitDelay * 1000);
+
+class ApplicationDelegateTest : public DesktopTest
 {
 protected:
     void SetUp() override
     {
-        clearStandardDefaults();
+        DesktopTest::SetUp();
         panel = std::make_unique<PreferencesPanel>();
-        job = std::make_unique<IsolatedJob>(thumbsExecutable());
-        ASSERT_TRUE(job->isIsolated()) << thumbsExecutable();
         delegate = std::make_unique<ApplicationDelegate>(panel.get());
         delegate->setFileProcessor([this](const QString &path) {
-            processed << path;
-            // The flags as the job sees them.
-            finishedWhileProcessing = finishedWhileProcessing || delegate->didFinish();
+            processed << QFileInfo(path).fileName();
             if (processingHook)
                 processingHook();
-            return job->processFile(path);
+            return ThumbnailJob::processFile(path);
         });
         delegate->setQuitHandler([this] {
             ++quits;
@@ -46,218 +45,166 @@ protected:
         clock.start();
     }
 
-    QString picture(const QString &name, int w = 64, int h = 48)
+    QString picture(const QString &name)
     {
-        const QString path = dir.file(name);
-        EXPECT_TRUE(writeTestImage(path, w, h));
-        return path;
-    }
-
-    bool waitForQuit()
-    {
-        return processEventsUntil([this] { return quits > 0; }, 5000);
+        EXPECT_TRUE(writeTestImage(dir.file(name), 64, 48));
+        return dir.file(name);
     }
 
     TempDir dir;
     std::unique_ptr<PreferencesPanel> panel;
-    std::unique_ptr<IsolatedJob> job;
     std::unique_ptr<ApplicationDelegate> delegate;
     QStringList processed;
-    bool finishedWhileProcessing = false;
     std::function<void()> processingHook;
     int quits = 0;
     qint64 quitClock = -1;
     QElapsedTimer clock;
 };
 
-TEST_F(ApplicationDelegateTest, PlainLaunchShowsThePanelAndNeverQuitsByItself)
+TEST_F(ApplicationDelegateTest, APlainLaunchShowsThePanelAndNeverQuitsByItselfEvenAfterADrop)
 {
+    EXPECT_FALSE(delegate->applicationOpenUntitledFile()) << "launching has not finished";
     delegate->applicationWillFinishLaunching();
     delegate->applicationDidFinishLaunching();
-
     EXPECT_TRUE(panel->isVisible());
-    EXPECT_FALSE(delegate->didDrop());
-    EXPECT_FALSE(delegate->shouldQuit());
-    EXPECT_TRUE(delegate->didFinish());
     EXPECT_FALSE(delegate->isTerminateScheduled());
-    QTest::qWait(int(ApplicationDelegate::QuitDelay * 1000) * 2);
+
+    EXPECT_TRUE(delegate->applicationOpenFile(picture(u"late.png"_s)));
+    EXPECT_TRUE(QFile::exists(dir.file(u"late_thumb.jpg"_s)));
+    EXPECT_FALSE(delegate->shouldQuit());
+    EXPECT_FALSE(delegate->isTerminateScheduled());
+    panel->close();
+    EXPECT_TRUE(delegate->applicationOpenUntitledFile());
+    EXPECT_TRUE(panel->isVisible());
+    QTest::qWait(QuitDelayMs * 2);
     EXPECT_EQ(quits, 0);
 }
 
-TEST_F(ApplicationDelegateTest, LaunchByDropProcessesItemsBeforeLaunchingEndsThenQuitsWithoutAWindow)
+TEST_F(ApplicationDelegateTest, ALaunchByDropQuitsWithoutAWindowAfterTheDelayFromItsLastItem)
 {
-    const QString a = picture(u"a.png"_s);
-    const QString b = picture(u"b.png"_s);
     delegate->applicationWillFinishLaunching();
-    EXPECT_TRUE(delegate->applicationOpenFile(a));
-    EXPECT_TRUE(delegate->applicationOpenFile(b));
-    // Items of the launch come before its end: nothing is scheduled yet.
-    EXPECT_TRUE(delegate->didDrop());
-    EXPECT_FALSE(delegate->shouldQuit());
-    EXPECT_FALSE(delegate->isTerminateScheduled());
+    EXPECT_TRUE(delegate->applicationOpenFile(picture(u"a.png"_s)));
     EXPECT_TRUE(QFile::exists(dir.file(u"a_thumb.jpg"_s)));
-    EXPECT_TRUE(QFile::exists(dir.file(u"b_thumb.jpg"_s)));
-
+    EXPECT_FALSE(delegate->isTerminateScheduled()) << "items of the launch come before its end";
     delegate->applicationDidFinishLaunching();
     EXPECT_TRUE(delegate->shouldQuit());
-    EXPECT_TRUE(delegate->isTerminateScheduled());
     EXPECT_FALSE(panel->isVisible());
-    EXPECT_FALSE(finishedWhileProcessing);
-    const qint64 finished = clock.elapsed();
-    ASSERT_TRUE(waitForQuit());
-    EXPECT_EQ(quits, 1);
-    // Not before the delay (a lower bound only; the machine may be slow).
-    EXPECT_GE(quitClock - finished, qint64(ApplicationDelegate::QuitDelay * 1000) - 5);
-}
 
-TEST_F(ApplicationDelegateTest, EachLaterItemCancelsAndRearmsTheQuit)
-{
-    const QString a = picture(u"a.png"_s);
+    // A later item, half a delay on (no events run meanwhile): processed, and the quit is armed
+    // again from its arrival.
+    QThread::msleep(QuitDelayMs / 2);
     const QString b = picture(u"b.png"_s);
-    delegate->applicationOpenFile(a);
-    delegate->applicationDidFinishLaunching();
-    ASSERT_TRUE(delegate->isTerminateScheduled());
-
-    // The item arrives; the quit is re-armed from its arrival, and the job runs first.
     const qint64 arrival = clock.elapsed();
     EXPECT_TRUE(delegate->applicationOpenFile(b));
-    EXPECT_TRUE(delegate->isTerminateScheduled());
-    EXPECT_EQ(quits, 0);
     EXPECT_TRUE(QFile::exists(dir.file(u"b_thumb.jpg"_s)));
-    ASSERT_TRUE(waitForQuit());
-    EXPECT_EQ(quits, 1);
-    EXPECT_GE(quitClock - arrival, qint64(ApplicationDelegate::QuitDelay * 1000) - 5);
-    QTest::qWait(int(ApplicationDelegate::QuitDelay * 1000) * 2);
+    EXPECT_TRUE(delegate->isTerminateScheduled());
+    ASSERT_TRUE(processEventsUntil([this] { return quits > 0; }, 5000));
+    // A lower bound only: the machine may be slow.
+    EXPECT_GE(quitClock - arrival, QuitDelayMs - 5);
+    QTest::qWait(QuitDelayMs * 2);
     EXPECT_EQ(quits, 1);
 }
 
 TEST_F(ApplicationDelegateTest, TheQuitNeverCutsAJobShortWhenTheJobLetsEventsRun)
 {
-    const QString a = picture(u"a.png"_s);
-    const QString b = picture(u"b.png"_s);
-    delegate->applicationOpenFile(a);
+    delegate->applicationOpenFile(picture(u"a.png"_s));
     delegate->applicationDidFinishLaunching();
     int quitsDuringJob = -1;
     // As the progress window does: the event loop runs while the job works, past the delay.
     processingHook = [this, &quitsDuringJob] {
-        QTest::qWait(int(ApplicationDelegate::QuitDelay * 1000) * 3);
+        QTest::qWait(QuitDelayMs * 3);
         quitsDuringJob = quits;
     };
-    EXPECT_TRUE(delegate->applicationOpenFile(b));
+    EXPECT_TRUE(delegate->applicationOpenFile(picture(u"b.png"_s)));
     EXPECT_EQ(quitsDuringJob, 0);
     EXPECT_TRUE(delegate->isTerminateScheduled());
-    ASSERT_TRUE(waitForQuit());
-    EXPECT_EQ(quits, 1);
+    ASSERT_TRUE(processEventsUntil([this] { return quits > 0; }, 5000));
 }
 
 TEST_F(ApplicationDelegateTest, WithQuitWhenDoneOffALaunchByDropStaysRunningUntilReopened)
 {
     UserDefaults::standard().setObject(false, u"QuitWhenDone"_s);
     EXPECT_TRUE(delegate->applicationOpenFile(picture(u"a.png"_s)));
-    EXPECT_FALSE(delegate->applicationOpenUntitledFile()) << "launching has not finished";
     delegate->applicationDidFinishLaunching();
     EXPECT_FALSE(delegate->shouldQuit());
-    EXPECT_FALSE(delegate->isTerminateScheduled());
     EXPECT_FALSE(panel->isVisible());
-
     EXPECT_TRUE(delegate->applicationOpenFile(picture(u"b.png"_s)));
     EXPECT_FALSE(delegate->isTerminateScheduled());
     EXPECT_TRUE(delegate->applicationOpenUntitledFile());
     EXPECT_TRUE(panel->isVisible());
-    QTest::qWait(int(ApplicationDelegate::QuitDelay * 1000) * 2);
+    QTest::qWait(QuitDelayMs * 2);
     EXPECT_EQ(quits, 0);
-}
-
-TEST_F(ApplicationDelegateTest, ReopenShowsThePanelAgainAfterItWasClosed)
-{
-    delegate->applicationDidFinishLaunching();
-    ASSERT_TRUE(panel->isVisible());
-    panel->close();
-    EXPECT_FALSE(panel->isVisible());
-    EXPECT_TRUE(delegate->applicationOpenUntitledFile());
-    EXPECT_TRUE(panel->isVisible());
-}
-
-TEST_F(ApplicationDelegateTest, ADropOnAPlainlyLaunchedApplicationIsProcessedAndItKeepsRunning)
-{
-    delegate->applicationDidFinishLaunching();
-    EXPECT_TRUE(delegate->applicationOpenFile(picture(u"late.png"_s)));
-    EXPECT_TRUE(QFile::exists(dir.file(u"late_thumb.jpg"_s)));
-    EXPECT_TRUE(delegate->didDrop());
-    EXPECT_FALSE(delegate->shouldQuit());
-    EXPECT_FALSE(delegate->isTerminateScheduled());
-}
-
-TEST_F(ApplicationDelegateTest, UnappliedEditsInTheVisiblePanelAreStoredAndUsedForTheOpenedFile)
-{
-    delegate->applicationDidFinishLaunching();
-    panel->findChild<QLineEdit *>(u"width"_s)->setText(u"3"_s);
-    panel->findChild<QLineEdit *>(u"height"_s)->setText(u"20"_s);
-    auto *format = panel->findChild<QComboBox *>(u"filetype"_s);
-    format->setCurrentIndex(format->findData(4));
-
-    const QString source = picture(u"wide.png"_s, 64, 32);
-    EXPECT_TRUE(delegate->applicationOpenFile(source));
-    EXPECT_EQ(UserDefaults::standard().integerForKey(u"width"_s), 16);
-    EXPECT_EQ(UserDefaults::standard().integerForKey(u"filetype"_s), 4);
-    // The worker process read the new settings: a PNG inside 16 by 20.
-    const QImage thumbnail = loadImage(dir.file(u"wide_thumb.png"_s));
-    ASSERT_FALSE(thumbnail.isNull());
-    EXPECT_EQ(thumbnail.size(), QSize(16, 8));
-    // Applied without a sender: the field still shows what was typed.
-    EXPECT_EQ(panel->findChild<QLineEdit *>(u"width"_s)->text(), u"3"_s);
 }
 
 TEST_F(ApplicationDelegateTest, TerminationStoresThePanelOnlyWhenItIsVisible)
 {
-    auto *width = panel->findChild<QLineEdit *>(u"width"_s);
-    width->setText(u"300"_s);
+    outlet<QLineEdit>(*panel, "width")->setText(u"300"_s);
     delegate->applicationWillTerminate();
     EXPECT_FALSE(UserDefaults::standard().objectForKey(u"width"_s).isValid());
-
     panel->show();
     delegate->terminate();
     EXPECT_EQ(UserDefaults::standard().integerForKey(u"width"_s), 300);
     EXPECT_EQ(quits, 1);
 }
 
-TEST_F(ApplicationDelegateTest, AFolderIsWalkedWholeAndAnswersNoWhenAnyFileFails)
+// The walk itself (order, links, answers) is the folder walk's; the delegate hands it every file.
+TEST_F(ApplicationDelegateTest, EachFileOfAFolderGoesToTheJobAndAnyFailureAnswersNo)
 {
-    QDir(dir.path()).mkpath(u"top/inner/deeper"_s);
-    const QString top = dir.file(u"top"_s);
-    ASSERT_TRUE(writeTestImage(top + u"/one.png"_s, 40, 30));
-    ASSERT_TRUE(writeTestImage(top + u"/inner/two.png"_s, 40, 30));
-    ASSERT_TRUE(writeTestImage(top + u"/inner/deeper/three.png"_s, 40, 30));
-    ASSERT_TRUE(writeBytes(top + u"/inner/notes.txt"_s, "not a picture"));
-
-    EXPECT_FALSE(delegate->applicationOpenFile(top));
-    EXPECT_EQ(processed.size(), 4);
-    EXPECT_TRUE(QFile::exists(top + u"/one_thumb.jpg"_s));
-    EXPECT_TRUE(QFile::exists(top + u"/inner/two_thumb.jpg"_s));
-    EXPECT_TRUE(QFile::exists(top + u"/inner/deeper/three_thumb.jpg"_s));
-}
-
-TEST_F(ApplicationDelegateTest, EmptyFolderAnswersYesAndMissingOrDanglingPathsAnswerNo)
-{
-    QDir(dir.path()).mkdir(u"empty"_s);
-    EXPECT_TRUE(delegate->applicationOpenFile(dir.file(u"empty"_s)));
-    EXPECT_EQ(QDir(dir.file(u"empty"_s)).entryList(QDir::NoDotAndDotDot | QDir::AllEntries).size(), 0);
-
-    EXPECT_FALSE(delegate->applicationOpenFile(dir.file(u"nothing-here.png"_s)));
-    ASSERT_TRUE(QFile::link(dir.file(u"gone.png"_s), dir.file(u"dangling.png"_s)));
-    EXPECT_FALSE(delegate->applicationOpenFile(dir.file(u"dangling.png"_s)));
-    EXPECT_FALSE(delegate->applicationOpenFile(QString()));
+    QDir(dir.path()).mkpath(u"top/inner"_s);
+    ASSERT_TRUE(writeTestImage(dir.file(u"top/inner/two.png"_s), 40, 30));
+    ASSERT_TRUE(writeBytes(dir.file(u"top/notes.txt"_s), "not a picture"));
+    EXPECT_FALSE(delegate->applicationOpenFile(dir.file(u"top"_s))) << "notes.txt fails";
+    processed.sort();
+    EXPECT_EQ(processed, QStringList({ u"notes.txt"_s, u"two.png"_s }));
+    EXPECT_TRUE(QFile::exists(dir.file(u"top/inner/two_thumb.jpg"_s)));
+    processed.clear();
+    for (const QString &path : { dir.file(u"nothing-here.png"_s), QString() })
+        EXPECT_FALSE(delegate->applicationOpenFile(path)) << path;
     EXPECT_TRUE(processed.isEmpty());
-    EXPECT_TRUE(delegate->didDrop());
 }
 
-TEST_F(ApplicationDelegateTest, AHostileFileFailsAloneAndTheWorkerGoesOn)
+TEST(DesktopApplication, PathsAreProcessedOneAtATimeInOrderAndADropKeepsItRunning)
 {
-    const QString broken = dir.file(u"broken.png"_s);
-    ASSERT_TRUE(writeBytes(broken, QByteArray("\x89PNG\r\n\x1a\n", 8) + QByteArray(5000, '\x7f')));
-    EXPECT_FALSE(delegate->applicationOpenFile(broken));
-    EXPECT_TRUE(delegate->applicationOpenFile(picture(u"after.png"_s)));
-    EXPECT_TRUE(QFile::exists(dir.file(u"after_thumb.jpg"_s)));
+    clearStandardDefaults();
+    TempDir dir;
+    for (const QString &name : { u"1.png"_s, u"2.png"_s, u"3.png"_s })
+        ASSERT_TRUE(writeTestImage(dir.file(name), 30, 20));
+    DesktopApplication::Options options; // no worker executable: the job runs in this process
+    options.applicationId = uniqueApplicationId();
+    DesktopApplication application(options);
+    QStringList order;
+    int depth = 0;
+    bool nested = false;
+    // The first job lets the event loop run while another path arrives (a hand-over, a drop).
+    application.delegate().setFileProcessor([&](const QString &path) {
+        order << QFileInfo(path).fileName();
+        nested = nested || depth++ > 0;
+        if (path.endsWith(u"2.png"_s)) {
+            application.open({ dir.file(u"3.png"_s) });
+            QCoreApplication::processEvents();
+        }
+        const bool ok = ThumbnailJob::processFile(path);
+        --depth;
+        return ok;
+    });
+    ASSERT_TRUE(application.listen());
+    application.launch({});
+    ASSERT_TRUE(application.panel().isVisible());
+    Q_EMIT application.panel().filesDropped({ dir.file(u"2.png"_s), dir.file(u"1.png"_s) });
+    ASSERT_TRUE(processEventsUntil([&] { return order.size() == 3; }));
+    EXPECT_FALSE(nested);
+    EXPECT_EQ(order, QStringList({ u"2.png"_s, u"1.png"_s, u"3.png"_s }));
+    EXPECT_TRUE(QFile::exists(dir.file(u"3_thumb.jpg"_s)));
+    EXPECT_FALSE(application.delegate().isTerminateScheduled());
+}
+
+TEST(DesktopLaunchPaths, PathsBecomeAbsoluteAndOptionsAreSkipped)
+{
+    const QString here = QDir::currentPath();
+    EXPECT_EQ(launchPaths({ u"a.png"_s, u"--verbose"_s, u"/x/b.png"_s }),
+        QStringList({ here + u"/a.png"_s, u"/x/b.png"_s }));
+    EXPECT_EQ(launchPaths({ u"--"_s, u"-dash.png"_s, QString() }),
+        QStringList({ here + u"/-dash.png"_s, QString() }));
 }
 
 } // namespace

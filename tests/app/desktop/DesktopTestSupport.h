@@ -1,15 +1,22 @@
-// Helpers of the desktop tests: a clean settings store, events until a condition holds.
+// Helpers of the desktop tests: a clean settings store, events until a condition holds, the
+// panel's controls by name and a test in another language.
 #pragma once
 
 #include "support/UserDefaults.h"
 
 #include <QCoreApplication>
 #include <QDeadlineTimer>
+#include <QLocale>
 #include <QThread>
+#include <QUuid>
+#include <QWidget>
+#include <gtest/gtest.h>
 
 #include <functional>
 
 namespace orvel::test {
+
+using namespace Qt::StringLiterals;
 
 /// Empties the standard settings store (its file is in the test's temporary settings folder).
 inline void clearStandardDefaults()
@@ -33,5 +40,31 @@ inline bool processEventsUntil(const std::function<bool()> &condition, int timeo
     }
     return true;
 }
+
+/// The control of window with that object name (a failure when there is none).
+template <typename T> T *outlet(const QWidget &window, const char *name)
+{
+    T *control = window.findChild<T *>(QString::fromLatin1(name));
+    EXPECT_NE(control, nullptr) << name;
+    return control;
+}
+
+/// An application id of the test's own, so that no other instance answers for it.
+inline QString uniqueApplicationId()
+{
+    return u"org.orvel.ThumbnailsTest.t"_s + QUuid::createUuid().toString(QUuid::Id128);
+}
+
+/// A test on an empty settings store, in the language use() picks (restored after the test).
+class DesktopTest : public ::testing::Test
+{
+protected:
+    void SetUp() override { clearStandardDefaults(); }
+    void TearDown() override { QLocale::setDefault(m_saved); }
+    static void use(QLocale::Language language) { QLocale::setDefault(QLocale(language)); }
+
+private:
+    QLocale m_saved;
+};
 
 } // namespace orvel::test

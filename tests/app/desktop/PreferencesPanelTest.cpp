@@ -1,24 +1,30 @@
-// Tests of the preferences panel: its outlets and tags, the corrections of apply(), the label
-// switch, closing, and drops.
+// Tests of the preferences panel: what apply() stores and corrects, showing stored values, closing,
+// drops; the panel, its label switch and menus in other languages with room for the longer texts;
+// and the shipped tables holding every text the application shows and nothing else.
 #include "app/desktop/PreferencesPanel.h"
 #include "DesktopTestSupport.h"
+#include "app/desktop/ApplicationDelegate.h"
+#include "support/Bundle.h"
 #include "testlib/TestSupport.h"
 
 #include <QButtonGroup>
 #include <QCheckBox>
 #include <QComboBox>
+#include <QDirIterator>
 #include <QDropEvent>
 #include <QLabel>
-#include <QLayout>
 #include <QLineEdit>
+#include <QMenuBar>
 #include <QMimeData>
 #include <QRadioButton>
+#include <QRegularExpression>
 #include <QSignalSpy>
 #include <QUrl>
+#include <QXmlStreamReader>
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <limits>
+#include <set>
 
 using namespace Qt::StringLiterals;
 
@@ -27,171 +33,100 @@ using namespace orvel::test;
 
 namespace {
 
-class PreferencesPanelTest : public ::testing::Test
+class PreferencesPanelTest : public DesktopTest
 {
 protected:
     void SetUp() override
     {
-        clearStandardDefaults();
+        DesktopTest::SetUp();
         panel = std::make_unique<PreferencesPanel>();
     }
 
-    template <typename T> T *outlet(const char *name) const
-    {
-        T *control = panel->findChild<T *>(QString::fromLatin1(name));
-        EXPECT_NE(control, nullptr) << name;
-        return control;
-    }
-    QLineEdit *field(const char *name) const { return outlet<QLineEdit>(name); }
+    QLineEdit *field(const char *name) const { return outlet<QLineEdit>(*panel, name); }
+    QComboBox *menu(const char *name) const { return outlet<QComboBox>(*panel, name); }
+    QButtonGroup *group(const char *name) const { return outlet<QButtonGroup>(*panel, name); }
     UserDefaults &store() const { return UserDefaults::standard(); }
 
     std::unique_ptr<PreferencesPanel> panel;
 };
 
-TEST_F(PreferencesPanelTest, AnEmptyStoreShowsEveryDefault)
+TEST_F(PreferencesPanelTest, ClosingStoresEachControlUnderItsKeyAndAFreshPanelShowsIt)
 {
-    EXPECT_EQ(outlet<QButtonGroup>("createIcons")->checkedId(), 0);
-    EXPECT_TRUE(outlet<QCheckBox>("quitWhenDone")->isChecked());
-    EXPECT_EQ(field("extension")->text(), u"_thumb"_s);
-    EXPECT_EQ(field("width")->text(), u"128"_s);
-    EXPECT_EQ(field("height")->text(), u"128"_s);
-    EXPECT_EQ(field("quality")->text(), u"80"_s);
-    EXPECT_EQ(outlet<QComboBox>("filetype")->currentData().toInt(), 3);
-    EXPECT_EQ(outlet<QComboBox>("antialiasing")->currentData().toInt(), 3);
-    EXPECT_EQ(outlet<QComboBox>("sharpen")->currentData().toInt(), 0);
-    EXPECT_EQ(outlet<QButtonGroup>("sizing")->checkedId(), 0);
-    EXPECT_EQ(field("scale")->text(), u"100"_s);
-    EXPECT_EQ(outlet<QButtonGroup>("extensionFormat")->checkedId(), 1);
-    EXPECT_EQ(outlet<QLabel>("extensionName")->text(), u"Extension:"_s);
-}
-
-TEST_F(PreferencesPanelTest, EveryCellAndItemCarriesItsTag)
-{
-    auto ids = [](QButtonGroup *group) {
-        QList<int> result;
-        for (QAbstractButton *button : group->buttons())
-            result << group->id(button);
-        std::sort(result.begin(), result.end());
-        return result;
-    };
-    EXPECT_EQ(ids(outlet<QButtonGroup>("createIcons")), QList<int>({ 0, 1, 2 }));
-    EXPECT_EQ(ids(outlet<QButtonGroup>("extensionFormat")), QList<int>({ 0, 1, 2 }));
-    EXPECT_EQ(ids(outlet<QButtonGroup>("sizing")), QList<int>({ 0, 1 }));
-    auto tags = [](QComboBox *menu) {
-        QList<int> result;
-        for (int i = 0; i < menu->count(); ++i)
-            result << menu->itemData(i).toInt();
-        return result;
-    };
-    EXPECT_EQ(tags(outlet<QComboBox>("filetype")), QList<int>({ 0, 1, 2, 3, 4, 5 }));
-    EXPECT_EQ(tags(outlet<QComboBox>("antialiasing")), QList<int>({ 0, 1, 2, 3 }));
-    EXPECT_EQ(tags(outlet<QComboBox>("sharpen")), QList<int>({ 0, 1, 2, 3 }));
-    // The file type items in the order of their codes.
-    EXPECT_EQ(outlet<QComboBox>("filetype")->itemText(5), u"JPEG 2000"_s);
-}
-
-TEST_F(PreferencesPanelTest, ApplyStoresTheSelectedTagsWithTheirTypes)
-{
-    outlet<QButtonGroup>("createIcons")->button(2)->setChecked(true);
-    outlet<QButtonGroup>("extensionFormat")->button(0)->setChecked(true);
-    outlet<QButtonGroup>("sizing")->button(1)->setChecked(true);
-    outlet<QComboBox>("filetype")->setCurrentIndex(outlet<QComboBox>("filetype")->findData(5));
-    outlet<QComboBox>("antialiasing")->setCurrentIndex(outlet<QComboBox>("antialiasing")->findData(1));
-    outlet<QComboBox>("sharpen")->setCurrentIndex(outlet<QComboBox>("sharpen")->findData(2));
-    outlet<QCheckBox>("quitWhenDone")->setChecked(false);
+    panel->show();
+    QSignalSpy closed(panel.get(), &PreferencesPanel::closed);
+    group("createIcons")->button(2)->setChecked(true);
+    group("extensionFormat")->button(0)->setChecked(true);
+    group("sizing")->button(1)->setChecked(true);
+    menu("filetype")->setCurrentIndex(menu("filetype")->findData(5));
+    menu("antialiasing")->setCurrentIndex(menu("antialiasing")->findData(1));
+    menu("sharpen")->setCurrentIndex(menu("sharpen")->findData(2));
+    outlet<QCheckBox>(*panel, "quitWhenDone")->setChecked(false);
     field("extension")->setText(u"small-"_s);
-    panel->apply(nullptr);
+    field("width")->setText(u"200"_s);
+    panel->close();
+    EXPECT_EQ(closed.size(), 1);
 
     const QVariantMap stored = store().dictionaryRepresentation();
-    EXPECT_EQ(stored.value(u"create"_s), QVariant(qint64(2)));
-    EXPECT_EQ(stored.value(u"extensionFormat"_s), QVariant(qint64(0)));
-    EXPECT_EQ(stored.value(u"sizing"_s), QVariant(qint64(1)));
-    EXPECT_EQ(stored.value(u"filetype"_s), QVariant(qint64(5)));
-    EXPECT_EQ(stored.value(u"Antialiasing"_s), QVariant(qint64(1)));
-    EXPECT_EQ(stored.value(u"sharpen"_s), QVariant(qint64(2)));
-    EXPECT_EQ(stored.value(u"QuitWhenDone"_s), QVariant(false));
-    EXPECT_EQ(stored.value(u"extension"_s), QVariant(u"small-"_s));
+    const QVariantMap expected
+        = { { u"create"_s, qint64(2) }, { u"extensionFormat"_s, qint64(0) }, { u"sizing"_s, qint64(1) },
+              { u"filetype"_s, qint64(5) }, { u"Antialiasing"_s, qint64(1) }, { u"sharpen"_s, qint64(2) },
+              { u"QuitWhenDone"_s, false }, { u"extension"_s, u"small-"_s }, { u"width"_s, qint64(200) } };
+    for (auto it = expected.cbegin(); it != expected.cend(); ++it)
+        EXPECT_EQ(stored.value(it.key()), it.value()) << it.key();
     EXPECT_EQ(stored.value(u"quality"_s).typeId(), QMetaType::Double);
     EXPECT_EQ(stored.size(), 12);
+
+    PreferencesPanel reopened;
+    EXPECT_EQ(outlet<QLineEdit>(reopened, "width")->text(), u"200"_s);
+    EXPECT_EQ(outlet<QLineEdit>(reopened, "extension")->text(), u"small-"_s);
+    EXPECT_EQ(outlet<QButtonGroup>(reopened, "sizing")->checkedId(), 1);
+    EXPECT_EQ(outlet<QComboBox>(reopened, "sharpen")->currentData(), 2);
 }
 
-struct Correction
+TEST_F(PreferencesPanelTest, ApplyStoresTheCorrectedValues)
 {
-    const char *field;
-    const char *typed;
-    const char *key;
-    double stored;
-};
-
-class PreferencesPanelCorrection : public PreferencesPanelTest,
-                                   public ::testing::WithParamInterface<Correction>
-{
-};
-
-TEST_P(PreferencesPanelCorrection, StoresTheCorrectedValue)
-{
-    const Correction c = GetParam();
-    field(c.field)->setText(QString::fromUtf8(c.typed));
-    panel->apply(nullptr);
-    EXPECT_DOUBLE_EQ(store().doubleForKey(QString::fromLatin1(c.key)), c.stored) << c.typed;
+    const struct
+    {
+        const char *field;
+        const char *typed;
+        double stored;
+    } cases[] = { { "width", "0", 16 }, { "width", "-5", 16 }, { "width", "15", 16 }, { "width", "16", 16 },
+        { "width", "10000", 10000 }, { "width", "1e30", double(std::numeric_limits<qint64>::max()) },
+        { "height", "7", 16 }, { "height", "300.9", 300 }, { "height", " 64px", 64 },
+        { "height", "tall", 16 }, { "scale", "0.5", 0.01 }, { "scale", "250", 1.0 }, { "scale", "50", 0.5 },
+        { "scale", "-3", 0.01 }, { "scale", "12.5", 0.125 }, { "scale", "  .5%", 0.01 },
+        { "quality", "150", 1.5 }, { "quality", "80", 0.8 }, { "quality", "0", 0.0 },
+        { "quality", "-20", -0.2 }, { "quality", "nan", 0.0 }, { "quality", "2e1", 0.2 } };
+    for (const auto &c : cases) {
+        field(c.field)->setText(QString::fromUtf8(c.typed));
+        panel->apply(nullptr);
+        EXPECT_DOUBLE_EQ(store().doubleForKey(QString::fromLatin1(c.field)), c.stored)
+            << c.field << " = \"" << c.typed << '"';
+    }
 }
 
-INSTANTIATE_TEST_SUITE_P(Sides, PreferencesPanelCorrection,
-    ::testing::Values(Correction { "width", "0", "width", 16 }, Correction { "width", "-5", "width", 16 },
-        Correction { "width", "15", "width", 16 }, Correction { "width", "16", "width", 16 },
-        Correction { "width", "10000", "width", 10000 }, Correction { "height", "7", "height", 16 },
-        Correction { "height", "300.9", "height", 300 }, Correction { "height", " 64px", "height", 64 },
-        Correction { "height", "tall", "height", 16 }));
-INSTANTIATE_TEST_SUITE_P(Scale, PreferencesPanelCorrection,
-    ::testing::Values(Correction { "scale", "0.5", "scale", 0.01 },
-        Correction { "scale", "250", "scale", 1.0 }, Correction { "scale", "50", "scale", 0.5 },
-        Correction { "scale", "-3", "scale", 0.01 }, Correction { "scale", "12.5", "scale", 0.125 }));
-INSTANTIATE_TEST_SUITE_P(Quality, PreferencesPanelCorrection,
-    ::testing::Values(Correction { "quality", "150", "quality", 1.5 },
-        Correction { "quality", "80", "quality", 0.8 }, Correction { "quality", "0", "quality", 0.0 },
-        Correction { "quality", "-20", "quality", -0.2 }));
-
-TEST_F(PreferencesPanelTest, AnEmptyNamingStringIsStoredAsAnUnderscore)
-{
-    field("extension")->setText(QString());
-    panel->apply(nullptr);
-    EXPECT_EQ(store().stringForKey(u"extension"_s), u"_"_s);
-    EXPECT_EQ(field("extension")->text(), QString()) << "without a sender the field is left alone";
-}
-
-TEST_F(PreferencesPanelTest, ApplyFromAControlShowsTheValuesAsStored)
+TEST_F(PreferencesPanelTest, OnlyApplyFromAControlShowsTheValuesAsStored)
 {
     field("width")->setText(u"3"_s);
     field("extension")->setText(QString());
     field("scale")->setText(u"250"_s);
     field("quality")->setText(u"150"_s);
+    panel->apply(nullptr);
+    EXPECT_EQ(store().stringForKey(u"extension"_s), u"_"_s);
+    EXPECT_EQ(field("width")->text(), u"3"_s);
+    EXPECT_EQ(field("extension")->text(), QString());
+
     panel->apply(field("width"));
     EXPECT_EQ(field("width")->text(), u"16"_s);
     EXPECT_EQ(field("extension")->text(), u"_"_s);
     EXPECT_EQ(field("scale")->text(), u"100"_s);
     EXPECT_EQ(field("quality")->text(), u"150"_s);
-}
 
-TEST_F(PreferencesPanelTest, EditingAFieldAppliesIt)
-{
+    // Finishing an edit applies from that field.
     field("height")->setText(u"5"_s);
     Q_EMIT field("height")->editingFinished();
     EXPECT_EQ(store().integerForKey(u"height"_s), 16);
     EXPECT_EQ(field("height")->text(), u"16"_s);
-}
-
-TEST_F(PreferencesPanelTest, ChoosingTheSubFolderRuleSwitchesTheLabel)
-{
-    auto *label = outlet<QLabel>("extensionName");
-    outlet<QRadioButton>("nameFolder")->click();
-    EXPECT_EQ(label->text(), u"Name:"_s);
-    EXPECT_EQ(store().integerForKey(u"extensionFormat"_s), 2);
-    outlet<QRadioButton>("namePrefix")->click();
-    EXPECT_EQ(label->text(), u"Extension:"_s);
-    outlet<QRadioButton>("nameFolder")->click();
-    outlet<QRadioButton>("nameSuffix")->click();
-    EXPECT_EQ(label->text(), u"Extension:"_s);
-    EXPECT_TRUE(field("extension")->isEnabled());
 }
 
 TEST_F(PreferencesPanelTest, StoredValuesWithoutAMatchingTagSelectNothingAndStoreZero)
@@ -201,30 +136,13 @@ TEST_F(PreferencesPanelTest, StoredValuesWithoutAMatchingTagSelectNothingAndStor
     store().setObject(qint64(2), u"extensionFormat"_s);
     store().setObject(0.25, u"scale"_s);
     panel->awakeFromNib();
-    EXPECT_EQ(outlet<QComboBox>("filetype")->currentIndex(), -1);
-    EXPECT_EQ(outlet<QButtonGroup>("createIcons")->checkedId(), -1);
-    EXPECT_EQ(outlet<QLabel>("extensionName")->text(), u"Name:"_s);
+    EXPECT_EQ(menu("filetype")->currentIndex(), -1);
+    EXPECT_EQ(group("createIcons")->checkedId(), -1);
+    EXPECT_EQ(outlet<QLabel>(*panel, "extensionName")->text(), u"Name:"_s);
     EXPECT_EQ(field("scale")->text(), u"25"_s);
     panel->apply(nullptr);
     EXPECT_EQ(store().integerForKey(u"filetype"_s), 0);
     EXPECT_EQ(store().integerForKey(u"create"_s), 0);
-}
-
-TEST_F(PreferencesPanelTest, ClosingStoresAndAFreshPanelShowsTheStoredValues)
-{
-    panel->show();
-    QSignalSpy closed(panel.get(), &PreferencesPanel::closed);
-    field("width")->setText(u"200"_s);
-    field("extension")->setText(u"-small"_s);
-    outlet<QRadioButton>("sizeScale")->setChecked(true);
-    panel->close();
-    EXPECT_EQ(closed.size(), 1);
-    EXPECT_EQ(store().integerForKey(u"width"_s), 200);
-
-    PreferencesPanel reopened;
-    EXPECT_EQ(reopened.findChild<QLineEdit *>(u"width"_s)->text(), u"200"_s);
-    EXPECT_EQ(reopened.findChild<QLineEdit *>(u"extension"_s)->text(), u"-small"_s);
-    EXPECT_EQ(reopened.findChild<QButtonGroup *>(u"sizing"_s)->checkedId(), 1);
 }
 
 TEST_F(PreferencesPanelTest, DroppedLocalFilesAreHandedOnInOrder)
@@ -242,27 +160,153 @@ TEST_F(PreferencesPanelTest, DroppedLocalFilesAreHandedOnInOrder)
     EXPECT_EQ(dropped.at(0).at(0).toStringList(), QStringList({ u"/tmp/b.png"_s, u"/tmp/a folder"_s }));
 }
 
-TEST_F(PreferencesPanelTest, TheLayoutMakesRoomForLongerTexts)
+using InLanguage = DesktopTest;
+
+TEST_F(InLanguage, ThePanelIsTranslatedButItsTagsAndValuesStay)
 {
-    panel->show();
-    auto *label = outlet<QLabel>("extensionName");
-    label->setText(u"Name des Unterordners für die Miniaturen:"_s);
-    panel->adjustSize();
-    QCoreApplication::processEvents();
-    EXPECT_GE(label->width(), label->sizeHint().width());
-    EXPECT_NE(panel->centralWidget()->layout(), nullptr);
+    use(QLocale::German);
+    PreferencesPanel panel;
+    EXPECT_EQ(panel.windowTitle(), u"Orvel Thumbnails – Einstellungen");
+    EXPECT_EQ(outlet<QRadioButton>(panel, "nameFolder")->text(), u"Unterordner");
+    // Items are translated in place: each keeps the tag it is selected and stored by.
+    auto *sharpen = outlet<QComboBox>(panel, "sharpen");
+    EXPECT_EQ(sharpen->itemText(3), u"Stark");
+    EXPECT_EQ(sharpen->itemData(3).toInt(), 3);
+    auto *filetype = outlet<QComboBox>(panel, "filetype");
+    EXPECT_EQ(filetype->currentText(), u"JPEG"); // a format's name stays
+    EXPECT_EQ(filetype->currentData().toInt(), 3);
+    // The values shown are the stored ones, not translations of them.
+    EXPECT_EQ(outlet<QLineEdit>(panel, "extension")->text(), u"_thumb");
 }
 
-TEST(PreferencesPanelValues, FieldsReadTheirLeadingNumber)
+TEST_F(InLanguage, LaunchingTranslatesTheMainMenuAndItsShortcutsStay)
 {
-    EXPECT_EQ(PreferencesPanel::integerValue(u"12px"_s), 12);
-    EXPECT_EQ(PreferencesPanel::integerValue(u"7.9"_s), 7);
-    EXPECT_EQ(PreferencesPanel::integerValue(u"-7.9"_s), -7);
-    EXPECT_EQ(PreferencesPanel::integerValue(u"x12"_s), 0);
-    EXPECT_EQ(PreferencesPanel::integerValue(u"1e30"_s), std::numeric_limits<qint64>::max());
-    EXPECT_DOUBLE_EQ(PreferencesPanel::floatValue(u"  .5%"_s), 0.5);
-    EXPECT_DOUBLE_EQ(PreferencesPanel::floatValue(u"2e1"_s), 20.0);
-    EXPECT_DOUBLE_EQ(PreferencesPanel::floatValue(u"nan"_s), 0.0);
+    PreferencesPanel panel; // made in English
+    ASSERT_EQ(panel.quitAction()->text(), u"&Quit");
+    use(QLocale::French);
+    ApplicationDelegate delegate(&panel);
+    delegate.applicationWillFinishLaunching();
+    EXPECT_EQ(panel.menuBar()->actions().at(0)->text(), u"&Fichier");
+    EXPECT_EQ(panel.quitAction()->text(), u"&Quitter");
+    EXPECT_EQ(panel.quitAction()->shortcut(), QKeySequence(Qt::CTRL | Qt::Key_Q));
+}
+
+// Every text of the panel that a layout sizes is shown whole.
+void expectNothingCutOff(const PreferencesPanel &panel, const char *language)
+{
+    const QList<QWidget *> widgets = panel.findChildren<QWidget *>();
+    for (const QWidget *widget : widgets) {
+        if (!widget->isVisible())
+            continue;
+        const auto *label = qobject_cast<const QLabel *>(widget);
+        if (label && label->wordWrap()) {
+            EXPECT_GE(label->height(), label->heightForWidth(label->width()))
+                << language << ": " << label->text();
+        } else if (label || qobject_cast<const QAbstractButton *>(widget)
+            || qobject_cast<const QComboBox *>(widget)) {
+            EXPECT_GE(widget->width(), widget->sizeHint().width())
+                << language << ": " << widget->objectName();
+        }
+    }
+}
+
+TEST_F(InLanguage, TheNamingLabelSwitchesInEachLanguageAndTheLayoutMakesRoomForIt)
+{
+    const struct
+    {
+        QLocale::Language language;
+        const char *code;
+        QString extension;
+        QString name;
+    } cases[] = { { QLocale::German, "de", u"Zusatz:"_s, u"Name:"_s },
+        { QLocale::French, "fr", u"Extension\u00a0:"_s, u"Nom\u00a0:"_s },
+        { QLocale::English, "en", u"Extension:"_s, u"Name:"_s } };
+    for (const auto &c : cases) {
+        use(c.language);
+        PreferencesPanel panel;
+        panel.show();
+        QCoreApplication::processEvents();
+        expectNothingCutOff(panel, c.code);
+        auto *label = outlet<QLabel>(panel, "extensionName");
+        EXPECT_EQ(label->text(), c.extension) << c.code;
+        // The longer label of the sub-folder rule comes while the panel is shown.
+        outlet<QRadioButton>(panel, "nameFolder")->click();
+        QCoreApplication::processEvents();
+        expectNothingCutOff(panel, c.code);
+        EXPECT_EQ(label->text(), c.name) << c.code;
+        EXPECT_EQ(UserDefaults::standard().integerForKey(u"extensionFormat"_s), 2);
+        // apply() from a control shows the panel again: the label stays translated once, not twice.
+        panel.apply(outlet<QRadioButton>(panel, "nameFolder"));
+        EXPECT_EQ(label->text(), c.name) << c.code;
+        outlet<QRadioButton>(panel, "namePrefix")->click();
+        EXPECT_EQ(label->text(), c.extension) << c.code;
+    }
+}
+
+// The texts the application shows: those of the panel's interface file (menus included) that are
+// meant for translation, and those its code passes to localizedText().
+std::set<QString> shownTexts()
+{
+    std::set<QString> texts;
+    QFile ui(u"" ORVEL_SOURCE_DIR "/src/app/desktop/PreferencesPanel.ui"_s);
+    EXPECT_TRUE(ui.open(QIODevice::ReadOnly));
+    QXmlStreamReader xml(&ui);
+    QString property;
+    while (!xml.atEnd()) {
+        if (xml.readNext() != QXmlStreamReader::StartElement)
+            continue;
+        if (xml.name() == u"property") {
+            property = xml.attributes().value(QLatin1String("name")).toString();
+        } else if (xml.name() == u"string") {
+            const bool translatable = xml.attributes().value(QLatin1String("notr")) != u"true";
+            const QString text = xml.readElementText();
+            if (translatable && property != u"shortcut" && !text.isEmpty())
+                texts.insert(text);
+        }
+    }
+    EXPECT_FALSE(xml.hasError()) << xml.errorString().toStdString();
+
+    // localizedText(QStringLiteral("..." "...")): adjacent literals joined.
+    static const QRegularExpression call(uR"re(localizedText\(QStringLiteral\(((?:\s*"[^"\\]*")+)\)\))re"_s);
+    static const QRegularExpression literal(uR"re("([^"\\]*)")re"_s);
+    QDirIterator sources(
+        u"" ORVEL_SOURCE_DIR "/src/app"_s, { u"*.cpp"_s }, QDir::Files, QDirIterator::Subdirectories);
+    while (sources.hasNext()) {
+        QFile source(sources.next());
+        EXPECT_TRUE(source.open(QIODevice::ReadOnly));
+        const QString code = QString::fromUtf8(source.readAll());
+        for (const QRegularExpressionMatch &match : call.globalMatch(code)) {
+            QString text;
+            for (const QRegularExpressionMatch &part : literal.globalMatch(match.captured(1)))
+                text += part.captured(1);
+            texts.insert(text);
+        }
+    }
+    return texts;
+}
+
+TEST(ShippedTranslations, EachLanguageTranslatesExactlyTheShownTexts)
+{
+    const std::set<QString> texts = shownTexts();
+    ASSERT_TRUE(texts.count(u"&Quit"_s) && texts.count(u"Name:"_s) && texts.count(u"%1 of %2 files"_s));
+    for (const auto &[language, code] :
+        { std::pair { QLocale::German, "de" }, std::pair { QLocale::French, "fr" } }) {
+        // Missing: the compiled-in table the application loads has no translation.
+        const StringsTable table = Bundle::mainBundle().stringsTable(QString(), QLocale(language));
+        for (const QString &text : texts)
+            EXPECT_NE(table.localizedStringForKey(text, u"\x01"_s), u"\x01"_s)
+                << code << ": no entry for \"" << text.toStdString() << '"';
+        // Extra: the shipped file has an entry that nothing shows.
+        QFile ts(u"" ORVEL_SOURCE_DIR "/data/translations/Localizable_%1.ts"_s.arg(QLatin1String(code)));
+        ASSERT_TRUE(ts.open(QIODevice::ReadOnly)) << code;
+        QXmlStreamReader xml(&ts);
+        while (!xml.atEnd()) {
+            if (xml.readNext() == QXmlStreamReader::StartElement && xml.name() == u"source") {
+                const QString entry = xml.readElementText();
+                EXPECT_TRUE(texts.count(entry)) << code << ": nothing shows \"" << entry.toStdString() << '"';
+            }
+        }
+    }
 }
 
 } // namespace
