@@ -62,20 +62,6 @@ QStringList filesUnder(const QString &dir)
 class IconServiceTest : public ::testing::Test
 {
 protected:
-    void SetUp() override
-    {
-        m_savedCache = qgetenv("XDG_CACHE_HOME");
-        m_hadCache = qEnvironmentVariableIsSet("XDG_CACHE_HOME");
-        qputenv("XDG_CACHE_HOME", QFile::encodeName(cacheHome()));
-    }
-    void TearDown() override
-    {
-        if (m_hadCache)
-            qputenv("XDG_CACHE_HOME", m_savedCache);
-        else
-            qunsetenv("XDG_CACHE_HOME");
-    }
-
     QString cacheHome() const { return m_cache.file(u"cache"_s); }
     QString thumbnails() const { return cacheHome() + u"/thumbnails"_s; }
 
@@ -91,8 +77,7 @@ protected:
 
     TempDir m_files;
     TempDir m_cache;
-    QByteArray m_savedCache;
-    bool m_hadCache = false;
+    EnvironmentOverride m_cacheHome { "XDG_CACHE_HOME", cacheHome() };
 };
 
 TEST_F(IconServiceTest, KeysEntriesByTheEscapedFileUri)
@@ -209,20 +194,16 @@ TEST_F(IconServiceTest, KeepsTransparencyOfAnyInputFormat)
     }
 }
 
-TEST_F(IconServiceTest, MissingSourceOrNullImageWritesNothing)
+TEST_F(IconServiceTest, MissingSourceNullImageOrUnwritableCacheWriteNothing)
 {
     EXPECT_FALSE(IconService::setIconForFile(filledImage(200, 200, Qt::red), m_files.file(u"gone.jpg"_s)));
     EXPECT_FALSE(IconService::setIconForFile(QImage(), makeSource(u"there.jpg"_s)));
     EXPECT_FALSE(IconService::setIconForFile(filledImage(200, 200, Qt::red), QString()));
     EXPECT_FALSE(QFileInfo::exists(thumbnails()));
-}
-
-TEST_F(IconServiceTest, UnwritableCacheAnswersFalseAndLeavesNothing)
-{
     const QString source = makeSource(u"u.jpg"_s);
     const QString blocker = m_cache.file(u"not-a-folder"_s);
     ASSERT_TRUE(writeBytes(blocker, "plain file"));
-    qputenv("XDG_CACHE_HOME", QFile::encodeName(blocker));
+    const EnvironmentOverride blocked("XDG_CACHE_HOME", blocker);
     EXPECT_FALSE(IconService::setIconForFile(filledImage(300, 300, Qt::red), source));
     EXPECT_EQ(readBytes(blocker), QByteArray("plain file"));
     EXPECT_EQ(filesUnder(m_cache.path()), QStringList { u"not-a-folder"_s });

@@ -190,4 +190,20 @@ int runThumbs(const TempDir &home, const QStringList &args, QByteArray *out, QBy
             u"TMPDIR="_s + home.file(u"tmp"_s) });
 }
 
+EnvironmentOverride::EnvironmentOverride(const char *name, const QString &value)
+    : m_name(name)
+    , m_wasSet(qEnvironmentVariableIsSet(name))
+    , m_old(qgetenv(name))
+{
+    qputenv(name, QFile::encodeName(value));
+}
+
+EnvironmentOverride::~EnvironmentOverride()
+{
+    if (m_wasSet)
+        qputenv(m_name, m_old);
+    else
+        qunsetenv(m_name);
+}
+
 } // namespace orvel::test

@@ -60,4 +60,19 @@ QString thumbsExecutable();
 int runThumbs(
     const TempDir &home, const QStringList &args, QByteArray *out = nullptr, QByteArray *err = nullptr);
 
+/// Sets an environment variable for as long as it lives, then puts back what was there.
+class EnvironmentOverride
+{
+public:
+    EnvironmentOverride(const char *name, const QString &value);
+    ~EnvironmentOverride();
+    EnvironmentOverride(const EnvironmentOverride &) = delete;
+    EnvironmentOverride &operator=(const EnvironmentOverride &) = delete;
+
+private:
+    const char *m_name;
+    bool m_wasSet;
+    QByteArray m_old;
+};
+
 } // namespace orvel::test
