@@ -275,6 +275,43 @@ QUrl parseEscaping(QString text, const char *encoding)
     return url.isValid() ? url : QUrl();
 }
 
+// "." and ".." segments resolved, in one pass (each unit is copied and removed at most once).
+QString removeDotSegments(QStringView path)
+{
+    QString out;
+    out.reserve(path.size());
+    auto popSegment = [&out] { out.truncate(qMax<qsizetype>(0, out.lastIndexOf(u'/'))); };
+    qsizetype i = 0;
+    const qsizetype n = path.size();
+    while (i < n) {
+        const QStringView rest = path.sliced(i);
+        if (rest.startsWith("../"_L1)) {
+            i += 3;
+        } else if (rest.startsWith("./"_L1) || rest.startsWith("/./"_L1)) {
+            i += 2;
+        } else if (rest == "/."_L1) {
+            out += u'/';
+            break;
+        } else if (rest.startsWith("/../"_L1)) {
+            i += 3;
+            popSegment();
+        } else if (rest == "/.."_L1) {
+            popSegment();
+            out += u'/';
+            break;
+        } else if (rest == "."_L1 || rest == ".."_L1) {
+            break;
+        } else {
+            qsizetype next = path.indexOf(u'/', i + 1);
+            if (next < 0)
+                next = n;
+            out += path.sliced(i, next - i);
+            i = next;
+        }
+    }
+    return out;
+}
+
 } // namespace
 
 QUrl URL::URLRelativeTo(
@@ -332,14 +369,15 @@ QUrl URL::URLRelativeTo(
         result.setPassword(m_url.password(QUrl::FullyEncoded), QUrl::StrictMode);
     }
     if (standardize) {
-        for (int i = 0; i < 8; ++i) {
-            const QString path = result.path();
+        // Each round removes every dot segment it can; the loop stops as soon as nothing changes.
+        for (int round = 0; round < 8; ++round) {
+            const QString path = result.path(QUrl::FullyEncoded);
             if (!path.contains("./"_L1) && !path.contains("/."_L1))
                 break;
-            const QUrl next = result.adjusted(QUrl::NormalizePathSegments);
-            if (next == result)
+            const QString standardized = removeDotSegments(path);
+            if (standardized == path)
                 break;
-            result = next;
+            result.setPath(standardized, QUrl::TolerantMode);
         }
     }
     return result;
