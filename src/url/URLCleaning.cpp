@@ -6,6 +6,10 @@
 #include "strings/FastCompare.h"
 #include "url/URLTables_p.h"
 
+#include <QVarLengthArray>
+
+#include <cstring>
+
 using namespace Qt::StringLiterals;
 
 namespace orvel {
@@ -14,25 +18,92 @@ using namespace url_p;
 
 namespace {
 
-inline bool isSeparator(QChar c) { return c == u'&' || c == u';' || c == u'?'; }
+inline bool isSeparator(char16_t c) { return c == u'&' || c == u';' || c == u'?'; }
+inline bool isSeparator(QChar c) { return isSeparator(c.unicode()); }
 
-inline Qt::CaseSensitivity sensitivity(bool ci) { return ci ? Qt::CaseInsensitive : Qt::CaseSensitive; }
+inline const char16_t *unitsOf(QStringView s) { return reinterpret_cast<const char16_t *>(s.utf16()); }
 
-inline bool containsNoCase(QStringView s, QLatin1StringView needle)
+// The first occurrence of an ASCII needle at or after from, case ignored through lowerCharsTable
+// (the needle is given in lower case); -1 when there is none.
+qsizetype indexOfNoCase(QStringView s, QLatin1StringView needle, qsizetype from = 0)
 {
-    return s.contains(needle, Qt::CaseInsensitive);
+    const ConversionTable lower = lowerCharsTable();
+    const char16_t *u = unitsOf(s);
+    const qsizetype n = s.size();
+    const qsizetype m = needle.size();
+    const char16_t first = char16_t(needle[0].unicode());
+    for (qsizetype i = from < 0 ? 0 : from; i + m <= n; ++i) {
+        if (lower[u[i]] != first)
+            continue;
+        qsizetype k = 1;
+        while (k < m && lower[u[i + k]] == char16_t(needle[k].unicode()))
+            ++k;
+        if (k == m)
+            return i;
+    }
+    return -1;
 }
 
-// The position of the separator before the first occurrence of key at or after from that follows
-// "&", ";" or "?"; -1 when there is none. A key at position 0 never counts.
-qsizetype findKey(QStringView s, QLatin1StringView key, bool ci, qsizetype from = 1)
+inline bool containsNoCase(QStringView s, QLatin1StringView needle) { return indexOfNoCase(s, needle) >= 0; }
+
+// The separators ("&", ";", "?") of a string: keys are looked for only right after them, so each
+// key test costs the number of separators, not the string's length.
+struct Separators : QVarLengthArray<qsizetype, 32>
 {
-    qsizetype i = from < 1 ? 1 : from;
-    while ((i = s.indexOf(key, i, sensitivity(ci))) > 0) {
-        if (isSeparator(s[i - 1]))
-            return i - 1;
-        ++i;
+    // The lower-cased first units of the keys after the separators, as bits: a key whose first unit
+    // is not among them is rejected without looking at the string. Removing a key never adds one.
+    quint64 firstUnits[2] = { 0, 0 };
+    bool mayStartWith(char16_t lower) const
+    {
+        return lower < 128 && ((firstUnits[lower >> 6] >> (lower & 63)) & 1);
     }
+};
+
+Separators separatorsOf(QStringView s)
+{
+    // "&" (38), ";" (59) and "?" (63) as bits of one word: one comparison and one shift per unit.
+    constexpr quint64 separatorBits = (quint64(1) << '&') | (quint64(1) << ';') | (quint64(1) << '?');
+    Separators seps;
+    const char16_t *u = unitsOf(s);
+    const ConversionTable lower = lowerCharsTable();
+    for (qsizetype i = 0, n = s.size() - 1; i < n; ++i)
+        if (u[i] < 64 && ((separatorBits >> u[i]) & 1)) {
+            seps.append(i);
+            const char16_t next = lower[u[i + 1]];
+            if (next < 128)
+                seps.firstUnits[next >> 6] |= quint64(1) << (next & 63);
+        }
+    return seps;
+}
+
+inline bool keyAt(QStringView s, qsizetype at, QLatin1StringView key, bool ci)
+{
+    if (at + key.size() > s.size())
+        return false;
+    const char16_t *u = unitsOf(s) + at;
+    if (ci) {
+        static const ConversionTable lower = lowerCharsTable();
+        for (qsizetype k = 0; k < key.size(); ++k)
+            if (lower[u[k]] != lower[key[k].unicode()])
+                return false;
+    } else {
+        for (qsizetype k = 0; k < key.size(); ++k)
+            if (u[k] != key[k].unicode())
+                return false;
+    }
+    return true;
+}
+
+// The separator before the first occurrence of key that follows "&", ";" or "?", looking at the
+// separators from index `from` of seps; -1 when there is none. A key at position 0 never counts.
+qsizetype findKey(QStringView s, const Separators &seps, QLatin1StringView key, bool ci, qsizetype from = 0)
+{
+    const char16_t first = key[0].unicode();
+    if (!seps.mayStartWith(first >= u'A' && first <= u'Z' ? char16_t(first + 32) : first))
+        return -1;
+    for (qsizetype k = from; k < seps.size(); ++k)
+        if (keyAt(s, seps[k] + 1, key, ci))
+            return k;
     return -1;
 }
 
@@ -40,9 +111,10 @@ qsizetype findKey(QStringView s, QLatin1StringView key, bool ci, qsizetype from 
 // the end of the string.
 qsizetype valueEnd(QStringView s, qsizetype p)
 {
-    const bool semicolon = s[p] == u';';
+    const char16_t *u = unitsOf(s);
+    const bool semicolon = u[p] == u';';
     for (qsizetype i = p + 1; i < s.size(); ++i) {
-        const QChar c = s[i];
+        const char16_t c = u[i];
         if (c == u'&' || c == u'?' || (semicolon && c == u';'))
             return i;
     }
@@ -60,86 +132,141 @@ void removeKeyAt(QString &s, qsizetype p)
         s.truncate(p);
 }
 
-bool removeKey(QString &s, QLatin1StringView key, bool ci)
+// The same for the separator seps[k], keeping seps in step with the string.
+void removeKeyAt(QString &s, Separators &seps, qsizetype k)
 {
-    const qsizetype p = findKey(s, key, ci);
-    if (p < 0)
+    const qsizetype p = seps[k];
+    const qsizetype end = valueEnd(s, p);
+    if (end < s.size() && end + 1 < s.size()) {
+        const qsizetype removed = end - p;
+        s.remove(p + 1, removed);
+        qsizetype w = k + 1;
+        for (qsizetype r = k + 1; r < seps.size(); ++r)
+            if (seps[r] > end)
+                seps[w++] = seps[r] - removed;
+        seps.resize(w);
+    } else {
+        s.truncate(p);
+        seps.resize(k);
+    }
+}
+
+bool removeKey(QString &s, Separators &seps, QLatin1StringView key, bool ci)
+{
+    const qsizetype k = findKey(s, seps, key, ci);
+    if (k < 0)
         return false;
-    removeKeyAt(s, p);
+    removeKeyAt(s, seps, k);
     return true;
 }
 
 // "cid=", "p_sid=" and "sid=" count only when a letter stands in the value, looked for from the
 // fourth unit after the separator. For "p_sid=" that unit is still inside the key, so it always
 // counts; kept as it stands.
-bool removeKeyWithLetter(QString &s, QLatin1StringView key)
+bool removeKeyWithLetter(QString &s, Separators &seps, QLatin1StringView key)
 {
     const CharacterSetRep alpha = alphaCharacterSetRep();
-    qsizetype from = 1;
-    qsizetype p;
-    while ((p = findKey(s, key, false, from)) >= 0) {
+    for (qsizetype k = 0; (k = findKey(s, seps, key, false, k)) >= 0; ++k) {
+        const qsizetype p = seps[k];
         const qsizetype end = valueEnd(s, p);
         for (qsizetype i = p + 4; i < end; ++i)
             if (isCharacterPartOfSet(alpha, s[i].unicode())) {
-                removeKeyAt(s, p);
+                removeKeyAt(s, seps, k);
                 return true;
             }
-        from = p + 2;
     }
     return false;
 }
 
 enum PageKind : unsigned { StaticPage = 1, ScriptPage = 2, ForumPage = 4, ServerPage = 8 };
 
-unsigned classifyPage(QStringView s)
+// The positions of "?" in s: those among the separators, and a last unit.
+QVarLengthArray<qsizetype, 8> questionMarks(QStringView s, const Separators &seps)
 {
-    if (containsNoCase(s, ".html?"_L1) || containsNoCase(s, ".htm?"_L1))
+    QVarLengthArray<qsizetype, 8> marks;
+    for (const qsizetype p : seps)
+        if (s[p] == u'?')
+            marks.append(p);
+    if (s.endsWith(u'?'))
+        marks.append(s.size() - 1);
+    return marks;
+}
+
+unsigned classifyPage(QStringView s, const Separators &seps)
+{
+    // Which page extensions stand right before some "?" (case ignored).
+    bool html = false, php = false, asp = false;
+    for (const qsizetype q : questionMarks(s, seps)) {
+        const QStringView before = s.first(q);
+        auto endsWith
+            = [&](QLatin1StringView suffix) { return before.endsWith(suffix, Qt::CaseInsensitive); };
+        html = html || endsWith(".html"_L1) || endsWith(".htm"_L1);
+        php = php || endsWith(".php"_L1);
+        asp = asp || endsWith(".asp"_L1) || endsWith(".aspx"_L1);
+    }
+    if (html)
         return StaticPage;
-    if (containsNoCase(s, ".php?"_L1))
+    if (php)
         return ScriptPage | (topicPatterns().matches(s) ? ForumPage : 0u);
-    if (containsNoCase(s, ".asp?"_L1) || containsNoCase(s, ".aspx?"_L1))
-        return ServerPage;
-    return 0;
+    return asp ? ServerPage : 0u;
 }
 
 // One pass: removes the first key found in the fixed order; answers whether one went.
-bool removeOneSessionKey(QString &s, unsigned kind, bool &step1RemovedBefore)
+bool removeOneSessionKey(
+    QString &s, Separators &seps, unsigned kind, bool &step1RemovedBefore, bool &mayContainId)
 {
     static constexpr QLatin1StringView sessionKeys[] = { "phpsessionid="_L1, "phpsessid="_L1,
         "jsessionid="_L1, "jsessid="_L1, "sessionid="_L1, "wgsessid="_L1, "sessid="_L1 };
-    const bool step1 = containsNoCase(s, "id="_L1);
-    if (step1) {
-        bool removed = false;
-        for (QLatin1StringView key : sessionKeys)
-            if ((removed = removeKey(s, key, true)))
-                break;
-        removed = removed || removeKey(s, "affid="_L1, false) || removeKey(s, "REFFID="_L1, false)
-            || removeKeyWithLetter(s, "cid="_L1) || removeKeyWithLetter(s, "p_sid="_L1)
-            || removeKeyWithLetter(s, "sid="_L1);
-        if (removed) {
-            step1RemovedBefore = true;
-            return true;
-        }
-    } else if ((kind & ForumPage) && s.contains("&p="_L1) && removeKey(s, "s="_L1, false)) {
+    if (seps.isEmpty())
+        return false;
+    auto remove = [&](QLatin1StringView key, bool ci) { return removeKey(s, seps, key, ci); };
+    // Whether the address holds "id=" anywhere, asked only when a key depends on it. Removing a key
+    // never makes an "id=" that was not there, so once absent it stays absent.
+    int step1 = -1;
+    auto idPresent = [&] {
+        if (step1 < 0)
+            step1 = mayContainId = mayContainId && containsNoCase(s, "id="_L1);
+        return step1 == 1;
+    };
+    auto gated = [&](QLatin1StringView key, bool ci) {
+        const qsizetype k = findKey(s, seps, key, ci);
+        if (k < 0 || !idPresent())
+            return false;
+        removeKeyAt(s, seps, k);
+        return true;
+    };
+    bool removed = false;
+    for (QLatin1StringView key : sessionKeys)
+        if ((removed = gated(key, true)))
+            break;
+    removed = removed || gated("affid="_L1, false) || gated("REFFID="_L1, false);
+    for (QLatin1StringView key : { "cid="_L1, "p_sid="_L1, "sid="_L1 })
+        removed = removed
+            || (findKey(s, seps, key, false) >= 0 && idPresent() && removeKeyWithLetter(s, seps, key));
+    if (removed) {
+        step1RemovedBefore = true;
         return true;
     }
-    if (removeKey(s, "ccbill="_L1, false) || removeKey(s, "nats="_L1, false)
-        || removeKey(s, "_fb_noscript="_L1, false))
+    if ((kind & ForumPage) && !idPresent() && s.contains("&p="_L1) && remove("s="_L1, false))
+        return true;
+    if (remove("ccbill="_L1, false) || remove("nats="_L1, false) || remove("_fb_noscript="_L1, false))
         return true;
     if (kind & (StaticPage | ScriptPage)) {
-        if (removeKey(s, "pi="_L1, false) || removeKey(s, "cache="_L1, true))
+        if (remove("pi="_L1, false) || remove("cache="_L1, true))
             return true;
-        if ((kind & StaticPage) && findKey(s, "cache="_L1, true) < 0
-            && (removeKey(s, "CMP="_L1, false) || removeKey(s, "ATT="_L1, false)))
+        if ((kind & StaticPage) && findKey(s, seps, "cache="_L1, true) < 0
+            && (remove("CMP="_L1, false) || remove("ATT="_L1, false)))
             return true;
     }
-    if ((kind & (ScriptPage | ServerPage)) && removeKey(s, "lsrc="_L1, true))
+    if ((kind & (ScriptPage | ServerPage)) && remove("lsrc="_L1, true))
         return true;
-    if ((kind & ForumPage) && (removeKey(s, "highlight="_L1, true) || removeKey(s, "hilit="_L1, false)))
+    if ((kind & ForumPage) && (remove("highlight="_L1, true) || remove("hilit="_L1, false)))
         return true;
-    if (containsNoCase(s, QLatin1StringView(discussionGroupHost())) && removeKey(s, "ei="_L1, false))
+    if (findKey(s, seps, "ei="_L1, false) >= 0 && containsNoCase(s, QLatin1StringView(discussionGroupHost()))
+        && remove("ei="_L1, false))
         return true;
-    return (step1 || step1RemovedBefore) && removeKey(s, "random="_L1, true);
+    return findKey(s, seps, "random="_L1, true) >= 0 && (step1RemovedBefore || idPresent())
+        && remove("random="_L1, true);
 }
 
 // Real addresses carry one or two session keys; a hostile one with thousands would make the
@@ -171,45 +298,77 @@ QString lowerCased(const QString &s)
     return out;
 }
 
+// Whether stringURLByRemovingEmptyParams can change s, told from its separators alone: an empty value
+// ends right before a separator or at the end, and a key needs a separator before it.
+bool mayHaveEmptyParams(QStringView s, const Separators &seps)
+{
+    if (seps.isEmpty())
+        return false;
+    const char16_t *u = unitsOf(s);
+    const qsizetype n = s.size();
+    for (qsizetype k = 0; k < seps.size(); ++k) {
+        const qsizetype p = seps[k];
+        if ((k > 0 && u[p - 1] == u'=') || (u[p] == u'?' && u[p + 1] == u'&'))
+            return true;
+    }
+    return (u[n - 1] == u'=' && n - 1 > seps[0])
+        || (n >= 2 && isSeparator(u[n - 1]) && u[n - 2] == u'=' && n - 2 > seps[0]);
+}
+
 bool hasPrefixCI(QStringView s, QLatin1StringView prefix)
 {
     return s.startsWith(prefix, Qt::CaseInsensitive);
+}
+
+void removeSessionIDs(QString &out, Separators &seps)
+{
+    // Every key stands after a separator; without one there is nothing to remove or cut.
+    if (out.size() < 3 || (seps.isEmpty() && !out.endsWith(u'?')))
+        return;
+    const unsigned kind = classifyPage(out, seps);
+    bool step1RemovedBefore = false;
+    bool mayContainId = true;
+    for (int pass = 0; pass < MaxSessionPasses; ++pass)
+        if (!removeOneSessionKey(out, seps, kind, step1RemovedBefore, mayContainId))
+            break;
+    // A login or registration form, or a widget page: its query is state, not address.
+    for (const qsizetype q : questionMarks(out, seps)) {
+        const QStringView before = QStringView(out).first(q);
+        if (before.endsWith("/login"_L1) || before.endsWith("/register"_L1)
+            || (before.endsWith(".html"_L1) && QStringView(out).sliced(q + 1).startsWith("widgetType="_L1))) {
+            out.truncate(q);
+            while (!seps.isEmpty() && seps.last() >= q)
+                seps.removeLast();
+            break;
+        }
+    }
+}
+
+void removeAnalytics(QString &out, Separators &seps)
+{
+    // The keys stand after separators, so a "utm_" anywhere else changes nothing.
+    if (findKey(out, seps, "utm_"_L1, true) < 0)
+        return;
+    for (QLatin1StringView key : { "utm_source="_L1, "utm_medium="_L1, "utm_campaign="_L1, "utm_term="_L1,
+             "utm_content="_L1, "utm_nooverride="_L1 })
+        removeKey(out, seps, key, true);
 }
 
 } // namespace
 
 QString stringURLByRemovingSessionIDs(const QString &s)
 {
-    if (s.size() < 3 || !s.contains(u'='))
-        return s;
     QString out = s;
-    const unsigned kind = classifyPage(s);
-    bool step1RemovedBefore = false;
-    for (int pass = 0; pass < MaxSessionPasses; ++pass)
-        if (!removeOneSessionKey(out, kind, step1RemovedBefore))
-            break;
-    for (bool cut = true; cut;) {
-        cut = false;
-        for (const auto &[marker, keep] : { std::pair { "/login?"_L1, 6 }, std::pair { "/register?"_L1, 9 },
-                 std::pair { ".html?widgetType="_L1, 5 } }) {
-            const qsizetype i = out.indexOf(marker);
-            if (i >= 0) {
-                out.truncate(i + keep);
-                cut = true;
-            }
-        }
-    }
+    Separators seps = separatorsOf(s);
+    removeSessionIDs(out, seps);
     return out.size() == s.size() ? s : out;
 }
 
 QString stringURLByRemovingAnalytics(const QString &s)
 {
-    if (!containsNoCase(s, "utm_"_L1))
-        return s;
     QString out = s;
-    for (QLatin1StringView key : { "utm_source="_L1, "utm_medium="_L1, "utm_campaign="_L1, "utm_term="_L1,
-             "utm_content="_L1, "utm_nooverride="_L1 })
-        removeKey(out, key, true);
+    Separators seps = separatorsOf(s);
+    removeAnalytics(out, seps);
     return out.size() == s.size() ? s : out;
 }
 
@@ -217,46 +376,61 @@ QString stringURLByRemovingQueryParam(const QString &s, QStringView key)
 {
     if (key.isEmpty())
         return s;
-    qsizetype i = 1;
-    while ((i = s.indexOf(key, i, Qt::CaseInsensitive)) > 0) {
-        if (isSeparator(s[i - 1])) {
+    for (const qsizetype p : separatorsOf(s)) {
+        const QStringView candidate = QStringView(s).sliced(p + 1);
+        if (candidate.startsWith(key, Qt::CaseInsensitive)) {
             QString out = s;
-            removeKeyAt(out, i - 1);
+            removeKeyAt(out, p);
             return out;
         }
-        ++i;
     }
     return s;
 }
 
 QString stringURLByRemovingEmptyParams(const QString &s)
 {
-    if (!s.contains(u'='))
-        return s;
-    QString out;
-    out.reserve(s.size());
-    qsizetype lastSeparator = -1; // in out
+    const char16_t *u = unitsOf(s);
     const qsizetype n = s.size();
-    for (qsizetype i = 0; i < n; ++i) {
-        const QChar c = s[i];
-        if (c == u'=' && lastSeparator >= 0 && (i + 1 == n || isSeparator(s[i + 1]))) {
-            out.truncate(lastSeparator + 1);
+    // Most addresses have no empty parameter: find the first one before copying anything.
+    qsizetype firstSeparator = -1;
+    qsizetype start = -1;
+    for (qsizetype i = 0; i < n && start < 0; ++i) {
+        if (isSeparator(u[i])) {
+            if (firstSeparator < 0)
+                firstSeparator = i;
+        } else if (u[i] == u'=' && firstSeparator >= 0 && (i + 1 == n || isSeparator(u[i + 1]))) {
+            start = firstSeparator;
+        }
+    }
+    if (start < 0)
+        return s.contains("?&"_L1) ? QString(s).replace("?&"_L1, "?"_L1) : s;
+    QString out(n, Qt::Uninitialized);
+    char16_t *o = reinterpret_cast<char16_t *>(out.data());
+    std::memcpy(o, u, size_t(start) * sizeof(char16_t));
+    qsizetype length = start;
+    qsizetype lastSeparator = -1; // in out
+    for (qsizetype i = start; i < n; ++i) {
+        const char16_t c = u[i];
+        if (c == u'=' && lastSeparator >= 0 && (i + 1 == n || isSeparator(u[i + 1]))) {
+            length = lastSeparator + 1;
             if (i + 1 < n)
                 ++i; // the separator after the empty value goes with it
             continue;
         }
         if (isSeparator(c))
-            lastSeparator = out.size();
-        out.append(c);
+            lastSeparator = length;
+        o[length++] = c;
     }
+    out.resize(length);
     out.replace("?&"_L1, "?"_L1);
-    return out == s ? s : out;
+    return out;
 }
 
 QString stringURLByRemovingIndexPages(const QString &s)
 {
     const qsizetype n = s.size();
-    if (n < 10 || !containsNoCase(s, "/index."_L1))
+    // Every suffix begins with "/index.", so the suffix tests alone decide.
+    if (n < 10)
         return s;
     if (n >= 12)
         for (QLatin1StringView suffix : { "/index.shtml"_L1, "/index.phtml"_L1, "/index.jhtml"_L1 })
@@ -283,37 +457,58 @@ QString stringURLWithoutAnchor(const QString &s)
 
 QString standardizedStringURL(const QString &s)
 {
+    const char16_t *u = unitsOf(s);
     const qsizetype n = s.size();
-    QString out;
-    out.reserve(n);
+    // The common address has nothing to drop: find the first unit that goes before copying.
+    qsizetype i = 0;
     bool query = false;
-    for (qsizetype i = 0; i < n; ++i) {
-        const QChar c = s[i];
-        if (!query) {
-            if (c == u'?' || c == u';')
-                query = true;
-            else if (c == u'/' && i > 0 && s[i - 1] == u'/' && (i < 2 || s[i - 2] != u':'))
-                continue;
+    for (; i < n; ++i) {
+        const char16_t c = u[i];
+        if (c == u'?' || c == u';') {
+            query = true;
+            break;
         }
-        out.append(c);
+        if (c == u'/' && i > 0 && u[i - 1] == u'/' && (i < 2 || u[i - 2] != u':'))
+            break;
     }
-    if (!query) {
+    if (query || (i == n && !s.endsWith("/."_L1) && !s.endsWith("/.."_L1) && s != "."_L1 && s != ".."_L1))
+        return s;
+    QString out(n, Qt::Uninitialized);
+    char16_t *o = reinterpret_cast<char16_t *>(out.data());
+    std::memcpy(o, u, size_t(i) * sizeof(char16_t));
+    qsizetype length = i;
+    for (; i < n; ++i) {
+        const char16_t c = u[i];
+        if (c == u'?' || c == u';') {
+            query = true;
+            break;
+        }
+        // A "/" after a "/" goes, unless a ":" stands before that one ("http://" survives).
+        if (c == u'/' && i > 0 && u[i - 1] == u'/' && (i < 2 || u[i - 2] != u':'))
+            continue;
+        o[length++] = c;
+    }
+    if (query) {
+        std::memcpy(o + length, u + i, size_t(n - i) * sizeof(char16_t));
+        length += n - i;
+    } else {
         for (bool cut = true; cut;) {
-            cut = false;
-            if (out.endsWith("/."_L1)) {
-                out.chop(2);
-                cut = true;
-            } else if (out.endsWith("/.."_L1)) {
-                out.chop(3);
-                cut = true;
-            } else if (out == "."_L1 || out == ".."_L1) {
-                out.clear();
-            }
+            const QStringView now(o, length);
+            cut = true;
+            if (now.endsWith("/."_L1))
+                length -= 2;
+            else if (now.endsWith("/.."_L1))
+                length -= 3;
+            else if (now == "."_L1 || now == ".."_L1)
+                length = 0;
+            else
+                cut = false;
         }
     }
-    if (out.isEmpty())
-        return s.isNull() ? s : QString(""_L1);
-    return out.size() == n ? s : out;
+    if (length == n)
+        return s;
+    out.resize(length);
+    return out;
 }
 
 QString simplifiedStringURLByRemovingSessionIDs(
@@ -325,14 +520,26 @@ QString simplifiedStringURLByRemovingSessionIDs(
     if (anchors)
         out = stringURLWithoutAnchor(out);
     out = standardizedStringURL(out);
+    Separators seps = separatorsOf(out);
     if (sessionIDs)
-        out = stringURLByRemovingSessionIDs(out);
+        removeSessionIDs(out, seps);
     if (analytics)
-        out = stringURLByRemovingAnalytics(out);
-    if (emptyParams)
+        removeAnalytics(out, seps);
+    if (emptyParams && mayHaveEmptyParams(out, seps))
         out = stringURLByRemovingEmptyParams(out);
-    if (containsNoCase(out, QLatin1StringView(patentSearchHost())))
-        out = stringURLByRemovingQueryParam(out, u"ved=");
+    if (out.contains(u'?')) {
+        // The patent search's own host, looked for in the address's first component after "//".
+        qsizetype hostStart = 0;
+        for (qsizetype i = 1; i < qMin<qsizetype>(out.size(), 24); ++i)
+            if (out[i] == u'/' && out[i - 1] == u'/') {
+                hostStart = i + 1;
+                break;
+            }
+        const QStringView host
+            = QStringView(out).sliced(hostStart, qMin<qsizetype>(out.size() - hostStart, 64));
+        if (containsNoCase(host, QLatin1StringView(patentSearchHost())))
+            out = stringURLByRemovingQueryParam(out, u"ved=");
+    }
     if (indexPages) {
         if (sessionIDs && out.size() >= 15 && out.endsWith("/?page=main.php"_L1))
             out.chop(14);
@@ -394,7 +601,7 @@ namespace {
 bool hasAdWord(QStringView s, QLatin1StringView word)
 {
     qsizetype i = 0;
-    while ((i = s.indexOf(word, i, Qt::CaseInsensitive)) >= 0) {
+    while ((i = indexOfNoCase(s, word, i)) >= 0) {
         if (i == 0)
             return true;
         switch (s[i - 1].unicode()) {

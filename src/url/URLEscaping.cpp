@@ -5,6 +5,10 @@
 #include <QStringDecoder>
 #include <QStringEncoder>
 
+#include <array>
+#include <cstring>
+#include <string_view>
+
 namespace orvel {
 
 namespace {
@@ -12,72 +16,42 @@ namespace {
 constexpr char16_t lowerHex[] = u"0123456789abcdef";
 constexpr char upperHex[] = "0123456789ABCDEF";
 
-inline bool isAsciiAlnum(char16_t c)
-{
-    return (c >= u'0' && c <= u'9') || (c >= u'a' && c <= u'z') || (c >= u'A' && c <= u'Z');
-}
-
-inline bool standardEscaped(char16_t c)
-{
-    switch (c) {
-    case u' ':
-    case u'#':
-    case u'$':
-    case u'%':
-    case u'&':
-    case u'+':
-    case u'/':
-    case u':':
-    case u';':
-    case u'=':
-    case u'?':
-    case u'@':
-        return true;
-    default:
-        return false;
+// Which ASCII units each dialect escapes: bit 0 standard, bit 1 ASCII.
+constexpr std::array<quint8, 128> escapeTable = [] {
+    std::array<quint8, 128> t {};
+    for (int c = 0; c < 128; ++c) {
+        const bool alnum = (c >= '0' && c <= '9') || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
+        t[c] = alnum ? 0 : 2;
     }
-}
+    for (char c : std::string_view(" #$%&+/:;=?@"))
+        t[c] |= 1;
+    return t;
+}();
 
-inline bool escapedIn(char16_t c, bool standard)
-{
-    return standard ? standardEscaped(c) : (c < 128 && !isAsciiAlnum(c));
-}
+inline bool escapedIn(char16_t c, quint8 bit) { return c < 128 && (escapeTable[c] & bit); }
 
-inline int hexValue(char16_t c)
-{
-    if (c >= u'0' && c <= u'9')
-        return c - u'0';
-    if (c >= u'a' && c <= u'f')
-        return c - u'a' + 10;
-    if (c >= u'A' && c <= u'F')
-        return c - u'A' + 10;
-    return -1;
-}
+constexpr std::array<qint8, 128> hexTable = [] {
+    std::array<qint8, 128> t {};
+    for (auto &v : t)
+        v = -1;
+    for (int c = 0; c < 10; ++c)
+        t['0' + c] = qint8(c);
+    for (int c = 0; c < 6; ++c)
+        t['a' + c] = t['A' + c] = qint8(10 + c);
+    return t;
+}();
+
+inline int hexValue(char16_t c) { return c < 128 ? hexTable[c] : -1; }
 
 // The values the standard dialect decodes ("?" is decided per string).
-inline bool standardDecoded(int v)
-{
-    switch (v) {
-    case '\t':
-    case '\n':
-    case '\r':
-    case ' ':
-    case '$':
-    case '%':
-    case '&':
-    case '\'':
-    case '+':
-    case '/':
-    case ':':
-    case ';':
-    case '=':
-    case '@':
-    case '~':
-        return true;
-    default:
-        return false;
-    }
-}
+constexpr std::array<bool, 128> standardDecodedTable = [] {
+    std::array<bool, 128> t {};
+    for (char c : std::string_view("\t\n\r $%&'+/:;=@~"))
+        t[c] = true;
+    return t;
+}();
+
+inline bool standardDecoded(int v) { return v < 128 && standardDecodedTable[v]; }
 
 // Characters that may not stand in an address as they are (besides controls and non-ASCII).
 inline bool illegalInURL(char16_t c)
@@ -104,25 +78,29 @@ inline bool illegalInURL(char16_t c)
 
 QString stringByAddingPercentEscapesToURL(const QString &s, bool standard)
 {
+    const quint8 bit = standard ? 1 : 2;
     const char16_t *u = reinterpret_cast<const char16_t *>(s.utf16());
     const qsizetype n = s.size();
-    qsizetype count = 0;
-    for (qsizetype i = 0; i < n; ++i)
-        count += escapedIn(u[i], standard);
-    if (count == 0)
+    qsizetype first = 0;
+    while (first < n && !escapedIn(u[first], bit))
+        ++first;
+    if (first == n)
         return s;
-    QString out(n + 2 * count, Qt::Uninitialized);
-    char16_t *o = reinterpret_cast<char16_t *>(out.data());
-    for (qsizetype i = 0; i < n; ++i) {
+    // One pass into a buffer of the largest size the result can have, cut to size at the end.
+    QString out(first + 3 * (n - first), Qt::Uninitialized);
+    char16_t *const begin = reinterpret_cast<char16_t *>(out.data());
+    std::memcpy(begin, u, size_t(first) * sizeof(char16_t));
+    char16_t *o = begin + first;
+    // Branch-free: three units are written for every unit, and the output advances by one or three.
+    for (qsizetype i = first; i < n; ++i) {
         const char16_t c = u[i];
-        if (escapedIn(c, standard)) {
-            *o++ = u'%';
-            *o++ = lowerHex[(c >> 4) & 15];
-            *o++ = lowerHex[c & 15];
-        } else {
-            *o++ = c;
-        }
+        const bool escape = escapedIn(c, bit);
+        o[0] = escape ? u'%' : c;
+        o[1] = lowerHex[(c >> 4) & 15];
+        o[2] = lowerHex[c & 15];
+        o += escape ? 3 : 1;
     }
+    out.resize(o - begin);
     return out;
 }
 
@@ -189,49 +167,64 @@ QString stringByAddingPercentEscapesToURL(
     return out;
 }
 
+namespace {
+
+// Decodes in[from, length) into out (which may be in itself: the output never overtakes the input)
+// and answers the output length; questionMark tells whether the whole text holds a literal "?".
+qsizetype decodeEscapes(
+    const char16_t *in, qsizetype from, qsizetype length, char16_t *out, bool standard, bool questionMark)
+{
+    qsizetype o = from;
+    qsizetype i = from;
+    while (i < length) {
+        const char16_t c = in[i];
+        if (c != u'%' || i + 2 >= length) {
+            out[o++] = c;
+            ++i;
+            continue;
+        }
+        const int hi = hexValue(in[i + 1]);
+        const int lo = hexValue(in[i + 2]);
+        const int v = hi * 16 + lo;
+        if ((hi | lo) >= 0 && (standard ? (standardDecoded(v) || (v == '?' && !questionMark)) : v < 128)) {
+            out[o++] = char16_t(v);
+            i += 3;
+        } else {
+            out[o++] = c;
+            ++i;
+        }
+    }
+    return o;
+}
+
+} // namespace
+
 qsizetype convertPercentEscapesOfURL(char16_t *units, qsizetype length, bool standard)
 {
     if (!units || length < 3)
         return length < 0 ? 0 : length;
-    bool questionMark = false;
-    if (standard)
-        for (qsizetype i = 0; i < length && !questionMark; ++i)
-            questionMark = units[i] == u'?';
-    qsizetype o = 0;
-    qsizetype i = 0;
-    while (i < length) {
-        const char16_t c = units[i];
-        if (c == u'%' && i + 2 < length) {
-            const int hi = hexValue(units[i + 1]);
-            const int lo = hi < 0 ? -1 : hexValue(units[i + 2]);
-            if (lo >= 0) {
-                const int v = hi * 16 + lo;
-                const bool decode = standard ? (standardDecoded(v) || (v == '?' && !questionMark)) : v < 128;
-                if (decode) {
-                    units[o++] = char16_t(v);
-                    i += 3;
-                    continue;
-                }
-            }
-        }
-        units[o++] = c;
-        ++i;
-    }
-    return o;
+    const QStringView all(units, length);
+    const qsizetype first = all.indexOf(u'%');
+    if (first < 0)
+        return length;
+    return decodeEscapes(units, first, length, units, standard, standard && all.contains(u'?'));
 }
 
 namespace {
 
 QString replacingEscapes(const QString &s, bool standard)
 {
-    if (s.size() < 3 || !s.contains(u'%'))
+    const qsizetype first = s.size() < 3 ? -1 : s.indexOf(u'%');
+    if (first < 0)
         return s;
-    QString out = s;
-    const qsizetype n
-        = convertPercentEscapesOfURL(reinterpret_cast<char16_t *>(out.data()), out.size(), standard);
+    QString out(s.size(), Qt::Uninitialized);
+    char16_t *o = reinterpret_cast<char16_t *>(out.data());
+    const char16_t *u = reinterpret_cast<const char16_t *>(s.utf16());
+    std::memcpy(o, u, size_t(first) * sizeof(char16_t));
+    const qsizetype n = decodeEscapes(u, first, s.size(), o, standard, standard && s.contains(u'?'));
     if (n == s.size())
         return s;
-    out.truncate(n);
+    out.resize(n);
     return out;
 }
 
