@@ -8,7 +8,12 @@
 
 #include <QVarLengthArray>
 
+#include <array>
+#include <bit>
 #include <cstring>
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
 
 using namespace Qt::StringLiterals;
 
@@ -46,6 +51,16 @@ qsizetype indexOfNoCase(QStringView s, QLatin1StringView needle, qsizetype from 
 
 inline bool containsNoCase(QStringView s, QLatin1StringView needle) { return indexOfNoCase(s, needle) >= 0; }
 
+// The first "id=" (case ignored), found through the few "=" of an address.
+qsizetype indexOfIdEquals(QStringView s)
+{
+    const ConversionTable lower = lowerCharsTable();
+    for (qsizetype e = s.indexOf(u'='); e >= 0; e = s.indexOf(u'=', e + 1))
+        if (e >= 2 && lower[s[e - 2].unicode()] == u'i' && lower[s[e - 1].unicode()] == u'd')
+            return e - 2;
+    return -1;
+}
+
 // The separators ("&", ";", "?") of a string: keys are looked for only right after them, so each
 // key test costs the number of separators, not the string's length.
 struct Separators : QVarLengthArray<qsizetype, 32>
@@ -61,18 +76,34 @@ struct Separators : QVarLengthArray<qsizetype, 32>
 
 Separators separatorsOf(QStringView s)
 {
-    // "&" (38), ";" (59) and "?" (63) as bits of one word: one comparison and one shift per unit.
-    constexpr quint64 separatorBits = (quint64(1) << '&') | (quint64(1) << ';') | (quint64(1) << '?');
     Separators seps;
     const char16_t *u = unitsOf(s);
+    const qsizetype n = s.size() - 1; // a separator in the last unit has no key after it
     const ConversionTable lower = lowerCharsTable();
-    for (qsizetype i = 0, n = s.size() - 1; i < n; ++i)
-        if (u[i] < 64 && ((separatorBits >> u[i]) & 1)) {
-            seps.append(i);
-            const char16_t next = lower[u[i + 1]];
-            if (next < 128)
-                seps.firstUnits[next >> 6] |= quint64(1) << (next & 63);
-        }
+    auto add = [&](qsizetype i) {
+        seps.append(i);
+        const char16_t next = lower[u[i + 1]];
+        if (next < 128)
+            seps.firstUnits[next >> 6] |= quint64(1) << (next & 63);
+    };
+    qsizetype i = 0;
+#if defined(__SSE2__)
+    // Eight units at a time: compare with the three separators, then visit the matches' bits.
+    const __m128i amp = _mm_set1_epi16('&'), semi = _mm_set1_epi16(';'), question = _mm_set1_epi16('?');
+    for (; i + 8 <= n; i += 8) {
+        const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i *>(u + i));
+        const __m128i hit = _mm_or_si128(
+            _mm_or_si128(_mm_cmpeq_epi16(v, amp), _mm_cmpeq_epi16(v, semi)), _mm_cmpeq_epi16(v, question));
+        for (unsigned mask = unsigned(_mm_movemask_epi8(hit)); mask; mask &= mask - 1)
+            if ((std::countr_zero(mask) & 1) == 0)
+                add(i + std::countr_zero(mask) / 2);
+    }
+#endif
+    // "&" (38), ";" (59) and "?" (63) as bits of one word: one comparison and one shift per unit.
+    constexpr quint64 separatorBits = (quint64(1) << '&') | (quint64(1) << ';') | (quint64(1) << '?');
+    for (; i < n; ++i)
+        if (u[i] < 64 && ((separatorBits >> u[i]) & 1))
+            add(i);
     return seps;
 }
 
@@ -160,24 +191,6 @@ bool removeKey(QString &s, Separators &seps, QLatin1StringView key, bool ci)
     return true;
 }
 
-// "cid=", "p_sid=" and "sid=" count only when a letter stands in the value, looked for from the
-// fourth unit after the separator. For "p_sid=" that unit is still inside the key, so it always
-// counts; kept as it stands.
-bool removeKeyWithLetter(QString &s, Separators &seps, QLatin1StringView key)
-{
-    const CharacterSetRep alpha = alphaCharacterSetRep();
-    for (qsizetype k = 0; (k = findKey(s, seps, key, false, k)) >= 0; ++k) {
-        const qsizetype p = seps[k];
-        const qsizetype end = valueEnd(s, p);
-        for (qsizetype i = p + 4; i < end; ++i)
-            if (isCharacterPartOfSet(alpha, s[i].unicode())) {
-                removeKeyAt(s, seps, k);
-                return true;
-            }
-    }
-    return false;
-}
-
 enum PageKind : unsigned { StaticPage = 1, ScriptPage = 2, ForumPage = 4, ServerPage = 8 };
 
 // The positions of "?" in s: those among the separators, and a last unit.
@@ -211,62 +224,182 @@ unsigned classifyPage(QStringView s, const Separators &seps)
     return asp ? ServerPage : 0u;
 }
 
-// One pass: removes the first key found in the fixed order; answers whether one went.
-bool removeOneSessionKey(
-    QString &s, Separators &seps, unsigned kind, bool &step1RemovedBefore, bool &mayContainId)
+// The session keys in the order a pass tries them, with the condition under which each counts.
+enum class When : quint8 {
+    IdPresent,
+    ForumWithoutId,
+    Always,
+    StaticOrScript,
+    StaticWithoutCache,
+    ScriptOrServer,
+    Forum,
+    DiscussionHost,
+    AfterIds
+};
+
+struct SessionKey
 {
-    static constexpr QLatin1StringView sessionKeys[] = { "phpsessionid="_L1, "phpsessid="_L1,
-        "jsessionid="_L1, "jsessid="_L1, "sessionid="_L1, "wgsessid="_L1, "sessid="_L1 };
+    QLatin1StringView key;
+    bool ci;
+    bool needsLetter; // only with a letter in the value (see valueHasLetter)
+    When when;
+};
+
+constexpr SessionKey sessionKeys[] = {
+    { "phpsessionid="_L1, true, false, When::IdPresent },
+    { "phpsessid="_L1, true, false, When::IdPresent },
+    { "jsessionid="_L1, true, false, When::IdPresent },
+    { "jsessid="_L1, true, false, When::IdPresent },
+    { "sessionid="_L1, true, false, When::IdPresent },
+    { "wgsessid="_L1, true, false, When::IdPresent },
+    { "sessid="_L1, true, false, When::IdPresent },
+    { "affid="_L1, false, false, When::IdPresent },
+    { "REFFID="_L1, false, false, When::IdPresent },
+    { "cid="_L1, false, true, When::IdPresent },
+    { "p_sid="_L1, false, true, When::IdPresent },
+    { "sid="_L1, false, true, When::IdPresent },
+    { "s="_L1, false, false, When::ForumWithoutId },
+    { "ccbill="_L1, false, false, When::Always },
+    { "nats="_L1, false, false, When::Always },
+    { "_fb_noscript="_L1, false, false, When::Always },
+    { "pi="_L1, false, false, When::StaticOrScript },
+    { "cache="_L1, true, false, When::StaticOrScript },
+    { "CMP="_L1, false, false, When::StaticWithoutCache },
+    { "ATT="_L1, false, false, When::StaticWithoutCache },
+    { "lsrc="_L1, true, false, When::ScriptOrServer },
+    { "highlight="_L1, true, false, When::Forum },
+    { "hilit="_L1, false, false, When::Forum },
+    { "ei="_L1, false, false, When::DiscussionHost },
+    { "random="_L1, true, false, When::AfterIds },
+};
+constexpr int SessionKeyCount = int(std::size(sessionKeys));
+constexpr int CacheKey = 17;
+
+inline char16_t asciiLower(char16_t c) { return c >= u'A' && c <= u'Z' ? char16_t(c + 32) : c; }
+
+// The keys by their lower-cased first unit, so each separator is compared with a few keys only.
+struct KeyDispatch
+{
+    std::array<std::array<quint8, 8>, 128> ids {};
+    std::array<quint8, 128> counts {};
+};
+
+const KeyDispatch &keyDispatch()
+{
+    static const KeyDispatch dispatch = [] {
+        KeyDispatch d;
+        for (int id = 0; id < SessionKeyCount; ++id) {
+            const char16_t first = asciiLower(sessionKeys[id].key[0].unicode());
+            d.ids[first][d.counts[first]++] = quint8(id);
+        }
+        return d;
+    }();
+    return dispatch;
+}
+
+// "cid=", "p_sid=" and "sid=" count only when a letter stands in the value, looked for from the
+// fourth unit after the separator p. For "p_sid=" that unit is still inside the key, so it always
+// counts; kept as it stands.
+bool valueHasLetter(QStringView s, qsizetype p)
+{
+    const CharacterSetRep alpha = alphaCharacterSetRep();
+    const qsizetype end = valueEnd(s, p);
+    for (qsizetype i = p + 4; i < end; ++i)
+        if (isCharacterPartOfSet(alpha, s[i].unicode()))
+            return true;
+    return false;
+}
+
+// One pass: removes the first key found in the fixed order (its leftmost occurrence); answers
+// whether one went. One walk over the separators finds every key's leftmost occurrence; the
+// conditions are then asked in order, each only when its key is there.
+bool removeOneSessionKey(
+    QString &s, Separators &seps, int &pageKind, bool &step1RemovedBefore, qsizetype &idAt)
+{
     if (seps.isEmpty())
         return false;
-    auto remove = [&](QLatin1StringView key, bool ci) { return removeKey(s, seps, key, ci); };
-    // Whether the address holds "id=" anywhere, asked only when a key depends on it. Removing a key
-    // never makes an "id=" that was not there, so once absent it stays absent.
-    int step1 = -1;
+    const KeyDispatch &dispatch = keyDispatch();
+    const ConversionTable lower = lowerCharsTable();
+    std::array<qsizetype, SessionKeyCount> found;
+    found.fill(-1);
+    bool any = false;
+    for (qsizetype k = 0; k < seps.size(); ++k) {
+        const qsizetype at = seps[k] + 1;
+        const char16_t first = lower[s[at].unicode()];
+        if (first >= 128)
+            continue;
+        for (int j = 0; j < dispatch.counts[first]; ++j) {
+            const int id = dispatch.ids[first][j];
+            const SessionKey &key = sessionKeys[id];
+            if (found[id] < 0 && keyAt(s, at, key.key, key.ci)
+                && (!key.needsLetter || valueHasLetter(s, seps[k]))) {
+                found[id] = k;
+                any = true;
+            }
+        }
+    }
+    if (!any)
+        return false;
+
+    // Whether the address holds "id=" anywhere, asked only when a key depends on it. idAt remembers
+    // where it was last seen (-2: not looked for yet; -1: nowhere, and then never again, since
+    // removing a key never makes an "id=" that was not there).
+    int ids = -1;
     auto idPresent = [&] {
-        if (step1 < 0)
-            step1 = mayContainId = mayContainId && containsNoCase(s, "id="_L1);
-        return step1 == 1;
+        if (ids < 0) {
+            if (idAt == -2 || (idAt >= 0 && !keyAt(s, idAt, "id="_L1, true)))
+                idAt = indexOfIdEquals(s);
+            ids = idAt >= 0;
+        }
+        return ids == 1;
     };
-    auto gated = [&](QLatin1StringView key, bool ci) {
-        const qsizetype k = findKey(s, seps, key, ci);
-        if (k < 0 || !idPresent())
-            return false;
-        removeKeyAt(s, seps, k);
-        return true;
+    // The page's kind, classified when a key first needs it (it depends on the page, not on keys).
+    auto kindOf = [&] {
+        if (pageKind < 0)
+            pageKind = int(classifyPage(s, seps));
+        return unsigned(pageKind);
     };
-    bool removed = false;
-    for (QLatin1StringView key : sessionKeys)
-        if ((removed = gated(key, true)))
+    for (int id = 0; id < SessionKeyCount; ++id) {
+        if (found[id] < 0)
+            continue;
+        bool counts = false;
+        switch (sessionKeys[id].when) {
+        case When::IdPresent:
+            counts = idPresent();
             break;
-    removed = removed || gated("affid="_L1, false) || gated("REFFID="_L1, false);
-    for (QLatin1StringView key : { "cid="_L1, "p_sid="_L1, "sid="_L1 })
-        removed = removed
-            || (findKey(s, seps, key, false) >= 0 && idPresent() && removeKeyWithLetter(s, seps, key));
-    if (removed) {
-        step1RemovedBefore = true;
-        return true;
-    }
-    if ((kind & ForumPage) && !idPresent() && s.contains("&p="_L1) && remove("s="_L1, false))
-        return true;
-    if (remove("ccbill="_L1, false) || remove("nats="_L1, false) || remove("_fb_noscript="_L1, false))
-        return true;
-    if (kind & (StaticPage | ScriptPage)) {
-        if (remove("pi="_L1, false) || remove("cache="_L1, true))
+        case When::ForumWithoutId:
+            counts = (kindOf() & ForumPage) && !idPresent() && s.contains("&p="_L1);
+            break;
+        case When::Always:
+            counts = true;
+            break;
+        case When::StaticOrScript:
+            counts = kindOf() & (StaticPage | ScriptPage);
+            break;
+        case When::StaticWithoutCache:
+            counts = (kindOf() & StaticPage) && found[CacheKey] < 0;
+            break;
+        case When::ScriptOrServer:
+            counts = kindOf() & (ScriptPage | ServerPage);
+            break;
+        case When::Forum:
+            counts = kindOf() & ForumPage;
+            break;
+        case When::DiscussionHost:
+            counts = containsNoCase(s, QLatin1StringView(discussionGroupHost()));
+            break;
+        case When::AfterIds:
+            counts = step1RemovedBefore || idPresent();
+            break;
+        }
+        if (counts) {
+            removeKeyAt(s, seps, found[id]);
+            if (sessionKeys[id].when == When::IdPresent)
+                step1RemovedBefore = true;
             return true;
-        if ((kind & StaticPage) && findKey(s, seps, "cache="_L1, true) < 0
-            && (remove("CMP="_L1, false) || remove("ATT="_L1, false)))
-            return true;
+        }
     }
-    if ((kind & (ScriptPage | ServerPage)) && remove("lsrc="_L1, true))
-        return true;
-    if ((kind & ForumPage) && (remove("highlight="_L1, true) || remove("hilit="_L1, false)))
-        return true;
-    if (findKey(s, seps, "ei="_L1, false) >= 0 && containsNoCase(s, QLatin1StringView(discussionGroupHost()))
-        && remove("ei="_L1, false))
-        return true;
-    return findKey(s, seps, "random="_L1, true) >= 0 && (step1RemovedBefore || idPresent())
-        && remove("random="_L1, true);
+    return false;
 }
 
 // Real addresses carry one or two session keys; a hostile one with thousands would make the
@@ -281,20 +414,24 @@ QString trimTrailingSlashes(const QString &s)
     return n == s.size() ? s : s.first(n);
 }
 
-QString lowerCased(const QString &s)
+// Trailing "/" trimmed and every unit lower-cased, in one copy at most.
+QString trimmedLowerCased(const QString &s)
 {
     const ConversionTable lower = lowerCharsTable();
-    const char16_t *u = reinterpret_cast<const char16_t *>(s.utf16());
-    const qsizetype n = s.size();
+    const char16_t *u = unitsOf(s);
+    qsizetype n = s.size();
+    while (n > 0 && u[n - 1] == u'/')
+        --n;
     qsizetype i = 0;
     while (i < n && lower[u[i]] == u[i])
         ++i;
     if (i == n)
-        return s;
-    QString out = s;
+        return n == s.size() ? s : s.first(n);
+    QString out(n, Qt::Uninitialized);
     char16_t *o = reinterpret_cast<char16_t *>(out.data());
+    std::memcpy(o, u, size_t(i) * sizeof(char16_t));
     for (; i < n; ++i)
-        o[i] = lower[o[i]];
+        o[i] = lower[u[i]];
     return out;
 }
 
@@ -315,21 +452,16 @@ bool mayHaveEmptyParams(QStringView s, const Separators &seps)
         || (n >= 2 && isSeparator(u[n - 1]) && u[n - 2] == u'=' && n - 2 > seps[0]);
 }
 
-bool hasPrefixCI(QStringView s, QLatin1StringView prefix)
-{
-    return s.startsWith(prefix, Qt::CaseInsensitive);
-}
-
 void removeSessionIDs(QString &out, Separators &seps)
 {
     // Every key stands after a separator; without one there is nothing to remove or cut.
     if (out.size() < 3 || (seps.isEmpty() && !out.endsWith(u'?')))
         return;
-    const unsigned kind = classifyPage(out, seps);
+    int kind = -1;
     bool step1RemovedBefore = false;
-    bool mayContainId = true;
+    qsizetype idAt = -2;
     for (int pass = 0; pass < MaxSessionPasses; ++pass)
-        if (!removeOneSessionKey(out, seps, kind, step1RemovedBefore, mayContainId))
+        if (!removeOneSessionKey(out, seps, kind, step1RemovedBefore, idAt))
             break;
     // A login or registration form, or a widget page: its query is state, not address.
     for (const qsizetype q : questionMarks(out, seps)) {
@@ -434,13 +566,13 @@ QString stringURLByRemovingIndexPages(const QString &s)
         return s;
     if (n >= 12)
         for (QLatin1StringView suffix : { "/index.shtml"_L1, "/index.phtml"_L1, "/index.jhtml"_L1 })
-            if (s.endsWith(suffix, Qt::CaseInsensitive))
+            if (keyAt(s, n - 12, suffix, true))
                 return s.first(n - 12);
-    if (n >= 11 && s.endsWith("/index.html"_L1, Qt::CaseInsensitive))
+    if (n >= 11 && keyAt(s, n - 11, "/index.html"_L1, true))
         return s.first(n - 11);
     for (QLatin1StringView suffix :
         { "/index.htm"_L1, "/index.php"_L1, "/index.chm"_L1, "/index.asp"_L1, "/index.cgi"_L1 })
-        if (s.endsWith(suffix, Qt::CaseInsensitive))
+        if (keyAt(s, n - 10, suffix, true))
             return s.first(n - 10);
     return s;
 }
@@ -527,17 +659,17 @@ QString simplifiedStringURLByRemovingSessionIDs(
         removeAnalytics(out, seps);
     if (emptyParams && mayHaveEmptyParams(out, seps))
         out = stringURLByRemovingEmptyParams(out);
-    if (out.contains(u'?')) {
-        // The patent search's own host, looked for in the address's first component after "//".
-        qsizetype hostStart = 0;
-        for (qsizetype i = 1; i < qMin<qsizetype>(out.size(), 24); ++i)
+    if (!seps.isEmpty()) {
+        // The patent search's own pages: its host right after "//" (or "//www.").
+        qsizetype host = 0;
+        for (qsizetype i = 1; i < qMin<qsizetype>(out.size(), 16); ++i)
             if (out[i] == u'/' && out[i - 1] == u'/') {
-                hostStart = i + 1;
+                host = i + 1;
                 break;
             }
-        const QStringView host
-            = QStringView(out).sliced(hostStart, qMin<qsizetype>(out.size() - hostStart, 64));
-        if (containsNoCase(host, QLatin1StringView(patentSearchHost())))
+        if (keyAt(out, host, "www."_L1, true))
+            host += 4;
+        if (keyAt(out, host, QLatin1StringView(patentSearchHost()), true))
             out = stringURLByRemovingQueryParam(out, u"ved=");
     }
     if (indexPages) {
@@ -546,13 +678,13 @@ QString simplifiedStringURLByRemovingSessionIDs(
         else
             out = stringURLByRemovingIndexPages(out);
     }
-    if (hasPrefixCI(out, "http://www."_L1))
+    if (keyAt(out, 0, "http://www."_L1, true))
         out.remove(7, 4);
-    else if (hasPrefixCI(out, "https://www."_L1))
+    else if (keyAt(out, 0, "https://www."_L1, true))
         out.replace(0, 12, "http://"_L1);
-    else if (hasPrefixCI(out, "https:"_L1))
+    else if (keyAt(out, 0, "https:"_L1, true))
         out.replace(0, 6, "http:"_L1);
-    return lowerCased(trimTrailingSlashes(out));
+    return trimmedLowerCased(out);
 }
 
 QString simplifiedStringURL(const QString &s)
