@@ -10,7 +10,7 @@ build=$top/build-fuzz
 seconds=${1:-60}
 shift || true
 targets=("$@")
-[ ${#targets[@]} -gt 0 ] || targets=(fuzz_image_data fuzz_movie_file fuzz_date_text fuzz_settings_text fuzz_postscript)
+[ ${#targets[@]} -gt 0 ] || targets=(fuzz_image_data fuzz_movie_file fuzz_date_text fuzz_url_text fuzz_settings_text fuzz_postscript)
 
 # The libraries come with a normal build's packages (scripts/setup.sh); libFuzzer with clang.
 pkg-config --exists vips-cpp poppler-qt6 libavformat || { echo "run scripts/setup.sh once first" >&2; exit 2; }
@@ -57,6 +57,21 @@ if [ ! -f "$seeds/.complete" ]; then
     >"$seeds/fuzz_settings_text/seed.conf"
   rm -rf "$t"
   touch "$seeds/.complete"
+fi
+# Links as found on result pages: the page's address, a newline, the link.
+if [ ! -d "$seeds/fuzz_url_text" ]; then
+  mkdir -p "$seeds/fuzz_url_text"
+  i=0
+  for text in "https://www.google.com/search?q=x
+/url?q=https://x.org/p%3Fa%3D1&sa=U" "https://search.yahoo.com/search?p=x
+https://r.search.yahoo.com/_ylt=A/RU=https%3a%2f%2fx.org%2f/RK=2" \
+    "http://a.org/
+hhttp://A.org//x/./index.html?PHPSESSID=ab12&utm_source=n&k=#top" "file:///tmp/p.html
+../a b/%22x%22.html" "https://www.dogpile.com/
+/ClickHandler.ashx?ru=https%3a%2f%2fx.org&du=1"; do
+    i=$((i + 1))
+    printf '%s' "$text" >"$seeds/fuzz_url_text/seed-$i"
+  done
 fi
 
 export ASAN_OPTIONS="halt_on_error=1:detect_leaks=0:abort_on_error=1:allocator_may_return_null=1"

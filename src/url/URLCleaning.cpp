@@ -24,7 +24,6 @@ using namespace url_p;
 namespace {
 
 inline bool isSeparator(char16_t c) { return c == u'&' || c == u';' || c == u'?'; }
-inline bool isSeparator(QChar c) { return isSeparator(c.unicode()); }
 
 inline const char16_t *unitsOf(QStringView s) { return reinterpret_cast<const char16_t *>(s.utf16()); }
 
