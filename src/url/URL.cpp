@@ -9,6 +9,8 @@
 #include <QCoreApplication>
 #include <QDir>
 
+#include <mutex>
+
 using namespace Qt::StringLiterals;
 
 namespace orvel {
@@ -448,13 +450,45 @@ constexpr Phrase httpPhrases[] = {
 };
 static_assert(std::size(httpPhrases) == 49);
 
+struct PhraseLookup
+{
+    std::mutex mutex;
+    std::function<QString(const QString &)> lookup;
+};
+
+PhraseLookup &phraseLookup()
+{
+    static PhraseLookup instance;
+    return instance;
+}
+
 } // namespace
+
+void URL::setLocalizedStringLookup(std::function<QString(const QString &)> lookup)
+{
+    PhraseLookup &p = phraseLookup();
+    const std::lock_guard lock(p.mutex);
+    p.lookup = std::move(lookup);
+}
 
 QString URL::messageForHTTPError(int code)
 {
-    for (const Phrase &p : httpPhrases)
-        if (p.code == code)
-            return QCoreApplication::translate("HTTPStatus", p.text);
+    for (const Phrase &phrase : httpPhrases) {
+        if (phrase.code != code)
+            continue;
+        const QString english = QString::fromLatin1(phrase.text);
+        std::function<QString(const QString &)> lookup;
+        {
+            PhraseLookup &p = phraseLookup();
+            const std::lock_guard lock(p.mutex);
+            lookup = p.lookup;
+        }
+        if (lookup) {
+            const QString localized = lookup(english);
+            return localized.isEmpty() ? english : localized;
+        }
+        return QCoreApplication::translate("HTTPStatus", phrase.text);
+    }
     return QString();
 }
 

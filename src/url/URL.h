@@ -8,6 +8,8 @@
 #include <QStringView>
 #include <QUrl>
 
+#include <functional>
+
 namespace orvel {
 
 /// A QUrl with the toolkit's operations. Instance methods act on the wrapped URL (the receiver);
@@ -80,9 +82,14 @@ public:
 
     // ---- HTTP status codes and errors ----
 
-    /// The reason phrase of code, translated through QCoreApplication::translate() in the context
-    /// "HTTPStatus" (the application's translations carry that table); nil for an unknown code.
+    /// The reason phrase of code, looked up by its English text with the lookup an application set
+    /// (its main bundle's strings table), else through QCoreApplication::translate() in the context
+    /// "HTTPStatus"; nil for an unknown code. The URL library sits below the application-support
+    /// library that owns bundles, so the application hands the lookup down instead.
     static QString messageForHTTPError(int code);
+    /// Sets the lookup of messageForHTTPError(): English text in, localised text out (an empty answer
+    /// counts as none). An empty function goes back to QCoreApplication::translate().
+    static void setLocalizedStringLookup(std::function<QString(const QString &)> lookup);
     /// 200, the informational codes and 207 to 299; 201 to 206 are kept out on purpose.
     static bool isHTTPStatusCodeOkay(int code);
     /// 307, 408, 500, 502, 503, 504, 507, 509, 510.

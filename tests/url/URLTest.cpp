@@ -124,6 +124,17 @@ TEST(HTTPStatus, PhrasesGoThroughTheApplicationsTranslations)
     EXPECT_EQ(URL::messageForHTTPError(404), u"Not Found"_s);
 }
 
+TEST(HTTPStatus, AnApplicationsLookupComesFirst)
+{
+    URL::setLocalizedStringLookup(
+        [](const QString &english) { return english == u"Gone"_s ? u"Disparu"_s : QString(); });
+    EXPECT_EQ(URL::messageForHTTPError(410), u"Disparu"_s);
+    EXPECT_EQ(URL::messageForHTTPError(409), u"Conflict"_s); // no entry: the English text
+    EXPECT_TRUE(URL::messageForHTTPError(999).isNull());
+    URL::setLocalizedStringLookup({});
+    EXPECT_EQ(URL::messageForHTTPError(410), u"Gone"_s);
+}
+
 TEST(HTTPStatus, OkayAndTemporaryPredicatesKeepTheirChoices)
 {
     std::vector<int> okay;
