@@ -94,7 +94,7 @@ bool URL::isWebKitURL() const
 bool URL::isSearchEngine() const
 {
     const QString host = m_url.host();
-    return !host.isEmpty() && url_p::searchEngineHosts().matches(host);
+    return !host.isEmpty() && url_p::searchEngineHosts().matchesHost(host);
 }
 
 bool URL::filterLink(QStringView link)

@@ -49,7 +49,8 @@ public:
     bool isRemoteWebKitURL() const;
     /// An address a web view shows: http, https, file, about or data.
     bool isWebKitURL() const;
-    /// The host is one of the search engines' (src/url/tables/search_engines.inc).
+    /// The host is one of the search engines' (src/url/tables/search_engines.inc), matched from the
+    /// start of one of its labels.
     bool isSearchEngine() const;
     /// False for a link worth nothing to a harvester: script and data pseudo-addresses, template
     /// placeholders, links carrying control characters.

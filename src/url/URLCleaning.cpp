@@ -722,7 +722,7 @@ bool stringURLIsBookmarklet(QStringView s)
     const qsizetype at = host.lastIndexOf(u'@');
     if (at >= 0)
         host = host.sliced(at + 1);
-    return bookmarkingHosts().matches(host);
+    return bookmarkingHosts().matchesHost(host);
 }
 
 namespace {

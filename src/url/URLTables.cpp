@@ -37,6 +37,39 @@ PatternTable::PatternTable(std::span<const char *const> entries, qsizetype minim
             m_ids[fill[keys[i]]++] = quint16(i);
 }
 
+namespace {
+
+// Whether the entry stands in u[i, n) from i on, through lower.
+inline bool entryAt(const char *e, const char16_t *u, qsizetype i, qsizetype n, ConversionTable lower)
+{
+    while (*e && i < n && lower[u[i]] == char16_t(*e)) {
+        ++e;
+        ++i;
+    }
+    return !*e;
+}
+
+} // namespace
+
+bool PatternTable::matchesHost(QStringView host) const
+{
+    const char16_t *u = host.utf16();
+    const qsizetype n = host.size();
+    const ConversionTable lower = lowerCharsTable();
+    for (qsizetype i = 0; i + 1 < n; ++i) {
+        if (i > 0 && u[i - 1] != u'.')
+            continue;
+        const char16_t a = lower[u[i]], b = lower[u[i + 1]];
+        if (a >= 128 || b >= 128)
+            continue;
+        const int key = bucketOf(a, b);
+        for (quint16 k = m_offsets[key], end = m_offsets[key + 1]; k < end; ++k)
+            if (entryAt(m_entries[m_ids[k]], u, i, n, lower))
+                return true;
+    }
+    return false;
+}
+
 qsizetype PatternTable::indexIn(QStringView s) const
 {
     const char16_t *u = s.utf16();
@@ -51,16 +84,9 @@ qsizetype PatternTable::indexIn(QStringView s) const
         if (a >= 128 || b >= 128)
             continue;
         const int key = bucketOf(a, b);
-        for (quint16 k = m_offsets[key], end = m_offsets[key + 1]; k < end; ++k) {
-            const char *e = m_entries[m_ids[k]] + 2;
-            qsizetype j = i + 2;
-            while (*e && j < n && lower[u[j]] == char16_t(*e)) {
-                ++e;
-                ++j;
-            }
-            if (!*e)
+        for (quint16 k = m_offsets[key], end = m_offsets[key + 1]; k < end; ++k)
+            if (entryAt(m_entries[m_ids[k]] + 2, u, i + 2, n, lower))
                 return i;
-        }
     }
     return -1;
 }

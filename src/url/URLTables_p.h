@@ -22,6 +22,9 @@ public:
     bool matches(QStringView s) const;
     /// The position of the leftmost occurrence of any entry, or -1.
     qsizetype indexIn(QStringView s) const;
+    /// True when an entry begins the host or one of its labels (after a "."): "so.com" matches
+    /// "so.com" and "www.so.com" but not "espresso.com".
+    bool matchesHost(QStringView host) const;
     std::span<const char *const> entries() const { return m_entries; }
     qsizetype minimumLength() const { return m_minimumLength; }
 

@@ -126,7 +126,8 @@ INSTANTIATE_TEST_SUITE_P(Tables, Predicates,
         PredicateCase { stringURLIsImageAd, u"http://a.org/", false },
         PredicateCase { stringURLIsBookmarklet, u"https://getpocket.com/save?url=x", true },
         PredicateCase { stringURLIsBookmarklet, u"https://a.org/?share=getpocket.com", false },
-        PredicateCase { stringURLIsBookmarklet, u"http://me@www.addtoany.com:80/share", true }));
+        PredicateCase { stringURLIsBookmarklet, u"http://me@www.addtoany.com:80/share", true },
+        PredicateCase { stringURLIsBookmarklet, u"https://remix.com/", false }));
 
 struct AdCase
 {

@@ -55,6 +55,9 @@ TEST(Schemes, ClassesCompareWholeNamesIgnoringCase)
     EXPECT_TRUE(URL(QUrl(u"file:///tmp"_s)).isWebKitURL());
     EXPECT_TRUE(URL(QUrl(u"https://duckduckgo.com/?q=1"_s)).isSearchEngine());
     EXPECT_FALSE(URL(QUrl(u"https://x.org/?q=google"_s)).isSearchEngine());
+    EXPECT_TRUE(URL(QUrl(u"https://www.so.com/s?q=1"_s)).isSearchEngine());
+    EXPECT_FALSE(URL(QUrl(u"https://www.espresso.com/"_s)).isSearchEngine()); // "so.com" inside a label
+    EXPECT_FALSE(URL(QUrl(u"https://www.research.com/"_s)).isSearchEngine());
 }
 
 struct BaseCase
