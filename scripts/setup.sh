@@ -16,6 +16,7 @@ packages=(
   qt6-translations-l10n
   desktop-file-utils appstream dbus-daemon xvfb xauth imagemagick
   clang-format
+  shared-mime-info
 )
 missing=()
 for p in "${packages[@]}"; do
