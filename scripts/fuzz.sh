@@ -10,7 +10,7 @@ build=$top/build-fuzz
 seconds=${1:-60}
 shift || true
 targets=("$@")
-[ ${#targets[@]} -gt 0 ] || targets=(fuzz_image_data fuzz_movie_file fuzz_date_text fuzz_settings_text fuzz_postscript fuzz_vcard)
+[ ${#targets[@]} -gt 0 ] || targets=(fuzz_image_data fuzz_movie_file fuzz_date_text fuzz_url_text fuzz_settings_text fuzz_postscript fuzz_vcard)
 
 # The libraries come with a normal build's packages (scripts/setup.sh); libFuzzer with clang.
 pkg-config --exists vips-cpp poppler-qt6 libavformat || { echo "run scripts/setup.sh once first" >&2; exit 2; }
@@ -63,6 +63,21 @@ if [ ! -f "$seeds/fuzz_vcard/seed.vcf" ]; then
   mkdir -p "$seeds/fuzz_vcard"
   printf 'BEGIN:VCARD\r\nVERSION:3.0\r\nN:Holt;Mara;Jo;;\r\nFN:Mara Holt\r\nORG:Widgets\\, Inc.;Research\r\nitem1.EMAIL;type=INTERNET;type=pref:mara@widgets.example\r\nitem1.X-ABLabel:_$!<Other>!$_\r\nTEL;TYPE="cell,voice":+1 555 0100\r\nADR;type=HOME:;;1 Main St\\nApt 2;Springfield;IL;62701;USA\r\nNOTE:a long no\r\n te\r\nPHOTO;ENCODING=b;TYPE=JPEG:/9j/4AAQ\r\nX-ABShowAs:COMPANY\r\nEND:VCARD\r\nBEGIN:VCARD\r\nVERSION:2.1\r\nN;CHARSET=Windows-1252;ENCODING=QUOTED-PRINTABLE:M=FCller;G=FCnter\r\nNOTE;QUOTED-PRINTABLE:one=0D=0A=\r\ntwo\r\nTEL;CELL;PREF:+49 170 1\r\nEND:VCARD\r\n' \
     >"$seeds/fuzz_vcard/seed.vcf"
+fi
+# Links as found on result pages: the page's address, a newline, the link.
+if [ ! -d "$seeds/fuzz_url_text" ]; then
+  mkdir -p "$seeds/fuzz_url_text"
+  i=0
+  for text in "https://www.google.com/search?q=x
+/url?q=https://x.org/p%3Fa%3D1&sa=U" "https://search.yahoo.com/search?p=x
+https://r.search.yahoo.com/_ylt=A/RU=https%3a%2f%2fx.org%2f/RK=2" \
+    "http://a.org/
+hhttp://A.org//x/./index.html?PHPSESSID=ab12&utm_source=n&k=#top" "file:///tmp/p.html
+../a b/%22x%22.html" "https://www.dogpile.com/
+/ClickHandler.ashx?ru=https%3a%2f%2fx.org&du=1"; do
+    i=$((i + 1))
+    printf '%s' "$text" >"$seeds/fuzz_url_text/seed-$i"
+  done
 fi
 
 export ASAN_OPTIONS="halt_on_error=1:detect_leaks=0:abort_on_error=1:allocator_may_return_null=1"

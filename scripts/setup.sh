@@ -17,6 +17,7 @@ packages=(
   desktop-file-utils appstream dbus-daemon xvfb xauth imagemagick
   clang-format
   python3-vobject
+  shared-mime-info
 )
 missing=()
 for p in "${packages[@]}"; do
