@@ -7,6 +7,8 @@
 #include <QLoggingCategory>
 #include <gtest/gtest.h>
 
+#include <functional>
+
 #include <fcntl.h>
 #include <unistd.h>
 
@@ -14,39 +16,22 @@ using namespace orvel;
 
 namespace {
 
-/// Standard error redirected to a file while the object lives.
-class CapturedStandardError
+/// What write() puts on standard error, which is redirected to a file meanwhile.
+QByteArray standardErrorOf(const std::function<void()> &write)
 {
-public:
-    CapturedStandardError()
-        : m_path(m_dir.file("stderr"))
-    {
-        fflush(stderr);
-        m_saved = dup(STDERR_FILENO);
-        const int fd = open(QFile::encodeName(m_path).constData(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
-        dup2(fd, STDERR_FILENO);
-        close(fd);
-    }
-    ~CapturedStandardError() { restore(); }
-    QByteArray text()
-    {
-        restore();
-        return orvel::test::readBytes(m_path);
-    }
-
-private:
-    void restore()
-    {
-        if (m_saved >= 0) {
-            dup2(m_saved, STDERR_FILENO);
-            close(m_saved);
-            m_saved = -1;
-        }
-    }
-    orvel::test::TempDir m_dir;
-    QString m_path;
-    int m_saved = -1;
-};
+    orvel::test::TempDir dir;
+    const QString path = dir.file("stderr");
+    fflush(stderr);
+    const int saved = dup(STDERR_FILENO);
+    const int fd = open(QFile::encodeName(path).constData(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
+    dup2(fd, STDERR_FILENO);
+    close(fd);
+    write();
+    fflush(stderr);
+    dup2(saved, STDERR_FILENO);
+    close(saved);
+    return orvel::test::readBytes(path);
+}
 
 Q_LOGGING_CATEGORY(testCategory, "orvel.test")
 
@@ -55,17 +40,15 @@ Q_LOGGING_CATEGORY(testCategory, "orvel.test")
 TEST(Log, ExceptionIsOneMessageInTheFixedLayoutUnlessSwitchedOff)
 {
     setLogToStandardError(true);
-    CapturedStandardError captured;
-    logException("processFile:", "ThumbnailJob", "ImageError", "broken %1 file", { "frame 1", "frame 2" });
-    logMessage(QString::fromUtf8("caf\u00e9"));
-    EXPECT_EQ(captured.text(),
+    EXPECT_EQ(standardErrorOf([] {
+        logException(
+            "processFile:", "ThumbnailJob", "ImageError", "broken %1 file", { "frame 1", "frame 2" });
+        logMessage(QString::fromUtf8("caf\u00e9"));
+    }),
         QByteArray("orvel-thumbs: processFile: (ThumbnailJob):\nImageError\nbroken %1 file\n"
                    "frame 1\nframe 2\norvel-thumbs: caf\xc3\xa9\n"));
-
     setLogToStandardError(false);
-    CapturedStandardError quiet;
-    logMessage("quiet");
-    EXPECT_EQ(quiet.text(), QByteArray());
+    EXPECT_EQ(standardErrorOf([] { logMessage("quiet"); }), QByteArray());
     setLogToStandardError(true);
 }
 
@@ -74,10 +57,10 @@ TEST(Log, ToolkitQtCategoriesGoThroughTheLog)
     setLogToStandardError(true);
     routeToolkitQtMessages();
     routeToolkitQtMessages(); // a second call changes nothing
-    CapturedStandardError captured;
-    qCWarning(testCategory).noquote() << "Unknown date: someday";
-    qCDebug(testCategory) << "a debug message";
-    const QByteArray text = captured.text();
+    const QByteArray text = standardErrorOf([] {
+        qCWarning(testCategory).noquote() << "Unknown date: someday";
+        qCDebug(testCategory) << "a debug message";
+    });
     EXPECT_TRUE(text.startsWith("orvel-thumbs: Unknown date: someday\n")) << text.toStdString();
     EXPECT_FALSE(text.contains("orvel-thumbs: a debug message")) << text.toStdString();
 }
