@@ -23,9 +23,8 @@ namespace {
 
 QImage pixelsOf(const ImagePtr &image)
 {
-    if (!image || !image->bitmapImageRep())
-        return {};
-    return image->bitmapImageRep()->toQImage().convertToFormat(QImage::Format_RGBA8888);
+    const auto rep = image ? image->bitmapImageRep() : nullptr;
+    return rep ? rep->toQImage().convertToFormat(QImage::Format_RGBA8888) : QImage();
 }
 
 // The picture shows second `second` and not either neighbour.
@@ -45,9 +44,40 @@ QImage pixelsOf(const ImagePtr &image)
     return ::testing::AssertionSuccess();
 }
 
-} // namespace
+// What thumbnailImageForMovieWithFile answers, its out parameters starting at 7.
+struct Thumbnail
+{
+    ImagePtr image;
+    QSizeF size { 7, 7 };
+    double duration = 7;
+    QString error;
+};
 
-// --- Type list ---------------------------------------------------------------------------------
+Thumbnail thumbnailOf(const QString &path)
+{
+    Thumbnail t;
+    t.image = Movie::thumbnailImageForMovieWithFile(path, &t.size, &t.duration, &t.error);
+    return t;
+}
+
+// Whether a library whose file name contains name is mapped into this process.
+bool isMapped(const char *name)
+{
+    QFile maps(u"/proc/self/maps"_s);
+    return maps.open(QIODevice::ReadOnly) && maps.readAll().contains(name);
+}
+
+// In the child: unless ok, reports what failed and ends the child.
+void check(bool ok, const char *what)
+{
+    if (ok)
+        return;
+    std::fprintf(stderr, "failed: %s\n", what);
+    std::fflush(stderr);
+    std::_Exit(1);
+}
+
+} // namespace
 
 TEST(MovieTypes, TheInstalledDemuxersComeFirstThenTheClassicTypesNotYetListed)
 {
@@ -94,8 +124,6 @@ TEST(MovieTypes, AFileCountsByItsExtensionOrItsFinderTypeCode)
     EXPECT_FALSE(Movie::isQuickTimeFile(dir.file(u".mp4"_s)));
 }
 
-// --- Loop mode ---------------------------------------------------------------------------------
-
 TEST(MovieLoopMode, SetsBothAttributesAndReadsThemBack)
 {
     TempDir dir;
@@ -104,18 +132,16 @@ TEST(MovieLoopMode, SetsBothAttributesAndReadsThemBack)
     const MoviePtr movie = Movie::initWithFile(path);
     ASSERT_TRUE(movie);
     // mode: loops, back and forth, the mode read back; unknown modes mean no loop.
-    for (const auto &[mode, loops, backAndForth, reported] : { std::tuple { 1, true, false, 1 },
-             std::tuple { 2, false, true, 2 }, std::tuple { 0, false, false, 0 },
-             std::tuple { 2, false, true, 2 }, std::tuple { 3, false, false, 0 },
-             std::tuple { 2, false, true, 2 }, std::tuple { -1, false, false, 0 } }) {
+    const std::tuple<int, bool, bool, int> modes[]
+        = { { 1, true, false, 1 }, { 2, false, true, 2 }, { 0, false, false, 0 }, { 2, false, true, 2 },
+              { 3, false, false, 0 }, { 2, false, true, 2 }, { -1, false, false, 0 } };
+    for (const auto &[mode, loops, backAndForth, reported] : modes) {
         movie->setLoopMode(mode);
         EXPECT_EQ(movie->loops(), loops) << mode;
         EXPECT_EQ(movie->loopsBackAndForth(), backAndForth) << mode;
         EXPECT_EQ(movie->loopMode(), reported) << mode;
     }
 }
-
-// --- Which frame -------------------------------------------------------------------------------
 
 struct MovieCase
 {
@@ -130,9 +156,7 @@ void PrintTo(const MovieCase &c, std::ostream *os) { *os << c.name; }
 
 QStringList arguments(const char *text) { return QString::fromLatin1(text).split(u' ', Qt::SkipEmptyParts); }
 
-class MovieThumbnailFrame : public ::testing::TestWithParam<MovieCase>
-{
-};
+using MovieThumbnailFrame = ::testing::TestWithParam<MovieCase>;
 
 TEST_P(MovieThumbnailFrame, IsTheFrameAtHalfTheDurationCappedAtFifteenSecondsInWholeSeconds)
 {
@@ -140,14 +164,12 @@ TEST_P(MovieThumbnailFrame, IsTheFrameAtHalfTheDurationCappedAtFifteenSecondsInW
     TempDir dir;
     const QString path = dir.file(QString::fromLatin1(c.file));
     ASSERT_TRUE(writeSecondsMovie(path, c.duration, 48, 32, c.duration > 20 ? 4 : 10, arguments(c.codec)));
-    QSizeF size(-1, -1);
-    double duration = -1;
-    const ImagePtr image = Movie::thumbnailImageForMovieWithFile(path, &size, &duration);
-    ASSERT_TRUE(image);
-    EXPECT_TRUE(showsSecond(pixelsOf(image), c.second));
-    EXPECT_NEAR(duration, c.duration, 0.05);
-    EXPECT_EQ(size, QSizeF(48, 32));
-    EXPECT_EQ(image->pixelSize(), QSizeF(48, 32));
+    const Thumbnail t = thumbnailOf(path);
+    ASSERT_TRUE(t.image);
+    EXPECT_TRUE(showsSecond(pixelsOf(t.image), c.second));
+    EXPECT_NEAR(t.duration, c.duration, 0.05);
+    EXPECT_EQ(t.size, QSizeF(48, 32));
+    EXPECT_EQ(t.image->pixelSize(), QSizeF(48, 32));
 }
 
 INSTANTIATE_TEST_SUITE_P(Durations, MovieThumbnailFrame,
@@ -179,9 +201,7 @@ TEST(MovieFrames, EveryWholeSecondOfAMovieWithOneKeyFrameIsExact)
 // At 30000/1001 frames per second frame n starts at n × 1001/30000 s, so a whole-second time falls
 // between two frames; with B-frames the frame on screen may be one no other frame refers to, which
 // the decoder skips on its way to the time. Every frame has its own colour (colourOfSecond(n)).
-class MovieBFrames : public ::testing::TestWithParam<MovieCase>
-{
-};
+using MovieBFrames = ::testing::TestWithParam<MovieCase>;
 
 TEST_P(MovieBFrames, TheFrameOnScreenIsTheLastOneStartingAtOrBeforeTheTime)
 {
@@ -190,15 +210,11 @@ TEST_P(MovieBFrames, TheFrameOnScreenIsTheLastOneStartingAtOrBeforeTheTime)
     ASSERT_TRUE(writeNumberedFramesMovie(path, 300, u"30000/1001"_s, arguments(GetParam().codec)));
     const MoviePtr movie = Movie::initWithFile(path);
     ASSERT_TRUE(movie);
-    struct Case
-    {
-        double seconds;
-        int frame;
-    };
     // 4 s is 119.88 frame times in: frame 119, which began at 3.9706 s; 5.005 s is frame 150 exactly.
-    for (const Case c : { Case { 4.0, 119 }, Case { 5.005, 150 }, Case { 1.0, 29 }, Case { 7.0, 209 },
-             Case { 6.5, 194 }, Case { 2.0, 59 }, Case { 9.0, 269 }, Case { 3.0, 89 }, Case { 8.0, 239 } })
-        EXPECT_TRUE(showsSecond(movie->frameImageAtTime(c.seconds), c.frame)) << c.seconds << " s";
+    const std::pair<double, int> cases[] = { { 4.0, 119 }, { 5.005, 150 }, { 1.0, 29 }, { 7.0, 209 },
+        { 6.5, 194 }, { 2.0, 59 }, { 9.0, 269 }, { 3.0, 89 }, { 8.0, 239 } };
+    for (const auto &[seconds, frame] : cases)
+        EXPECT_TRUE(showsSecond(movie->frameImageAtTime(seconds), frame)) << seconds << " s";
     // Past the end the last frame stays on screen, whatever its kind.
     EXPECT_TRUE(showsSecond(movie->frameImageAtTime(13.0), 299));
     // floor(min(10 s / 2, 15)) = 5 s, which is 149.85 frame times in.
@@ -215,27 +231,22 @@ INSTANTIATE_TEST_SUITE_P(Formats, MovieBFrames,
         MovieCase { "mpeg2", "clip.mkv", "-c:v mpeg2video -q:v 2 -g 300 -bf 2" }),
     [](const auto &info) { return std::string(info.param.name); });
 
-// --- Natural size ------------------------------------------------------------------------------
-
 TEST(MovieSize, AnamorphicPixelsAreStretchedAsAPlayerShowsThem)
 {
     TempDir dir;
     const QString path = dir.file(u"wide.mp4"_s);
     ASSERT_TRUE(writeSecondsMovie(path, 2.0, 32, 24, 10, {}, { u"-vf"_s, u"setsar=2"_s }));
-    QSizeF size;
-    double duration = 0;
-    const ImagePtr image = Movie::thumbnailImageForMovieWithFile(path, &size, &duration);
-    ASSERT_TRUE(image);
-    EXPECT_EQ(size, QSizeF(64, 24));
-    EXPECT_EQ(image->pixelSize(), QSizeF(64, 24));
-    EXPECT_TRUE(showsSecond(pixelsOf(image), 1));
+    const Thumbnail t = thumbnailOf(path);
+    ASSERT_TRUE(t.image);
+    EXPECT_EQ(t.size, QSizeF(64, 24));
+    EXPECT_EQ(t.image->pixelSize(), QSizeF(64, 24));
+    EXPECT_TRUE(showsSecond(pixelsOf(t.image), 1));
 }
 
 TEST(MovieSize, RotationMetadataTurnsTheFrameAsFFmpegShowsIt)
 {
     TempDir dir;
-    const QString plain = dir.file(u"plain.mp4"_s);
-    const QString path = dir.file(u"turned.mp4"_s);
+    const QString plain = dir.file(u"plain.mp4"_s), path = dir.file(u"turned.mp4"_s);
     // A frame whose left half is dark. The muxer writes the rotation only when the stream is copied.
     ASSERT_TRUE(runFFmpeg(
         arguments("-f lavfi -i color=c=white:s=48x32:r=10:d=1,drawbox=x=0:y=0:w=24:h=32:c=black:t=fill "
@@ -253,41 +264,33 @@ TEST(MovieSize, RotationMetadataTurnsTheFrameAsFFmpegShowsIt)
     EXPECT_LT(qGray(frame.pixel(16, 40)), 60);
 }
 
-// --- Poster image and failures -----------------------------------------------------------------
-
 TEST(MoviePoster, AnAudioFileWithCoverArtGivesTheCover)
 {
     TempDir dir;
-    const QString cover = dir.file(u"cover.png"_s);
+    const QString cover = dir.file(u"cover.png"_s), path = dir.file(u"song.mp3"_s);
     ASSERT_TRUE(writeSolidImage(cover, 40, 30, QColor(200, 40, 90)));
-    const QString path = dir.file(u"song.mp3"_s);
     ASSERT_TRUE(runFFmpeg(arguments("-f lavfi -i sine=d=2 -i")
         << cover
         << arguments("-map 0 -map 1 -c:a libmp3lame -c:v copy -disposition:v attached_pic -id3v2_version 3")
         << path));
-    QSizeF size;
-    double duration = 0;
-    const ImagePtr image = Movie::thumbnailImageForMovieWithFile(path, &size, &duration);
-    ASSERT_TRUE(image);
-    EXPECT_EQ(image->pixelSize(), QSizeF(40, 30));
-    EXPECT_TRUE(colourNear(centreColour(pixelsOf(image)), QColor(200, 40, 90), 6));
-    EXPECT_NEAR(duration, 2.0, 0.1);
+    const Thumbnail t = thumbnailOf(path);
+    ASSERT_TRUE(t.image);
+    EXPECT_EQ(t.image->pixelSize(), QSizeF(40, 30));
+    EXPECT_TRUE(colourNear(centreColour(pixelsOf(t.image)), QColor(200, 40, 90), 6));
+    EXPECT_NEAR(t.duration, 2.0, 0.1);
 }
 
 TEST(MovieFailures, FilesWithoutAPictureAnswerNilAndZeroOutParameters)
 {
     TempDir dir;
-    const QString audio = dir.file(u"tone.m4a"_s);
+    const QString audio = dir.file(u"tone.m4a"_s), empty = dir.file(u"empty.mp4"_s),
+                  noise = dir.file(u"noise.avi"_s), cut = dir.file(u"cut.mp4"_s),
+                  huge = dir.file(u"huge.y4m"_s);
     ASSERT_TRUE(runFFmpeg({ u"-f"_s, u"lavfi"_s, u"-i"_s, u"sine=d=1"_s, audio }));
-    const QString empty = dir.file(u"empty.mp4"_s);
-    ASSERT_TRUE(writeBytes(empty, {}));
-    const QString noise = dir.file(u"noise.avi"_s);
-    ASSERT_TRUE(writeBytes(noise, QByteArray(20000, '\x5a')));
-    const QString cut = dir.file(u"cut.mp4"_s);
+    ASSERT_TRUE(writeBytes(empty, {}) && writeBytes(noise, QByteArray(20000, '\x5a')));
     ASSERT_TRUE(writeSecondsMovie(cut, 4.0));
     ASSERT_TRUE(writeBytes(cut, readBytes(cut).left(readBytes(cut).size() / 2)));
     // A raw stream header declaring a 16000 × 16000 picture, followed by a few bytes of it.
-    const QString huge = dir.file(u"huge.y4m"_s);
     ASSERT_TRUE(writeBytes(huge,
         QByteArray("YUV4MPEG2 W16000 H16000 F25:1 Ip A1:1 C420jpeg\nFRAME\n") + QByteArray(4096, '\x80')));
 
@@ -297,40 +300,16 @@ TEST(MovieFailures, FilesWithoutAPictureAnswerNilAndZeroOutParameters)
               { huge, u"the movie's picture is too large (16000 × 16000)"_s },
               { dir.file(u"missing.mp4"_s), u"not a regular file"_s } };
     for (const auto &[path, reason] : cases) {
-        QSizeF size(7, 7);
-        double duration = 7;
-        QString error;
-        EXPECT_FALSE(Movie::thumbnailImageForMovieWithFile(path, &size, &duration, &error)) << path;
-        EXPECT_EQ(error, reason) << path;
-        if (path != audio && path != huge) {
-            EXPECT_EQ(size, QSizeF(0, 0)) << path;
-            EXPECT_EQ(duration, 0.0) << path;
-        }
+        const Thumbnail t = thumbnailOf(path);
+        EXPECT_FALSE(t.image) << path;
+        EXPECT_EQ(t.error, reason) << path;
+        EXPECT_TRUE(path == audio || path == huge || (t.size == QSizeF(0, 0) && t.duration == 0.0)) << path;
     }
 }
 
-// --- Loading FFmpeg ----------------------------------------------------------------------------
-// Each of these runs in a fresh process (the test executable started again for the one test), so
-// that no earlier test has loaded FFmpeg already. The child reports a failed check on standard
-// error and by its exit status.
-
-namespace {
-
-// Whether a library whose file name contains name is mapped into this process.
-bool isMapped(const char *name)
-{
-    QFile maps(u"/proc/self/maps"_s);
-    return maps.open(QIODevice::ReadOnly) && maps.readAll().contains(name);
-}
-
-[[noreturn]] void childFails(const char *what)
-{
-    std::fprintf(stderr, "failed: %s\n", what);
-    std::fflush(stderr);
-    std::_Exit(1);
-}
-
-} // namespace
+// Loading FFmpeg: each of these runs in a fresh process (the test executable started again for the one test),
+// so that no earlier test has loaded FFmpeg already. The child reports a failed check on standard error and
+// by its exit status.
 
 TEST(MovieLibrary, WithoutFFmpegTheClassicTypesStillAnswerAndOpeningSaysWhy)
 {
@@ -339,26 +318,20 @@ TEST(MovieLibrary, WithoutFFmpegTheClassicTypesStillAnswerAndOpeningSaysWhy)
     const QString path = u"/proc/self/exe"_s;
     EXPECT_EXIT(
         {
-            if (!movie_detail::setFFmpegLibraryFolder(u"/nonexistent/orvel-nowhere"_s))
-                childFails("the folder is refused before any load");
-            if (!Movie::movieFileTypes().isEmpty())
-                childFails("no demuxer types without FFmpeg");
+            check(movie_detail::setFFmpegLibraryFolder(u"/nonexistent/orvel-nowhere"_s),
+                "the folder is refused before any load");
+            check(Movie::movieFileTypes().isEmpty(), "no demuxer types without FFmpeg");
             const QStringList &types = Movie::QuickTimeFileTypes();
-            if (types.size() != 113 || types.first() != u"'MPG '"_s || types.last() != u"m4v"_s)
-                childFails("the classic types make the whole list");
-            if (!Movie::isQuickTimeExtension(u"MP4"_s, {}) || Movie::isQuickTimeExtension(u"mkv"_s, {}))
-                childFails("classification by the classic types");
+            check(types.size() == 113 && types.first() == u"'MPG '"_s && types.last() == u"m4v"_s,
+                "the classic types make the whole list");
+            check(Movie::isQuickTimeExtension(u"MP4"_s, {}) && !Movie::isQuickTimeExtension(u"mkv"_s, {}),
+                "classification by the classic types");
             QString error;
-            if (Movie::initWithFile(path, &error))
-                childFails("a movie opened without FFmpeg");
-            QSizeF size(1, 1);
-            double duration = 1;
-            QString thumbnailError;
-            if (Movie::thumbnailImageForMovieWithFile(path, &size, &duration, &thumbnailError)
-                || !size.isNull() || duration != 0.0 || thumbnailError != error)
-                childFails("the thumbnail answers nil with the same reason");
-            if (movie_detail::isFFmpegLoaded())
-                childFails("reported as loaded");
+            check(!Movie::initWithFile(path, &error), "a movie opened without FFmpeg");
+            const Thumbnail t = thumbnailOf(path);
+            check(!t.image && t.size.isNull() && t.duration == 0.0 && t.error == error,
+                "the thumbnail answers nil with the same reason");
+            check(!movie_detail::isFFmpegLoaded(), "reported as loaded");
             std::fprintf(stderr, "%s\n", qPrintable(error));
             std::exit(0);
         },
@@ -373,19 +346,16 @@ TEST(MovieLibrary, IsLoadedOnlyWhenTheTypesOfFFmpegOrAMovieAreNeeded)
             // Classic types, files without an extension and files that are not there need no FFmpeg.
             for (const char *name : { "/x/clip.avi", "/x/song.MP3", "/x/movie.m4v", "/x/README" })
                 (void)Movie::isQuickTimeFile(QString::fromLatin1(name));
-            if (!Movie::isQuickTimeFile(u"/x/clip.avi"_s))
-                childFails("a classic extension counts");
-            if (Movie::initWithFile(u"/no/such/file.mp4"_s))
-                childFails("a missing file opened");
-            if (movie_detail::isFFmpegLoaded() || isMapped("libavcodec.so") || isMapped("libavformat.so"))
-                childFails("loaded before it was needed");
+            check(Movie::isQuickTimeFile(u"/x/clip.avi"_s), "a classic extension counts");
+            check(!Movie::initWithFile(u"/no/such/file.mp4"_s), "a missing file opened");
+            check(
+                !(movie_detail::isFFmpegLoaded() || isMapped("libavcodec.so") || isMapped("libavformat.so")),
+                "loaded before it was needed");
             // A suffix only FFmpeg knows needs its demuxer list.
-            if (!Movie::isQuickTimeFile(u"/x/clip.mkv"_s))
-                childFails("a demuxer's extension counts");
-            if (!movie_detail::isFFmpegLoaded() || !isMapped("libavformat.so"))
-                childFails("the demuxer list loads FFmpeg");
-            if (movie_detail::setFFmpegLibraryFolder(u"/nowhere"_s))
-                childFails("the folder changed after the load");
+            check(Movie::isQuickTimeFile(u"/x/clip.mkv"_s), "a demuxer's extension counts");
+            check(movie_detail::isFFmpegLoaded() && isMapped("libavformat.so"),
+                "the demuxer list loads FFmpeg");
+            check(!movie_detail::setFFmpegLibraryFolder(u"/nowhere"_s), "the folder changed after the load");
             std::fprintf(stderr, "all checks passed\n");
             std::exit(0);
         },
