@@ -37,6 +37,22 @@ QList<QUrl> fileUrls(const QStringList &paths)
     return urls;
 }
 
+/// A pasteboard holding the given data under the given types.
+std::unique_ptr<QMimeData> pasteboard(std::initializer_list<std::pair<const char *, QByteArray>> data)
+{
+    auto board = std::make_unique<QMimeData>();
+    for (const auto &[type, bytes] : data)
+        board->setData(QLatin1StringView(type), bytes);
+    return board;
+}
+
+/// The size of the image made from the pasteboard (icon first when asked); empty when there is none.
+QSizeF pastedSize(const QMimeData &board, bool icon = false)
+{
+    const ImagePtr image = icon ? Image::initWithPasteboardIcon(&board) : Image::initWithPasteboard(&board);
+    return image ? image->size() : QSizeF();
+}
+
 /// A bundle identifier of its own for each test run: the caches outlive a test (and --gtest_repeat).
 QString identifier(const char *stem, const TempDir &dir)
 {
@@ -71,22 +87,14 @@ TEST(ImagePasteboard, KnownImageDataOrASingleImageFileIsProbablyAnImage)
 TEST(ImagePasteboard, DecodesTheFirstTypeThatHoldsAPictureThenASingleFile)
 {
     // PNG, JPEG and TIFF are tried in that order, then a Qt picture, then other image types.
-    QMimeData pasteboard;
-    pasteboard.setData(u"image/png"_s, "not a PNG at all");
-    pasteboard.setData(u"image/tiff"_s, encodedPicture("tif", 24, 12));
-    pasteboard.setData(u"image/jpeg"_s, encodedPicture("jpg", 30, 10));
-    ImagePtr image = Image::initWithPasteboard(&pasteboard);
-    ASSERT_TRUE(image);
-    EXPECT_EQ(image->size(), QSizeF(30, 10));
-    QMimeData picture;
-    picture.setImageData(QImage(20, 5, QImage::Format_ARGB32));
-    picture.setData(u"image/gif"_s, encodedPicture("gif", 7, 9));
-    ASSERT_TRUE(image = Image::initWithPasteboard(&picture));
-    EXPECT_EQ(image->size(), QSizeF(20, 5));
-    QMimeData gif;
-    gif.setData(u"image/gif"_s, encodedPicture("gif", 7, 9));
-    ASSERT_TRUE(image = Image::initWithPasteboard(&gif));
-    EXPECT_EQ(image->size(), QSizeF(7, 9));
+    EXPECT_EQ(pastedSize(*pasteboard(
+                  { { "image/png", "not a PNG at all" }, { "image/tiff", encodedPicture("tif", 24, 12) },
+                      { "image/jpeg", encodedPicture("jpg", 30, 10) } })),
+        QSizeF(30, 10));
+    const auto picture = pasteboard({ { "image/gif", encodedPicture("gif", 7, 9) } });
+    EXPECT_EQ(pastedSize(*picture), QSizeF(7, 9));
+    picture->setImageData(QImage(20, 5, QImage::Format_ARGB32));
+    EXPECT_EQ(pastedSize(*picture), QSizeF(20, 5));
 
     TempDir dir;
     const QString png = dir.file(u"a.png"_s), broken = dir.file(u"broken.png"_s);
@@ -94,8 +102,7 @@ TEST(ImagePasteboard, DecodesTheFirstTypeThatHoldsAPictureThenASingleFile)
     ASSERT_TRUE(orvel::test::writeBytes(broken, "truncated"));
     QMimeData file;
     file.setUrls(fileUrls({ png }));
-    ASSERT_TRUE(image = Image::initWithPasteboard(&file));
-    EXPECT_EQ(image->size(), QSizeF(16, 8));
+    EXPECT_EQ(pastedSize(file), QSizeF(16, 8));
     file.setUrls(fileUrls({ broken }));
     EXPECT_FALSE(Image::initWithPasteboard(&file));
     EXPECT_FALSE(Image::initWithPasteboard(nullptr));
@@ -106,27 +113,19 @@ TEST(ImagePasteboard, IconPrefersTheSingleImageFileThenTheIconFamily)
     TempDir dir;
     const QString png = dir.file(u"a.png"_s);
     ASSERT_TRUE(orvel::test::writeTestImage(png, 16, 8));
-
-    QMimeData file;
-    file.setUrls(fileUrls({ png }));
-    file.setData(u"image/x-icns"_s, encodedPicture("png", 32, 32));
-    ImagePtr image = Image::initWithPasteboardIcon(&file);
+    const auto file = pasteboard({ { "image/x-icns", encodedPicture("png", 32, 32) } });
+    file->setUrls(fileUrls({ png }));
+    ImagePtr image = Image::initWithPasteboardIcon(file.get());
     ASSERT_TRUE(image);
     EXPECT_EQ(image->name(), png);
     EXPECT_EQ(image->size(), QSizeF(16, 8));
 
-    QMimeData icon;
-    icon.setData(u"image/x-icns"_s, encodedPicture("png", 32, 16));
-    icon.setData(u"image/png"_s, encodedPicture("png", 5, 5));
-    image = Image::initWithPasteboardIcon(&icon);
-    ASSERT_TRUE(image);
-    EXPECT_EQ(image->size(), QSizeF(32, 16));
-
+    const auto icon = pasteboard(
+        { { "image/x-icns", encodedPicture("png", 32, 16) }, { "image/png", encodedPicture("png", 5, 5) } });
+    EXPECT_EQ(pastedSize(*icon, true), QSizeF(32, 16));
     // Icon data that does not decode gives way to the pasteboard's picture.
-    icon.setData(u"image/x-icns"_s, "icns");
-    image = Image::initWithPasteboardIcon(&icon);
-    ASSERT_TRUE(image);
-    EXPECT_EQ(image->size(), QSizeF(5, 5));
+    icon->setData(u"image/x-icns"_s, "icns");
+    EXPECT_EQ(pastedSize(*icon, true), QSizeF(5, 5));
 }
 
 TEST(ImagePasteboard, ProvidesTIFFDataOnlyForTheTIFFType)
