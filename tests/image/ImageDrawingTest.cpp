@@ -10,10 +10,12 @@ using namespace orvel::test;
 
 namespace {
 
-ImagePtr solid(int w, int h, QColor colour)
+// A w × h picture of the colour, with the part (when given) in a second colour.
+ImagePtr solid(int w, int h, QColor colour, QRect part = {}, QColor second = {})
 {
     QImage q(w, h, QImage::Format_RGBA8888);
     q.fill(colour);
+    QPainter(&q).fillRect(part, second);
     return Image::imageWithRepresentation(BitmapImageRep::fromQImage(q));
 }
 
@@ -49,12 +51,7 @@ TEST(ImageDrawing, CentredDrawingKeepsTheSizeAndAnswersTheRectangle)
 TEST(ImageDrawing, CentredTilingPutsATileInTheMiddle)
 {
     // Two colours side by side make the tile's phase visible.
-    QImage q(10, 10, QImage::Format_RGBA8888);
-    q.fill(Qt::red);
-    for (int y = 0; y < 10; ++y)
-        for (int x = 5; x < 10; ++x)
-            q.setPixelColor(x, y, Qt::blue);
-    ImagePtr tile = Image::imageWithRepresentation(BitmapImageRep::fromQImage(q));
+    ImagePtr tile = solid(10, 10, Qt::red, QRect(5, 0, 5, 10), Qt::blue);
     const QImage out = canvas(25, 10, [&] {
         tile->drawInRect(
             QRectF(0, 0, 25, 10), QRectF(), CompositingOperation::SourceOver, 1.0, true, false, true);
@@ -69,12 +66,7 @@ TEST(ImageDrawing, CentredTilingPutsATileInTheMiddle)
 
 TEST(ImageDrawing, PartsOfImagesAreDrawnFromTheirRectangle)
 {
-    QImage q(20, 20, QImage::Format_RGBA8888);
-    q.fill(Qt::red);
-    for (int y = 0; y < 10; ++y)
-        for (int x = 10; x < 20; ++x)
-            q.setPixelColor(x, y, Qt::green);
-    ImagePtr image = Image::imageWithRepresentation(BitmapImageRep::fromQImage(q));
+    ImagePtr image = solid(20, 20, Qt::red, QRect(10, 0, 10, 10), Qt::green);
     ImagePtr part = image->imageFromRect(QRectF(10, 0, 10, 10), 1.0);
     ASSERT_TRUE(part);
     EXPECT_EQ(part->size(), QSizeF(10, 10));
@@ -123,33 +115,18 @@ TEST(ImageDrawing, FocusedDrawingMakesABitmapOfTheImage)
     EXPECT_EQ(GraphicsContext::current(), nullptr); // every focus was released
 }
 
-namespace {
-
-struct FitCase
+TEST(ImageGeometry, ThumbFitsIntoTheBoxWithoutEnlarging)
 {
-    QSizeF box, source, expected;
-};
-
-class ThumbFit : public ::testing::TestWithParam<FitCase>
-{
-};
-
-} // namespace
-
-TEST_P(ThumbFit, FitsIntoTheBoxWithoutEnlarging)
-{
-    const FitCase c = GetParam();
-    EXPECT_EQ(Image::thumb(c.box, c.source), c.expected);
+    const struct
+    {
+        QSizeF box, source, expected;
+    } cases[] = { { { 128, 128 }, { 100, 50 }, { 100, 50 } }, { { 128, 128 }, { 400, 200 }, { 128, 64 } },
+        { { 128, 128 }, { 200, 400 }, { 64, 128 } }, { { 128, 128 }, { 1000, 3 }, { 128, 1 } },
+        { { 128, 64 }, { 256, 128 }, { 128, 64 } }, { { 128, 128 }, { 100.5, 60.25 }, { 100.5, 60.25 } },
+        { { 128, 128 }, { 3, 1000 }, { 1, 128 } }, { { 128, 128 }, { 129, 128 }, { 128, 127 } } };
+    for (const auto &c : cases)
+        EXPECT_EQ(Image::thumb(c.box, c.source), c.expected) << c.source.width() << "×" << c.source.height();
 }
-
-INSTANTIATE_TEST_SUITE_P(Cases, ThumbFit,
-    ::testing::Values(FitCase { { 128, 128 }, { 100, 50 }, { 100, 50 } },
-        FitCase { { 128, 128 }, { 400, 200 }, { 128, 64 } },
-        FitCase { { 128, 128 }, { 200, 400 }, { 64, 128 } },
-        FitCase { { 128, 128 }, { 1000, 3 }, { 128, 1 } }, FitCase { { 128, 64 }, { 256, 128 }, { 128, 64 } },
-        FitCase { { 128, 128 }, { 100.5, 60.25 }, { 100.5, 60.25 } },
-        FitCase { { 128, 128 }, { 3, 1000 }, { 1, 128 } },
-        FitCase { { 128, 128 }, { 129, 128 }, { 128, 127 } }));
 
 TEST(ImageGeometry, ScaledSizeRoundsDownAndIgnoresNonPositiveFactors)
 {

@@ -227,7 +227,7 @@ protected:
     QString m_resource;
 };
 
-TEST_F(MainBundleImages, NamedImagesComeFromTheMainBundle)
+TEST_F(MainBundleImages, NamedImagesComeFromTheMainBundleAndSizedCopiesShareTheCachedRepresentations)
 {
     const ImagePtr a = Image::imageNamed(u"orvel-test-named"_s);
     ASSERT_TRUE(a);
@@ -236,14 +236,11 @@ TEST_F(MainBundleImages, NamedImagesComeFromTheMainBundle)
     EXPECT_NE(Image::imageNamed(u"orvel-test-named"_s), a);
     EXPECT_FALSE(Image::imageNamed(u"orvel-test-no-such-image"_s));
     EXPECT_FALSE(Image::cachedImageNamed(u"orvel-test-no-such-image"_s));
-}
 
-TEST_F(MainBundleImages, SizedCopiesShareTheCachedRepresentations)
-{
     const ImagePtr cached = Image::cachedImageNamed(u"orvel-test-named"_s);
     ASSERT_TRUE(cached);
+    EXPECT_NE(cached, a);
     EXPECT_EQ(Image::cachedImageNamed(u"orvel-test-named"_s), cached);
-
     const ImagePtr small = Image::cachedImageNamed(u"orvel-test-named"_s, QSizeF(12, 6));
     ASSERT_TRUE(small);
     EXPECT_NE(small, cached);

@@ -15,6 +15,16 @@ using namespace orvel::test;
 
 namespace {
 
+// A w × h sRGB picture of one colour.
+vips::VImage solidPicture(int w, int h, std::vector<double> rgb)
+{
+    using vips::VImage;
+    return VImage::black(w, h, VImage::option()->set("bands", 3))
+        .new_from_image(rgb)
+        .cast(VIPS_FORMAT_UCHAR)
+        .copy(VImage::option()->set("interpretation", VIPS_INTERPRETATION_sRGB));
+}
+
 QColor pixelOf(const ImagePtr &image, int x, int y)
 {
     BitmapImageRepPtr rep = image->bitmapImageRep();
@@ -124,8 +134,8 @@ TEST(ImageRendering, DocumentsAreRenderedOnWhite)
         = "%!PS\n<< /PageSize [200 100] >> setpagedevice\n0 0 1 setrgbcolor 0 0 200 50 rectfill showpage\n";
     ASSERT_TRUE(writeBytes(dir.file(u"in.ps"_s), ps));
     ASSERT_EQ(runProgram(u"gs"_s,
-                  { u"-q"_s, u"-dSAFER"_s, u"-dBATCH"_s, u"-dNOPAUSE"_s, u"-sDEVICE=pdfwrite"_s,
-                      u"-sOutputFile="_s + path, dir.file(u"in.ps"_s) }),
+                  u"-q -dSAFER -dBATCH -dNOPAUSE -sDEVICE=pdfwrite"_s.split(u' ')
+                      << u"-sOutputFile="_s + path << dir.file(u"in.ps"_s)),
         0);
     ImagePtr image = Image::initByReferencingFile(path);
     ASSERT_TRUE(image && image->isReallyValid());
@@ -232,11 +242,8 @@ TEST(ImageRendering, OrientationIsAppliedAndColoursAreConvertedToSRGB)
     TempDir dir;
     using vips::VImage;
     // 40×20, left half red and right half blue, stored with orientation 6 (rotate 90° clockwise to view).
-    VImage red = VImage::black(20, 20, VImage::option()->set("bands", 3)).new_from_image({ 255, 0, 0 });
-    VImage blue = VImage::black(20, 20, VImage::option()->set("bands", 3)).new_from_image({ 0, 0, 255 });
-    VImage img = red.join(blue, VIPS_DIRECTION_HORIZONTAL)
-                     .cast(VIPS_FORMAT_UCHAR)
-                     .copy(VImage::option()->set("interpretation", VIPS_INTERPRETATION_sRGB));
+    VImage img = solidPicture(20, 20, { 255, 0, 0 })
+                     .join(solidPicture(20, 20, { 0, 0, 255 }), VIPS_DIRECTION_HORIZONTAL);
     img.set(VIPS_META_ORIENTATION, 6);
     const QString rotated = dir.file(u"rotated.jpg"_s);
     img.write_to_file(rotated.toUtf8().constData(), VImage::option()->set("Q", 95));
@@ -251,11 +258,8 @@ TEST(ImageRendering, OrientationIsAppliedAndColoursAreConvertedToSRGB)
 
     // A CMYK JPEG comes out in the right sRGB colour.
     const QString cmyk = dir.file(u"cmyk.jpg"_s);
-    VImage orange = VImage::black(16, 16, VImage::option()->set("bands", 3))
-                        .new_from_image({ 230, 120, 30 })
-                        .cast(VIPS_FORMAT_UCHAR)
-                        .copy(VImage::option()->set("interpretation", VIPS_INTERPRETATION_sRGB));
-    orange.icc_transform("cmyk", VImage::option()->set("input_profile", "srgb"))
+    solidPicture(16, 16, { 230, 120, 30 })
+        .icc_transform("cmyk", VImage::option()->set("input_profile", "srgb"))
         .write_to_file(cmyk.toUtf8().constData(), VImage::option()->set("Q", 95));
     ImagePtr fromCmyk = Image::thumbnailForFile(cmyk, 32767, true, true);
     ASSERT_TRUE(fromCmyk);

@@ -87,9 +87,8 @@ TEST(ImageClassification, PathExtensionIsTheLastDotOfTheLastComponent)
 TEST(ImageClassification, FileTypeCodesClassifyFilesWithUnknownExtensions)
 {
     TempDir dir;
-    const QString mystery = dir.file(u"mystery.dat"_s);
-    const QString lower = dir.file(u"lower.dat"_s);
-    const QString document = dir.file(u"document.bin"_s);
+    const QString mystery = dir.file(u"mystery.dat"_s), lower = dir.file(u"lower.dat"_s),
+                  document = dir.file(u"document.bin"_s);
     for (const QString &path : { mystery, lower, document })
         ASSERT_TRUE(orvel::test::writeBytes(path, "data"));
     if (!setType(mystery, "JPEG"))
@@ -111,9 +110,7 @@ struct ModernFormat
     const char *loader;
 };
 
-class ModernFormats : public testing::TestWithParam<ModernFormat>
-{
-};
+using ModernFormats = testing::TestWithParam<ModernFormat>;
 
 TEST_P(ModernFormats, CountAsImagesWhenTheInstalledLibvipsLoadsThem)
 {
@@ -181,37 +178,22 @@ TEST(PathToPDF, PrefersTheFileNamedLikeTheBundleThenAnyPDFThenTheBundle)
     EXPECT_EQ(Image::pathToPDF(folder), folder);
 }
 
-struct TypeCase
+TEST(PathExtensionForType, MapsCodesAndMIMETypes)
 {
-    const char *type;
-    const char *extension; // nullptr: no extension
-};
-
-class PathExtensionForType : public testing::TestWithParam<TypeCase>
-{
-};
-
-TEST_P(PathExtensionForType, MapsCodesAndMIMETypes)
-{
-    const TypeCase c = GetParam();
-    const QString result = Image::pathExtensionForType(QString::fromLatin1(c.type));
-    if (c.extension)
-        EXPECT_EQ(result, QString::fromLatin1(c.extension)) << c.type;
-    else
-        EXPECT_TRUE(result.isNull()) << c.type << " gave " << result.toStdString();
-}
-
-INSTANTIATE_TEST_SUITE_P(Table, PathExtensionForType,
-    testing::Values(TypeCase { "'8BPS'", "psd" }, TypeCase { "'jp2 '", "jp2" },
-        TypeCase { "'jpeg'", nullptr }, TypeCase { "'ABCD'", nullptr }, TypeCase { "", nullptr },
-        TypeCase { "png", "png" }, TypeCase { "'PNGf", "'PNGf" }, TypeCase { "a/b/c", "a/b/c" },
-        TypeCase { "image/x", nullptr }, TypeCase { "image/x-q", nullptr }, TypeCase { "image/x-qq", "qq" },
-        TypeCase { "image/png", "png" }, TypeCase { "image/vnd.adobe.photoshop", "psd" },
-        TypeCase { "application/PostScript", "ps" },
+    // The type and the extension it gives (nullptr: none).
+    const std::pair<const char *, const char *> cases[] = { { "'8BPS'", "psd" }, { "'jp2 '", "jp2" },
+        { "'jpeg'", nullptr }, { "'ABCD'", nullptr }, { "", nullptr }, { "png", "png" }, { "'PNGf", "'PNGf" },
+        { "a/b/c", "a/b/c" }, { "image/x", nullptr }, { "image/x-q", nullptr }, { "image/x-qq", "qq" },
+        { "image/png", "png" }, { "image/vnd.adobe.photoshop", "psd" }, { "application/PostScript", "ps" },
         // A subtype found inside a longer known one counts, case ignored; a longer one must match whole.
-        TypeCase { "image/x-ANYMAP", "pnm" }, TypeCase { "image/x-xwindowdumps", "xwindowdumps" },
-        TypeCase { "image/svg-xml", "svg" }, TypeCase { "image/svg+xml", "svg+xml" },
-        TypeCase { "image/foo.", nullptr }));
+        { "image/x-ANYMAP", "pnm" }, { "image/x-xwindowdumps", "xwindowdumps" }, { "image/svg-xml", "svg" },
+        { "image/svg+xml", "svg+xml" }, { "image/foo.", nullptr } };
+    for (const auto &[type, extension] : cases) {
+        const QString result = Image::pathExtensionForType(QString::fromLatin1(type));
+        EXPECT_EQ(result, extension ? QString::fromLatin1(extension) : QString()) << type;
+        EXPECT_EQ(result.isNull(), !extension) << type;
+    }
+}
 
 TEST(PathExtensionForData, FindsTheFirstSignatureInListOrderAnywhereInTheFirstKilobyte)
 {
