@@ -73,6 +73,16 @@ const Bytes plus = [] {
     return with(b, { { 12, 100 }, { 13, 10 }, { 14, 60 } });
 }();
 
+// The steps applied one after the other.
+std::function<void(Rep &)> all(std::initializer_list<std::function<void(Rep &)>> steps)
+{
+    return [list = std::vector(steps)](Rep &r) {
+        for (const auto &step : list)
+            step(r);
+    };
+}
+
+const std::vector<int32_t> box25(25, 1);
 const Bytes dot5 = with(Bytes(9), { { 4, 5 } }), dot7 = with(Bytes(9), { { 4, 7 } });
 constexpr int32_t centreOnly[9] = { 0, 0, 0, 0, 1, 0, 0, 0, 0 },
                   minusCentre[9] = { 0, 0, 0, 0, -1, 0, 0, 0, 0 };
@@ -90,9 +100,22 @@ struct Example
 
 void PrintTo(const Example &e, std::ostream *os) { *os << e.name; }
 
-class FilterExamples : public ::testing::TestWithParam<Example>
+using FilterExamples = ::testing::TestWithParam<Example>;
+
+struct LayoutCase
 {
+    const char *name;
+    int bitsPerSample;
+    bool planar;
+    unsigned format;
 };
+
+using RefusedLayouts = ::testing::TestWithParam<LayoutCase>;
+
+// What the filters' callbacks (plain functions) saw.
+std::vector<std::array<int, 4>> pixelCalls;
+std::vector<int> statisticalChannels;
+std::vector<uint32_t> firstHistogram;
 
 } // namespace
 
@@ -108,18 +131,14 @@ TEST_P(FilterExamples, GiveTheHandWorkedBytes)
 INSTANTIATE_TEST_SUITE_P(BitmapFilters, FilterExamples,
     ::testing::Values(
         // 5c − 4e, (6c − 4e) ÷ 2, (8c − 4e) ÷ 4 on the centre only; negative sums clamp to 0.
-        Example { "SharpenStrong", 3, 3, 3, false, plus, [](Rep &r) { r.sharpenStrong(); },
+        Example { "SharpenStrong", 3, 3, 3, false, plus, &Rep::sharpenStrong,
             with(plus, { { 12, 180 }, { 13, 0 }, { 14, 72 } }) },
-        Example { "SharpenMedium", 3, 3, 3, false, plus, [](Rep &r) { r.sharpenMedium(); },
+        Example { "SharpenMedium", 3, 3, 3, false, plus, &Rep::sharpenMedium,
             with(plus, { { 12, 140 }, { 13, 0 }, { 14, 66 } }) },
-        Example { "SharpenLight", 3, 3, 3, false, plus, [](Rep &r) { r.sharpenLight(); },
+        Example { "SharpenLight", 3, 3, 3, false, plus, &Rep::sharpenLight,
             with(plus, { { 12, 120 }, { 13, 0 }, { 14, 63 } }) },
         Example { "UniformIsKeptBySharpening", 4, 4, 4, true, Bytes(64, 90),
-            [](Rep &r) {
-                r.sharpenLight();
-                r.sharpenMedium();
-                r.sharpenStrong();
-            }, Bytes(64, 90) },
+            all({ &Rep::sharpenLight, &Rep::sharpenMedium, &Rep::sharpenStrong }), Bytes(64, 90) },
         // The quotient truncates toward zero before the offset: −5 ÷ 4 = −1, 7 ÷ 4 = 1, −7 ÷ −3 = 2.
         Example { "NegativeQuotientTruncates", 3, 3, 1, false, dot5,
             [](Rep &r) { r.applyMatrixFilter(minusCentre, 4, 10); }, with(dot5, { { 4, 9 } }) },
@@ -137,13 +156,15 @@ INSTANTIATE_TEST_SUITE_P(BitmapFilters, FilterExamples,
         // The callback gets quotient + offset (15, 105, 205) and its answer is clamped.
         Example { "CallbackIsClamped", 5, 3, 1, false, with(Bytes(15), { { 6, 10 }, { 7, 100 }, { 8, 200 } }),
             [](Rep &r) {
-                r.applyMatrixFilter(centreOnly, 1, 5, [](int v) { return v == 15 ? -3 : v == 105 ? 77 : v + 100; });
+                r.applyMatrixFilter(centreOnly, 1, 5, [](int v) {
+                    return v == 15 ? -3 : v == 105 ? 77 : v + 100;
+                });
             },
             with(Bytes(15), { { 7, 77 }, { 8, 255 } }) },
         // 5×5 grey 0, 4, … 96: a box of ones over 25 gives the only interior pixel the mean 48; with
         // two kernels the second (the top-right corner, 16) is what remains.
         Example { "FiveByFiveBoxIsTheMean", 5, 5, 1, false, ramp(25, 0, 4),
-            [](Rep &r) { r.applyMatrixesFilter(std::vector<int32_t>(25, 1).data(), 1, 5, 25, 0); },
+            [](Rep &r) { r.applyMatrixesFilter(box25.data(), 1, 5, 25, 0); },
             with(ramp(25, 0, 4), { { 12, 48 } }) },
         Example { "SecondKernelRemains", 5, 5, 1, false, ramp(25, 0, 4),
             [](Rep &r) {
@@ -154,33 +175,23 @@ INSTANTIATE_TEST_SUITE_P(BitmapFilters, FilterExamples,
             },
             with(ramp(25, 0, 4), { { 12, 16 } }) },
         Example { "EvenOrOneSizedKernelsAndDivisorZeroAreRefused", 5, 5, 1, false, ramp(25, 0, 4),
-            [](Rep &r) {
-                const std::vector<int32_t> box(25, 1);
-                r.applyMatrixesFilter(box.data(), 1, 4, 1, 0);
-                r.applyMatrixesFilter(box.data(), 1, 1, 1, 0);
-                r.applyMatrixesFilter(box.data(), 1, 5, 0, 0);
-            },
+            all({ [](Rep &r) { r.applyMatrixesFilter(box25.data(), 1, 4, 1, 0); },
+                [](Rep &r) { r.applyMatrixesFilter(box25.data(), 1, 1, 1, 0); },
+                [](Rep &r) { r.applyMatrixesFilter(box25.data(), 1, 5, 0, 0); } }),
             ramp(25, 0, 4) },
         // trunc(v ÷ 2 + 0.5), alpha skipped; then 2v − 9.5 truncated and clamped; 1 and 0 change nothing.
         Example { "ScaleWithDivisorRounds", 3, 1, 4, true, { 3, 5, 200, 77, 0, 1, 255, 255, 9, 10, 11, 12 },
             [](Rep &r) { r.scaleWithDivisor(2.0f, 0.0f); }, { 2, 3, 100, 77, 0, 1, 128, 255, 5, 5, 6, 12 } },
         Example { "ScaleWithDivisorClamps", 3, 1, 4, true, { 2, 3, 100, 77, 0, 1, 128, 255, 5, 5, 6, 12 },
-            [](Rep &r) {
-                r.scaleWithDivisor(0.5f, -10.0f);
-                r.scaleWithDivisor(1, 0);
-                r.scaleWithDivisor(0, 5);
-            },
+            all({ [](Rep &r) { r.scaleWithDivisor(0.5f, -10.0f); }, [](Rep &r) { r.scaleWithDivisor(1, 0); },
+                [](Rep &r) { r.scaleWithDivisor(0, 5); } }),
             { 0, 0, 190, 77, 0, 0, 246, 255, 0, 0, 2, 12 } },
         Example { "SampleFilterKeepsTheLowByteOfColours", 2, 1, 4, true, { 0, 1, 254, 40, 255, 2, 3, 50 },
-            [](Rep &r) { r.applySampleFilter([](int v) { return v + 257; }); }, { 1, 2, 255, 40, 0, 3, 4, 50 } },
+            [](Rep &r) { r.applySampleFilter([](int v) { return v + 257; }); },
+            { 1, 2, 255, 40, 0, 3, 4, 50 } },
         // Eleven bytes per row (eight at a time, then the rest), the padding untouched.
         Example { "TableMapsEveryByteOfAnOpaqueRow", 11, 1, 3, false, ramp(33),
-            [](Rep &r) {
-                unsigned char table[256];
-                for (int i = 0; i < 256; ++i)
-                    table[i] = static_cast<unsigned char>(255 - i);
-                r.applyTransformationTable(table);
-            },
+            [](Rep &r) { r.applyTransformationTable(ramp(256, 255, -1).data()); },
             with(ramp(35, 255, -1), { { 33, 0xEE }, { 34, 0xEE } }), 2 },
         // (255·i − 255·50) ÷ 50: 75 → 127, 60 → 51.
         Example { "NormalizeStretchesToFullScale", 2, 2, 3, false,
@@ -215,7 +226,8 @@ INSTANTIATE_TEST_SUITE_P(BitmapFilters, FilterExamples,
             [](Rep &r) { r.edgeDetect(true); }, with(ramp(9, 10, 10), { { 4, 110 } }) },
         // Gy = 765 → 255; 250 + 255 is capped and the alpha kept.
         Example { "EdgeDetectCapsTheSum", 3, 3, 2, true,
-            { 0, 1, 0, 2, 0, 3, 0, 4, 250, 5, 0, 6, 255, 7, 255, 8, 255, 9 }, [](Rep &r) { r.edgeDetect(true); },
+            { 0, 1, 0, 2, 0, 3, 0, 4, 250, 5, 0, 6, 255, 7, 255, 8, 255, 9 },
+            [](Rep &r) { r.edgeDetect(true); },
             { 0, 1, 0, 2, 0, 3, 0, 4, 255, 5, 0, 6, 255, 7, 255, 8, 255, 9 } },
         // Key 100, threshold 0.1 → T = 26. d = 0 → a = 0; d = 10 → a = 100 ÷ 26 = 3 and the colours
         // scaled by 3 ÷ 255; d = 100 → a ≥ 255: kept; d = 4 gives a = 0, not below alpha 0: kept.
@@ -232,12 +244,12 @@ INSTANTIATE_TEST_SUITE_P(BitmapFilters, FilterExamples,
         Example { "TintAddsRoundedAmounts", 2, 1, 4, true, { 100, 200, 0, 7, 1, 2, 3, 8 },
             [](Rep &r) { r.tintRed(0.5f, 0.5f, 0.0f); }, { 228, 255, 0, 7, 129, 130, 3, 8 } },
         Example { "TintGray", 1, 1, 1, false, { 10 }, [](Rep &r) { r.tintGray(0.1f); }, { 36 } },
-        Example { "InvertRGBAKeepsAlpha", 2, 1, 4, true, { 0, 10, 255, 128, 1, 2, 3, 4 },
-            [](Rep &r) { r.invertRGBA(); }, { 255, 245, 0, 128, 254, 253, 252, 4 } },
-        Example { "InvertGreyAlphaKeepsAlpha", 2, 1, 2, true, { 5, 6, 7, 8 }, [](Rep &r) { r.invertGreyAlpha(); },
+        Example { "InvertRGBAKeepsAlpha", 2, 1, 4, true, { 0, 10, 255, 128, 1, 2, 3, 4 }, &Rep::invertRGBA,
+            { 255, 245, 0, 128, 254, 253, 252, 4 } },
+        Example { "InvertGreyAlphaKeepsAlpha", 2, 1, 2, true, { 5, 6, 7, 8 }, &Rep::invertGreyAlpha,
             { 250, 6, 248, 8 } },
         // Rows are taken as packed even when padded: the first 12 bytes are inverted, padding included.
-        Example { "InvertRGBTakesRowsAsPacked", 2, 2, 3, false, Bytes(12), [](Rep &r) { r.invertRGB(); },
+        Example { "InvertRGBTakesRowsAsPacked", 2, 2, 3, false, Bytes(12), &Rep::invertRGB,
             { 255, 255, 255, 255, 255, 255, 0x11, 0x11, 255, 255, 255, 255, 0, 0, 0xEE, 0xEE }, 2 }),
     [](const auto &info) { return std::string(info.param.name); });
 
@@ -307,22 +319,6 @@ TEST(BitmapFilters, BitmapsWithoutInteriorPixelsAreUnchanged)
     }
 }
 
-namespace {
-
-struct LayoutCase
-{
-    const char *name;
-    int bitsPerSample;
-    bool planar;
-    unsigned format;
-};
-
-class RefusedLayouts : public ::testing::TestWithParam<LayoutCase>
-{
-};
-
-} // namespace
-
 TEST_P(RefusedLayouts, EveryFilterLeavesTheBitmapUnchanged)
 {
     const LayoutCase &l = GetParam();
@@ -360,12 +356,6 @@ INSTANTIATE_TEST_SUITE_P(BitmapFilters, RefusedLayouts,
         LayoutCase { "AlphaFirst", 8, false, Rep::AlphaFirstBitmapFormat },
         LayoutCase { "NonPremultiplied", 8, false, Rep::AlphaNonpremultipliedBitmapFormat }),
     [](const auto &info) { return std::string(info.param.name); });
-
-namespace {
-std::vector<std::array<int, 4>> pixelCalls;
-std::vector<int> statisticalChannels;
-std::vector<uint32_t> firstHistogram;
-} // namespace
 
 TEST(BitmapFilters, PixelFilterCountsCoordinatesDownFromTheFirstPixel)
 {
