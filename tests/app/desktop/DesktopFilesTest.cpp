@@ -20,33 +20,28 @@ namespace {
 
 QString entryValue(const QString &desktopFile, const QString &key)
 {
-    const QString text = QString::fromUtf8(readBytes(desktopFile));
-    for (const QString &line : text.split(u'\n')) {
+    const QStringList lines = QString::fromUtf8(readBytes(desktopFile)).split(u'\n');
+    for (const QString &line : lines)
         if (line.startsWith(key + u'='))
             return line.mid(key.size() + 1);
-    }
     return {};
 }
 
 TEST(DesktopFiles, TheDesktopToolsFindNothingWrong)
 {
-    const std::pair<QString, QStringList> validators[] = {
-        { u"desktop-file-validate"_s, { u"" ORVEL_DESKTOP_FILE ""_s } },
-        { u"appstreamcli"_s, { u"validate"_s, u"--no-net"_s, u"" ORVEL_METAINFO_FILE ""_s } },
-    };
+    const std::pair<QString, QStringList> validators[]
+        = { { u"desktop-file-validate"_s, { u"" ORVEL_DESKTOP_FILE ""_s } },
+              { u"appstreamcli"_s, { u"validate"_s, u"--no-net"_s, u"" ORVEL_METAINFO_FILE ""_s } } };
     QStringList missing;
     for (const auto &[tool, args] : validators) {
         if (QStandardPaths::findExecutable(tool).isEmpty()) {
             missing << tool;
             continue;
         }
-        QByteArray out;
-        QByteArray err;
+        QByteArray out, err;
         EXPECT_EQ(runProgram(tool, args, &out, &err), 0)
             << tool << ": " << out.toStdString() << err.toStdString();
-        if (tool == u"desktop-file-validate") {
-            EXPECT_EQ(out, QByteArray()) << "warnings";
-        }
+        EXPECT_TRUE(tool != u"desktop-file-validate" || out.isEmpty()) << "warnings: " << out.toStdString();
     }
     if (!missing.isEmpty())
         GTEST_SKIP() << missing.join(u", "_s) << " not installed (packages desktop-file-utils, appstream)";

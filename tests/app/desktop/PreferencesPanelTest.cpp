@@ -25,6 +25,7 @@
 
 #include <limits>
 #include <set>
+#include <tuple>
 
 using namespace Qt::StringLiterals;
 
@@ -212,34 +213,30 @@ void expectNothingCutOff(const PreferencesPanel &panel, const char *language)
 
 TEST_F(InLanguage, TheNamingLabelSwitchesInEachLanguageAndTheLayoutMakesRoomForIt)
 {
-    const struct
-    {
-        QLocale::Language language;
-        const char *code;
-        QString extension;
-        QString name;
-    } cases[] = { { QLocale::German, "de", u"Zusatz:"_s, u"Name:"_s },
-        { QLocale::French, "fr", u"Extension\u00a0:"_s, u"Nom\u00a0:"_s },
-        { QLocale::English, "en", u"Extension:"_s, u"Name:"_s } };
-    for (const auto &c : cases) {
-        use(c.language);
+    // The language, its code, the label of the extension rules and that of the sub-folder rule.
+    const std::tuple<QLocale::Language, const char *, QString, QString> cases[]
+        = { { QLocale::German, "de", u"Zusatz:"_s, u"Name:"_s },
+              { QLocale::French, "fr", u"Extension\u00a0:"_s, u"Nom\u00a0:"_s },
+              { QLocale::English, "en", u"Extension:"_s, u"Name:"_s } };
+    for (const auto &[language, code, extension, name] : cases) {
+        use(language);
         PreferencesPanel panel;
         panel.show();
         QCoreApplication::processEvents();
-        expectNothingCutOff(panel, c.code);
+        expectNothingCutOff(panel, code);
         auto *label = outlet<QLabel>(panel, "extensionName");
-        EXPECT_EQ(label->text(), c.extension) << c.code;
+        EXPECT_EQ(label->text(), extension) << code;
         // The longer label of the sub-folder rule comes while the panel is shown.
         outlet<QRadioButton>(panel, "nameFolder")->click();
         QCoreApplication::processEvents();
-        expectNothingCutOff(panel, c.code);
-        EXPECT_EQ(label->text(), c.name) << c.code;
+        expectNothingCutOff(panel, code);
+        EXPECT_EQ(label->text(), name) << code;
         EXPECT_EQ(UserDefaults::standard().integerForKey(u"extensionFormat"_s), 2);
         // apply() from a control shows the panel again: the label stays translated once, not twice.
         panel.apply(outlet<QRadioButton>(panel, "nameFolder"));
-        EXPECT_EQ(label->text(), c.name) << c.code;
+        EXPECT_EQ(label->text(), name) << code;
         outlet<QRadioButton>(panel, "namePrefix")->click();
-        EXPECT_EQ(label->text(), c.extension) << c.code;
+        EXPECT_EQ(label->text(), extension) << code;
     }
 }
 
