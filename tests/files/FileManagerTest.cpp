@@ -32,20 +32,21 @@ FileTime fileTime(qint64 seconds, qint64 nanoseconds)
 
 } // namespace
 
-TEST(FileManager, ListsEverythingInFileSystemOrderIncludingHiddenAndBrokenLinks)
+TEST(FileManager, ListsEverythingInFileSystemOrderAndExistenceFollowsLinks)
 {
     TempDir dir;
     ASSERT_TRUE(writeBytes(dir.file(u"b.txt"_s), "b"));
     ASSERT_TRUE(writeBytes(dir.file(u".hidden"_s), "h"));
     ASSERT_TRUE(QDir(dir.path()).mkdir(u"sub"_s));
     ASSERT_TRUE(QFile::link(dir.file(u"nowhere"_s), dir.file(u"dangling"_s)));
+    ASSERT_TRUE(QFile::link(dir.file(u"sub"_s), dir.file(u"toSub"_s)));
 
     const QStringList names = FileManager::directoryContentsAtPath(dir.path(), false);
     EXPECT_EQ(names,
         QDir(dir.path())
             .entryList(
                 QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot, QDir::Unsorted));
-    EXPECT_EQ(names.size(), 4);
+    EXPECT_EQ(names.size(), 5);
     const QStringList full = FileManager::directoryContentsAtPath(dir.path() + u"/"_s, true);
     ASSERT_EQ(full.size(), names.size());
     for (qsizetype i = 0; i < names.size(); ++i)
@@ -55,6 +56,13 @@ TEST(FileManager, ListsEverythingInFileSystemOrderIncludingHiddenAndBrokenLinks)
     for (const QString &path :
         { dir.file(u"missing"_s), dir.file(u"b.txt"_s), QString(), dir.path() + QChar(0) + u"x"_s })
         EXPECT_TRUE(FileManager::directoryContentsAtPath(path, true).isEmpty()) << path;
+
+    // Existence follows links: a link to a folder is a folder, a broken link is nothing.
+    bool isDirectory = false;
+    EXPECT_TRUE(FileManager::fileExistsAtPath(dir.file(u"toSub"_s), &isDirectory));
+    EXPECT_TRUE(isDirectory);
+    EXPECT_FALSE(FileManager::fileExistsAtPath(dir.file(u"dangling"_s), &isDirectory));
+    EXPECT_FALSE(isDirectory);
 }
 
 TEST(FileManager, MatchesExtensionIgnoringCase)
@@ -133,17 +141,4 @@ TEST(FileManager, ModificationDateRoundTripsWithNanosecondsAndLeavesAccessTime)
     EXPECT_FALSE(FileManager::setFileModificationDate(fileTime(5, 5), dir.file(u"missing"_s)));
     EXPECT_EQ(FileManager::fileModificationDateAtPath(dir.file(u"missing"_s)), std::nullopt);
     EXPECT_EQ(FileManager::fileModificationDateAtPath(QString()), std::nullopt);
-}
-
-TEST(FileManager, ExistenceFollowsLinks)
-{
-    TempDir dir;
-    ASSERT_TRUE(QDir(dir.path()).mkdir(u"folder"_s));
-    ASSERT_TRUE(QFile::link(dir.file(u"folder"_s), dir.file(u"toFolder"_s)));
-    ASSERT_TRUE(QFile::link(dir.file(u"nowhere"_s), dir.file(u"dangling"_s)));
-    bool isDirectory = false;
-    EXPECT_TRUE(FileManager::fileExistsAtPath(dir.file(u"toFolder"_s), &isDirectory));
-    EXPECT_TRUE(isDirectory);
-    EXPECT_FALSE(FileManager::fileExistsAtPath(dir.file(u"dangling"_s), &isDirectory));
-    EXPECT_FALSE(isDirectory);
 }

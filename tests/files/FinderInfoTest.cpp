@@ -55,15 +55,6 @@ TEST(FinderInfo, CodesAndTheirQuotedStrings)
     EXPECT_EQ(fileTypeCodeFromString(fileTypeCodeToString(0xA9ff0001)), 0xA9ff0001u);
 }
 
-TEST_F(FinderInfoFile, WithoutTheAttributeThereAreNoCodes)
-{
-    EXPECT_EQ(HFSTypeOfFile(file), u""_s);
-    EXPECT_EQ(HFSTypeCodeOfFile(file), 0u);
-    EXPECT_EQ(HFSCreatorCodeOfFile(file), 0u);
-    EXPECT_EQ(HFSTypeCodeOfFile(dir.file(u"missing"_s)), 0u);
-    EXPECT_FALSE(setHFSTypeCodeOfFile(dir.file(u"missing"_s), JPEG));
-}
-
 TEST_F(FinderInfoFile, SettingCodesCreatesABigEndianAttribute)
 {
     ASSERT_TRUE(setHFSTypeCodeOfFile(file, JPEG));
@@ -89,8 +80,13 @@ TEST_F(FinderInfoFile, SettingACodeKeepsTheOtherBytes)
     EXPECT_EQ(raw(), expected.replace(0, 8, "JPEG8BIM"));
 }
 
-TEST_F(FinderInfoFile, ShortAttributeReadsAsPaddedWithZeros)
+TEST_F(FinderInfoFile, MissingOrShortAttributeReadsAsPaddedWithZeros)
 {
+    EXPECT_EQ(HFSTypeOfFile(file), u""_s);
+    EXPECT_EQ(HFSTypeCodeOfFile(file), 0u);
+    EXPECT_EQ(HFSTypeCodeOfFile(dir.file(u"missing"_s)), 0u);
+    EXPECT_FALSE(setHFSTypeCodeOfFile(dir.file(u"missing"_s), JPEG));
+
     ASSERT_TRUE(setRaw("TEXT"));
     EXPECT_EQ(HFSTypeOfFile(file), u"'TEXT'"_s);
     EXPECT_EQ(HFSCreatorCodeOfFile(file), 0u);
