@@ -82,7 +82,7 @@ TEST(FileManager, MatchesExtensionIgnoringCase)
     EXPECT_EQ(bare, QStringList({ u".jpg"_s, u"jpg"_s }));
 }
 
-TEST(FileManager, CreatePathAnswersForWhatIsAlreadyThere)
+TEST(FileManager, CreatePathMakesEveryMissingFolderAndAnswersForWhatIsThere)
 {
     TempDir dir;
     ASSERT_TRUE(writeBytes(dir.file(u"file"_s), "x"));
@@ -96,11 +96,8 @@ TEST(FileManager, CreatePathAnswersForWhatIsAlreadyThere)
     chmod(QFile::encodeName(dir.file(u"folder"_s)).constData(), 0700);
     EXPECT_TRUE(FileManager::createPath(dir.file(u"folder"_s), QFileDevice::Permissions(0x7777)));
     EXPECT_EQ(modeOf(dir.file(u"folder"_s)), 0700u) << "an existing folder is left as it is";
-}
 
-TEST(FileManager, CreatePathMakesEveryMissingFolderWithThePermissions)
-{
-    TempDir dir;
+    // Every missing folder is made with the permissions.
     const mode_t previous = umask(022);
     const QString deep = dir.file(u"a/b/c"_s);
     const bool created = FileManager::createPath(deep, QFileDevice::Permissions(0x7777));

@@ -55,7 +55,7 @@ TEST(FinderInfo, CodesAndTheirQuotedStrings)
     EXPECT_EQ(fileTypeCodeFromString(fileTypeCodeToString(0xA9ff0001)), 0xA9ff0001u);
 }
 
-TEST_F(FinderInfoFile, SettingCodesCreatesABigEndianAttribute)
+TEST_F(FinderInfoFile, SettingCodesWritesThemBigEndianKeepingTheOtherBytes)
 {
     ASSERT_TRUE(setHFSTypeCodeOfFile(file, JPEG));
     ASSERT_TRUE(setHFSCreatorCodeOfFile(file, Creator));
@@ -63,14 +63,10 @@ TEST_F(FinderInfoFile, SettingCodesCreatesABigEndianAttribute)
     EXPECT_EQ(HFSTypeOfFile(file), u"'JPEG'"_s);
     EXPECT_EQ(HFSTypeCodeOfFile(file), JPEG);
     EXPECT_EQ(HFSCreatorCodeOfFile(file), Creator);
-
     ASSERT_TRUE(setHFSTypeCodeOfFile(file, 0));
     EXPECT_EQ(HFSTypeOfFile(file), u""_s) << "a zero type is no type";
     EXPECT_EQ(HFSCreatorCodeOfFile(file), Creator);
-}
 
-TEST_F(FinderInfoFile, SettingACodeKeepsTheOtherBytes)
-{
     QByteArray expected(32, '\0');
     for (int i = 0; i < 32; ++i)
         expected[i] = char(0xE0 + i % 16);

@@ -34,12 +34,19 @@ public:
         events << u"failed "_s + path;
         failures << path + u": "_s + reason;
     }
+    bool unreadableFolder(const QString &path, const QString &reason) override
+    {
+        unreadable << path + u": "_s + reason;
+        return strict ? false : Visitor::unreadableFolder(path, reason);
+    }
     void willExamine(const QString &path) override { events << u"examine "_s + path; }
     void willListFolder(const QString &path) override { events << u"list "_s + path; }
 
     QStringList events;
     QStringList files;
     QStringList failures;
+    QStringList unreadable;
+    bool strict = false; // answer NO for an unreadable folder
 };
 
 void touch(const QString &path)
@@ -178,21 +185,14 @@ TEST(FolderWalk, UnreadableFolderIsReportedAndAnswersWhatTheVisitorSays)
         ~Restore() { ::chmod(path.constData(), 0700); }
     } restore { QFile::encodeName(locked) };
 
-    struct Strict : Recorder
-    {
-        bool unreadableFolder(const QString &path, const QString &reason) override
-        {
-            failures << path + u": "_s + reason;
-            return false;
-        }
-    };
     auto check = [&] {
-        Recorder plain;
-        Strict strict;
-        const bool plainAnswer = FolderWalk::processPath(locked, plain);
-        const bool strictAnswer = FolderWalk::processPath(dir.path(), strict);
-        return plainAnswer && plain.files.isEmpty() && plain.failures.isEmpty() && !strictAnswer
-            && strict.failures == QStringList { locked + u": cannot read folder: permission denied"_s };
+        Recorder plain, strict;
+        strict.strict = true;
+        const QStringList expected { locked + u": cannot read folder: permission denied"_s };
+        // The default answer is YES, as for an empty folder, and the walk reports no failure of its own.
+        return FolderWalk::processPath(locked, plain) && plain.files.isEmpty() && plain.failures.isEmpty()
+            && plain.unreadable == expected && !FolderWalk::processPath(dir.path(), strict)
+            && strict.unreadable == expected;
     };
     if (::geteuid() != 0) {
         EXPECT_TRUE(check());
