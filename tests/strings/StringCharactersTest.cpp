@@ -33,7 +33,7 @@ TEST(StringTransformations, AsciiComposesFirstAndKeepsTheLength)
     // "e" + combining acute composes to one unit before the mapping.
     EXPECT_EQ(asciiString(QString("Cafe\u0301")), "Cafe");
     EXPECT_EQ(asciiString("Straße 中"), "Stra e  ");
-    EXPECT_EQ(lowercaseAsciiString("ÉCOLE"), "ecole");
+    EXPECT_EQ(lowercaseAsciiString("ÉCOLE中"), "ecole ");
     EXPECT_EQ(uppercaseAsciiString("Größe"), "GRO E");
     EXPECT_EQ(asciiString(""), "");
 }
