@@ -256,6 +256,7 @@ TEST_F(Localization, WalkTranslatesEveryMappedClass)
     EXPECT_EQ(ui.thumbnail->text(), "Miniatur");
     EXPECT_EQ(ui.apply->text(), "Anwenden");
     EXPECT_EQ(ui.format->itemText(0), "Niedrig");
+    EXPECT_EQ(ui.format->itemText(1), "Hoch");
     EXPECT_EQ(ui.format->itemData(1).toInt(), 3);
     EXPECT_EQ(ui.extension->text(), "_miniatur");
     EXPECT_EQ(ui.extension->placeholderText(), "Endung oder Name");
@@ -264,6 +265,7 @@ TEST_F(Localization, WalkTranslatesEveryMappedClass)
     EXPECT_EQ(ui.model.headerData(0, Qt::Horizontal).toString(), "Spalte");
     EXPECT_EQ(ui.model.headerData(1, Qt::Horizontal).toString(), "Unlisted");
     EXPECT_EQ(ui.tabs->tabText(0), "Allgemein");
+    EXPECT_EQ(ui.tabs->tabText(1), "Größen");
     EXPECT_EQ(qobject_cast<QLabel *>(ui.tabs->widget(0))->text(), "Notizen");
     EXPECT_EQ(ui.segments->tabText(0), "Links");
     EXPECT_EQ(ui.segments->tabToolTip(1), "Segment-Tipp");
@@ -274,10 +276,25 @@ TEST_F(Localization, WalkTranslatesEveryMappedClass)
     EXPECT_EQ(ui.window.centralWidget()->actions().value(0)->text(), "Zeichen");
     // A menu's title comes from the main bundle's table of that name, which has none.
     EXPECT_EQ(ui.fileMenu->title(), "File");
+}
 
+TEST_F(Localization, ActionAndButtonGroupAlone)
+{
+    ASSERT_TRUE(compileTable(m_dir.path(), "Panel", "de", germanRows));
+    const Bundle bundle("org.example.test", m_dir.path());
     QAction action("Apply");
-    localizeUsingTable(&action, "Panel", Bundle("org.example.test", m_dir.path()));
+    localizeUsingTable(&action, "Panel", bundle);
     EXPECT_EQ(action.text(), "Anwenden");
+
+    QButtonGroup group;
+    QRadioButton icon("Icon");
+    icon.setToolTip("Shows more");
+    group.addButton(&icon);
+    localizeUsingTable(&group, "Panel", bundle);
+    EXPECT_EQ(icon.text(), "Symbol");
+    EXPECT_EQ(icon.toolTip(), "Zeigt mehr");
+    replaceString(&group, "Sym", "Zym");
+    EXPECT_EQ(icon.text(), "Zymbol");
 }
 
 TEST_F(Localization, MenuTitlesComeFromTheMainBundle)
@@ -292,11 +309,11 @@ TEST_F(Localization, MenuTitlesComeFromTheMainBundle)
     EXPECT_EQ(ui.recentMenu->title(), "Recent"); // not in the shipped table
 }
 
-TEST_F(Localization, SystemTextsAreKept)
+TEST_F(Localization, MenuAloneTakesItsTitleFromTheMainBundleAndKeepsSystemTexts)
 {
     ASSERT_TRUE(compileTable(m_dir.path(), "Localizable", "de", germanRows));
     const Bundle bundle("org.example.test", m_dir.path());
-    QMenu menu("Tools");
+    QMenu menu("&File");
     QAction *characters = menu.addAction("Characters");
     characters->setProperty(SystemTextProperty, true);
     QMenu *services = menu.addMenu("Services");
@@ -304,6 +321,7 @@ TEST_F(Localization, SystemTextsAreKept)
     QAction *copy = services->addAction("Copy");
 
     localizeUsingTable(&menu, QString(), bundle);
+    EXPECT_EQ(menu.title(), "&Datei"); // a menu's own title comes from the main bundle
     EXPECT_EQ(characters->text(), "Characters");
     EXPECT_EQ(services->menuAction()->text(), "Services"); // the main bundle has no "Services"
     EXPECT_EQ(copy->text(), "Copy");
