@@ -1,5 +1,5 @@
-// Cards as the major exporters write them, read from real files: a Mac's Contacts, an Android phone,
-// a web mail export, Outlook's vCard 2.1, a vCard 4.0 company card.
+// Cards as the major exporters write them, read from real files: a Mac's Contacts, Outlook's vCard 2.1,
+// a vCard 4.0 company card.
 #include "extras/VCardReader.h"
 
 #include "testlib/TestSupport.h"
@@ -26,19 +26,13 @@ std::optional<Person> readFile(const QByteArray &card)
 
 QByteArray crlf(QByteArray text) { return text.replace("\n", "\r\n"); }
 
-MultiValue multi(const Person &p, QStringView property)
-{
-    const QVariant v = p.valueForProperty(property);
-    const MultiValue *m = MultiValue::fromVariant(v);
-    return m ? *m : MultiValue();
-}
-
 QStringList labels(const Person &p, QStringView property)
 {
-    const MultiValue m = multi(p, property);
+    const QVariant value = p.valueForProperty(property);
+    const MultiValue *m = MultiValue::fromVariant(value);
     QStringList out;
-    for (qsizetype i = 0; i < m.count(); ++i)
-        out.append(m.labelAtIndex(i));
+    for (qsizetype i = 0; m && i < m->count(); ++i)
+        out.append(m->labelAtIndex(i));
     return out;
 }
 
@@ -97,56 +91,6 @@ TEST(ExportedCards, MacContacts)
     EXPECT_EQ(m.value(kMDItemURL.toString()).toString(), "https://mara.example");
 }
 
-TEST(ExportedCards, AndroidPhoneQuotedPrintable)
-{
-    const std::optional<Person> p
-        = readFile(crlf("BEGIN:VCARD\n"
-                        "VERSION:2.1\n"
-                        "N;CHARSET=UTF-8;ENCODING=QUOTED-PRINTABLE:M=C3=BCller;J=C3=BCrgen;;;\n"
-                        "FN;CHARSET=UTF-8;ENCODING=QUOTED-PRINTABLE:J=C3=BCrgen M=C3=BCller\n"
-                        "TEL;HOME:+49 30 123456\n"
-                        "TEL;CELL;PREF:+49 170 1234567\n"
-                        "TEL;WORK;FAX:+49 30 654321\n"
-                        "EMAIL;HOME:juergen@example.de\n"
-                        "NOTE;CHARSET=UTF-8;ENCODING=QUOTED-PRINTABLE:Erste Zeile=0A=\n"
-                        "Zweite mit =C3=9Cmlaut, umbr=\n"
-                        "ochen\n"
-                        "PHOTO;ENCODING=BASE64;JPEG:"
-            + Jpeg.toBase64().left(16) + "\n " + Jpeg.toBase64().mid(16) + "\n\nEND:VCARD\n"));
-    ASSERT_TRUE(p);
-    EXPECT_EQ(p->proposedName(), u"Jürgen Müller"_s);
-    EXPECT_EQ(
-        p->valueForProperty(PersonProperty::Note).toString(), u"Erste Zeile\nZweite mit Ümlaut, umbrochen"_s);
-    const MultiValue phones = multi(*p, PersonProperty::Phone);
-    EXPECT_EQ(phones.valueAtIndex(phones.indexForIdentifier(phones.primaryIdentifier())), "+49 170 1234567");
-    EXPECT_EQ(labels(*p, PersonProperty::Phone), (QStringList { "home", "mobile", "work fax" }));
-    EXPECT_EQ(p->valueForProperty(PersonProperty::Photo).toByteArray(), Jpeg);
-}
-
-TEST(ExportedCards, WebMail)
-{
-    const std::optional<Person> p
-        = readFile(crlf("BEGIN:VCARD\n"
-                        "VERSION:3.0\n"
-                        "FN:Ana Lima\n"
-                        "N:Lima;Ana;;;\n"
-                        "EMAIL;TYPE=INTERNET;TYPE=HOME:ana@mail.example\n"
-                        "EMAIL;TYPE=INTERNET:ana.work@corp.example\n"
-                        "TEL;TYPE=CELL:+55 11 91234-5678\n"
-                        "ADR;TYPE=HOME:;;Rua das Flores\\, 12;São Paulo;SP;01000-000;Brasil\n"
-                        "ORG:Corp\n"
-                        "item1.URL:http\\://ana.example\n"
-                        "item1.X-ABLabel:_$!<HomePage>!$_\n"
-                        "CATEGORIES:myContacts\n"
-                        "END:VCARD\n"));
-    ASSERT_TRUE(p);
-    EXPECT_EQ(p->proposedName(), "Ana Lima");
-    EXPECT_EQ(p->primaryEmail(), "ana@mail.example");
-    EXPECT_EQ(p->homePage(), "http://ana.example");
-    EXPECT_EQ(p->stringForProperty(PersonProperty::Address, p->valueForProperty(PersonProperty::Address)),
-        u"home: Rua das Flores, 12\nSão Paulo, SP 01000-000\nBrasil"_s);
-}
-
 TEST(ExportedCards, Outlook21WindowsCodePage)
 {
     const std::optional<Person> p = readFile(
@@ -190,25 +134,18 @@ TEST(ExportedCards, Version4Company)
     EXPECT_TRUE(p->showAsCompany());
     EXPECT_EQ(p->proposedName(), "Widgets Ltd");
     EXPECT_FALSE(p->valueForProperty(PersonProperty::First).isValid());
-    EXPECT_EQ(p->primaryEmail(), "sales@widgets.example");
     EXPECT_EQ(p->phoneNumbers(), QStringList { "+44-20-7946-0000" });
     EXPECT_EQ(labels(*p, PersonProperty::Phone), QStringList { "work" });
     EXPECT_EQ(p->valueForProperty(PersonProperty::Photo).toByteArray(), Jpeg);
     EXPECT_EQ(p->homePage(), "https://widgets.example");
 }
 
-TEST(ExportedCards, FullNameOnlyNamesThePerson)
-{
-    const std::optional<Person> p = readFile("BEGIN:VCARD\nVERSION:3.0\nFN:Kim\nTEL:123\nEND:VCARD\n");
-    ASSERT_TRUE(p);
-    EXPECT_EQ(p->proposedName(), "Kim");
-}
-
-TEST(ExportedCards, ReferencedPhotoIsKeptAsItsAddress)
+TEST(ExportedCards, FullNameAloneNamesThePersonAndAReferencedPhotoIsKeptAsItsAddress)
 {
     const std::optional<Person> p = readFile(
-        "BEGIN:VCARD\nVERSION:3.0\nN:A;B\nPHOTO;VALUE=uri:https://pics.example/b.jpg\nEND:VCARD\n");
+        "BEGIN:VCARD\nVERSION:3.0\nFN:Kim\nTEL:123\nPHOTO;VALUE=uri:https://pics.example/b.jpg\nEND:VCARD\n");
     ASSERT_TRUE(p);
+    EXPECT_EQ(p->proposedName(), "Kim");
     EXPECT_EQ(p->valueForProperty(PersonProperty::Photo).toUrl(), QUrl(u"https://pics.example/b.jpg"_s));
 }
 

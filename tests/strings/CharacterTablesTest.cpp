@@ -9,90 +9,81 @@ using namespace orvel;
 
 namespace {
 
-struct TableCase
+TEST(ConversionTables, EntriesOfTheTrickyUnitsMatchTheirRules)
 {
-    char16_t unit;
-    char16_t lower, upper, umlauts, lowerUmlauts, upperUmlauts;
-};
-
-class ConversionTables : public ::testing::TestWithParam<TableCase>
-{
-};
-
-TEST_P(ConversionTables, EntryMatchesItsRule)
-{
-    const TableCase c = GetParam();
-    EXPECT_EQ(int(lowerCharsTable()[c.unit]), int(c.lower));
-    EXPECT_EQ(int(upperCharsTable()[c.unit]), int(c.upper));
-    EXPECT_EQ(int(umlautsCharsTable()[c.unit]), int(c.umlauts));
-    EXPECT_EQ(int(lowerUmlautsCharsTable()[c.unit]), int(c.lowerUmlauts));
-    EXPECT_EQ(int(upperUmlautsCharsTable()[c.unit]), int(c.upperUmlauts));
+    const struct
+    {
+        char16_t unit, lower, upper, umlauts, lowerUmlauts, upperUmlauts;
+    } cases[] = {
+        { u'a', u'a', u'A', u'a', u'a', u'A' },
+        { u'A', u'a', u'A', u'A', u'a', u'A' },
+        { u'7', u'7', u'7', u'7', u'7', u'7' },
+        { 0x00E4, 0x00E4, 0x00C4, u'a', u'a', u'A' }, // ä
+        { 0x00C9, 0x00E9, 0x00C9, u'E', u'e', u'E' }, // É
+        { 0x00D8, 0x00F8, 0x00D8, 0x00D8, 0x00F8, 0x00D8 }, // Ø has no decomposition
+        { 0x00DF, 0x00DF, 0x00DF, 0x00DF, 0x00DF, 0x00DF }, // ß upper-cases to "SS": kept
+        { 0x0130, 0x0130, 0x0130, u'I', u'i', u'I' }, // İ lower-cases to two units: kept
+        { 0xFB01, 0xFB01, 0xFB01, 0xFB01, 0xFB01, 0xFB01 }, // ﬁ upper-cases to "FI": kept
+        { 0x01C5, 0x01C5, 0x01C5, 0x01C5, 0x01C5, 0x01C5 }, // ǅ title case: in neither case class
+        { 0x01C4, 0x01C6, 0x01C4, 0x01C4, 0x01C6, 0x01C4 }, // Ǆ
+        { 0x0149, 0x0149, 0x0149, 0x0149, 0x0149, 0x0149 }, // ŉ upper-cases to two units
+        { 0x03C2, 0x03C2, 0x03A3, 0x03C2, 0x03C2, 0x03A3 }, // final sigma
+        { 0x0301, 0x0301, 0x0301, 0x0301, 0x0301, 0x0301 }, // a lone combining mark keeps its entry
+        { 0xD800, 0xD800, 0xD800, 0xD800, 0xD800, 0xD800 }, // surrogate halves are single units
+        { 0xDFFF, 0xDFFF, 0xDFFF, 0xDFFF, 0xDFFF, 0xDFFF },
+        { 0xFF21, 0xFF41, 0xFF21, 0xFF21, 0xFF41, 0xFF21 }, // full-width A
+        { 0xFFFF, 0xFFFF, 0xFFFF, 0xFFFF, 0xFFFF, 0xFFFF },
+    };
+    for (const auto &c : cases) {
+        EXPECT_EQ(int(lowerCharsTable()[c.unit]), int(c.lower)) << int(c.unit);
+        EXPECT_EQ(int(upperCharsTable()[c.unit]), int(c.upper)) << int(c.unit);
+        EXPECT_EQ(int(umlautsCharsTable()[c.unit]), int(c.umlauts)) << int(c.unit);
+        EXPECT_EQ(int(lowerUmlautsCharsTable()[c.unit]), int(c.lowerUmlauts)) << int(c.unit);
+        EXPECT_EQ(int(upperUmlautsCharsTable()[c.unit]), int(c.upperUmlauts)) << int(c.unit);
+    }
 }
 
-INSTANTIATE_TEST_SUITE_P(TrickyUnits, ConversionTables,
-    ::testing::Values(TableCase { u'a', u'a', u'A', u'a', u'a', u'A' },
-        TableCase { u'A', u'a', u'A', u'A', u'a', u'A' }, TableCase { u'7', u'7', u'7', u'7', u'7', u'7' },
-        TableCase { 0x00E4, 0x00E4, 0x00C4, u'a', u'a', u'A' }, // ä
-        TableCase { 0x00C9, 0x00E9, 0x00C9, u'E', u'e', u'E' }, // É
-        TableCase { 0x00D8, 0x00F8, 0x00D8, 0x00D8, 0x00F8, 0x00D8 }, // Ø has no decomposition
-        TableCase { 0x00DF, 0x00DF, 0x00DF, 0x00DF, 0x00DF, 0x00DF }, // ß upper-cases to "SS": kept
-        TableCase { 0x0130, 0x0130, 0x0130, u'I', u'i', u'I' }, // İ lower-cases to two units: kept
-        TableCase { 0xFB01, 0xFB01, 0xFB01, 0xFB01, 0xFB01, 0xFB01 }, // ﬁ upper-cases to "FI": kept
-        TableCase { 0x01C5, 0x01C5, 0x01C5, 0x01C5, 0x01C5, 0x01C5 }, // ǅ title case: in neither case class
-        TableCase { 0x01C4, 0x01C6, 0x01C4, 0x01C4, 0x01C6, 0x01C4 }, // Ǆ
-        TableCase { 0x0149, 0x0149, 0x0149, 0x0149, 0x0149, 0x0149 }, // ŉ upper-cases to two units
-        TableCase { 0x03C2, 0x03C2, 0x03A3, 0x03C2, 0x03C2, 0x03A3 }, // final sigma
-        TableCase { 0x0301, 0x0301, 0x0301, 0x0301, 0x0301, 0x0301 }, // a lone combining mark keeps its entry
-        TableCase { 0xD800, 0xD800, 0xD800, 0xD800, 0xD800, 0xD800 }, // surrogate halves are single units
-        TableCase { 0xDFFF, 0xDFFF, 0xDFFF, 0xDFFF, 0xDFFF, 0xDFFF },
-        TableCase { 0xFF21, 0xFF41, 0xFF21, 0xFF21, 0xFF41, 0xFF21 }, // full-width A
-        TableCase { 0xFFFF, 0xFFFF, 0xFFFF, 0xFFFF, 0xFFFF, 0xFFFF }));
-
-struct ReppedUnit
+TEST(CharacterSetReps, MembershipFollowsTheClasses)
 {
-    char16_t unit;
-    bool space, white, alpha, alphaNum, digit, lower, upper;
-};
-
-class CharacterSetReps : public ::testing::TestWithParam<ReppedUnit>
-{
-};
-
-TEST_P(CharacterSetReps, MembershipFollowsTheClasses)
-{
-    const ReppedUnit c = GetParam();
-    EXPECT_EQ(isCharacterPartOfSet(spaceCharacterSetRep(), c.unit), c.space);
-    EXPECT_EQ(isCharacterPartOfSet(whiteCharacterSetRep(), c.unit), c.white);
-    EXPECT_EQ(isCharacterPartOfSet(alphaCharacterSetRep(), c.unit), c.alpha);
-    EXPECT_EQ(isCharacterPartOfSet(alphaNumCharacterSetRep(), c.unit), c.alphaNum);
-    EXPECT_EQ(isCharacterPartOfSet(digitCharacterSetRep(), c.unit), c.digit);
-    EXPECT_EQ(isCharacterPartOfSet(lowerCharacterSetRep(), c.unit), c.lower);
-    EXPECT_EQ(isCharacterPartOfSet(upperCharacterSetRep(), c.unit), c.upper);
-    EXPECT_FALSE(isCharacterPartOfSet(emptyCharacterSetRep(), c.unit));
+    const struct
+    {
+        char16_t unit;
+        bool space, white, alpha, alphaNum, digit, lower, upper;
+    } cases[] = {
+        // clang-format off
+        // unit   space  white  alpha  alnum  digit  lower  upper
+        { u' ',   true,  true,  false, false, false, false, false },
+        { 0x0000, true,  true,  false, false, false, false, false },
+        { 0x0009, true,  true,  false, false, false, false, false },
+        { 0x000A, false, true,  false, false, false, false, false },
+        { 0x0003, false, true,  false, false, false, false, false },
+        { 0xFFFC, false, true,  false, false, false, false, false },
+        { 0xFEFF, false, true,  false, false, false, false, false },
+        { 0x00A0, true,  true,  false, false, false, false, false },
+        { 0x2028, false, true,  false, false, false, false, false },
+        { u'q',   false, false, true,  true,  false, true,  false },
+        { u'Q',   false, false, true,  true,  false, false, true },
+        { 0x01C5, false, false, true,  true,  false, false, false },
+        { 0x0301, false, false, true,  true,  false, false, false }, // marks count as letters
+        { u'5',   false, false, false, true,  true,  false, false },
+        { 0x0663, false, false, false, true,  true,  false, false }, // Arabic-Indic three
+        { 0x00BD, false, false, false, true,  false, false, false }, // ½ is a number, not a digit
+        { u'-',   false, false, false, false, false, false, false },
+        { 0xD834, false, false, false, false, false, false, false },
+        // clang-format on
+    };
+    for (const auto &c : cases) {
+        const int u = int(c.unit);
+        EXPECT_EQ(isCharacterPartOfSet(spaceCharacterSetRep(), c.unit), c.space) << u;
+        EXPECT_EQ(isCharacterPartOfSet(whiteCharacterSetRep(), c.unit), c.white) << u;
+        EXPECT_EQ(isCharacterPartOfSet(alphaCharacterSetRep(), c.unit), c.alpha) << u;
+        EXPECT_EQ(isCharacterPartOfSet(alphaNumCharacterSetRep(), c.unit), c.alphaNum) << u;
+        EXPECT_EQ(isCharacterPartOfSet(digitCharacterSetRep(), c.unit), c.digit) << u;
+        EXPECT_EQ(isCharacterPartOfSet(lowerCharacterSetRep(), c.unit), c.lower) << u;
+        EXPECT_EQ(isCharacterPartOfSet(upperCharacterSetRep(), c.unit), c.upper) << u;
+        EXPECT_FALSE(isCharacterPartOfSet(emptyCharacterSetRep(), c.unit)) << u;
+    }
 }
-
-// clang-format off
-INSTANTIATE_TEST_SUITE_P(Units, CharacterSetReps, ::testing::Values(
-    //            unit   space  white  alpha  alnum  digit  lower  upper
-    ReppedUnit { u' ',   true,  true,  false, false, false, false, false },
-    ReppedUnit { 0x0000, true,  true,  false, false, false, false, false },
-    ReppedUnit { 0x0009, true,  true,  false, false, false, false, false },
-    ReppedUnit { 0x000A, false, true,  false, false, false, false, false },
-    ReppedUnit { 0x0003, false, true,  false, false, false, false, false },
-    ReppedUnit { 0xFFFC, false, true,  false, false, false, false, false },
-    ReppedUnit { 0xFEFF, false, true,  false, false, false, false, false },
-    ReppedUnit { 0x00A0, true,  true,  false, false, false, false, false },
-    ReppedUnit { 0x2028, false, true,  false, false, false, false, false },
-    ReppedUnit { u'q',   false, false, true,  true,  false, true,  false },
-    ReppedUnit { u'Q',   false, false, true,  true,  false, false, true },
-    ReppedUnit { 0x01C5, false, false, true,  true,  false, false, false },
-    ReppedUnit { 0x0301, false, false, true,  true,  false, false, false }, // marks count as letters
-    ReppedUnit { u'5',   false, false, false, true,  true,  false, false },
-    ReppedUnit { 0x0663, false, false, false, true,  true,  false, false }, // Arabic-Indic three
-    ReppedUnit { 0x00BD, false, false, false, true,  false, false, false }, // ½ is a number, not a digit
-    ReppedUnit { u'-',   false, false, false, false, false, false, false },
-    ReppedUnit { 0xD834, false, false, false, false, false, false, false }));
-// clang-format on
 
 TEST(CharacterSetReps, BitLayoutIsByteCShiftThreeBitCAndSeven)
 {
@@ -125,28 +116,6 @@ TEST(CharacterSetReps, FirstAndLastAlphaCharacter)
     for (char32_t c = char32_t(last) + 1; c <= 0xFFFF; ++c)
         ASSERT_FALSE(isCharacterPartOfSet(alphaCharacterSetRep(), char16_t(c))) << int(c);
 }
-
-struct AsciiCase
-{
-    char16_t unit, ascii, lowerAscii, upperAscii;
-};
-
-class AsciiMappings : public ::testing::TestWithParam<AsciiCase>
-{
-};
-
-TEST_P(AsciiMappings, FoldThenAsciiOrSpace)
-{
-    const AsciiCase c = GetParam();
-    EXPECT_EQ(int(toAscii(c.unit)), int(c.ascii));
-    EXPECT_EQ(int(toLowerAscii(c.unit)), int(c.lowerAscii));
-    EXPECT_EQ(int(toUpperAscii(c.unit)), int(c.upperAscii));
-}
-
-INSTANTIATE_TEST_SUITE_P(Units, AsciiMappings,
-    ::testing::Values(AsciiCase { 0x00E4, u'a', u'a', u'A' }, AsciiCase { 0x00DF, u' ', u' ', u' ' },
-        AsciiCase { 0x00C7, u'C', u'c', u'C' }, AsciiCase { u'x', u'x', u'x', u'X' },
-        AsciiCase { 0x4E2D, u' ', u' ', u' ' }));
 
 TEST(EncodingConverters, RoundTripUtf8AndRefuseWhatDoesNotFit)
 {

@@ -97,35 +97,32 @@ TEST(FastContains, LongSearchesFindTheSameLeftmostOccurrenceAsAScan)
     }
 }
 
-struct RepCase
+TEST(RepComparison, SkipsNonMembersOnBothSides)
 {
-    const char16_t *a, *b;
-    bool equal, equalNoCase, prefix, prefixNoCase;
-};
-
-class RepComparison : public ::testing::TestWithParam<RepCase>
-{
-};
-
-TEST_P(RepComparison, SkipsNonMembersOnBothSides)
-{
-    const RepCase c = GetParam();
+    const struct
+    {
+        const char16_t *a, *b;
+        bool equal, equalNoCase, prefix, prefixNoCase;
+    } cases[] = {
+        { u"a-b", u"ab", true, true, true, true },
+        { u"a-b-c", u"abc", true, true, true, true },
+        { u"abc", u"a-b", false, false, true, true },
+        { u"a-b", u"abc", false, false, false, false },
+        { u"A.B", u"ab", false, true, false, true },
+        { u"", u"", true, true, true, true },
+        { u"--", u"", true, true, true, true },
+        { u"ab", u"ax", false, false, false, false },
+    };
     const CharacterSetRep rep = alphaNumCharacterSetRep();
-    const QStringView a(c.a), b(c.b);
-    EXPECT_EQ(equalStringsUsingCharacterSetRep(a, b, rep), c.equal);
-    EXPECT_EQ(equalStringsNoCaseUsingCharacterSetRep(a, b, rep), c.equalNoCase);
-    EXPECT_EQ(hasPrefixUsingCharacterSetRep(a, b, rep), c.prefix);
-    EXPECT_EQ(hasPrefixNoCaseUsingCharacterSetRep(a, b, rep), c.prefixNoCase);
+    for (const auto &c : cases) {
+        const QStringView a(c.a), b(c.b);
+        const std::string name = a.toString().toStdString() + " / " + b.toString().toStdString();
+        EXPECT_EQ(equalStringsUsingCharacterSetRep(a, b, rep), c.equal) << name;
+        EXPECT_EQ(equalStringsNoCaseUsingCharacterSetRep(a, b, rep), c.equalNoCase) << name;
+        EXPECT_EQ(hasPrefixUsingCharacterSetRep(a, b, rep), c.prefix) << name;
+        EXPECT_EQ(hasPrefixNoCaseUsingCharacterSetRep(a, b, rep), c.prefixNoCase) << name;
+    }
 }
-
-INSTANTIATE_TEST_SUITE_P(AlphaNum, RepComparison,
-    ::testing::Values(RepCase { u"a-b", u"ab", true, true, true, true },
-        RepCase { u"a-b-c", u"abc", true, true, true, true },
-        RepCase { u"abc", u"a-b", false, false, true, true },
-        RepCase { u"a-b", u"abc", false, false, false, false },
-        RepCase { u"A.B", u"ab", false, true, false, true }, RepCase { u"", u"", true, true, true, true },
-        RepCase { u"--", u"", true, true, true, true },
-        RepCase { u"ab", u"ax", false, false, false, false }));
 
 TEST(EqualStrings, ConversionTableAndLengths)
 {
@@ -159,35 +156,29 @@ TEST(EqualStrings, NoCaseFamily)
     EXPECT_FALSE(hasSuffixNoCase(u"photo.JPG", ".png"));
 }
 
-struct FindCase
+TEST(FindCharacter, KeepsTheUpperCaseQuirk)
 {
-    const char16_t *text;
-    char16_t ch;
-    qsizetype start;
-    bool caseInsensitive;
-    qsizetype expected;
-};
-
-class FindCharacter : public ::testing::TestWithParam<FindCase>
-{
-};
-
-TEST_P(FindCharacter, KeepsTheUpperCaseQuirk)
-{
-    const FindCase c = GetParam();
-    EXPECT_EQ(findCharacter(QStringView(c.text), c.ch, c.start, c.caseInsensitive), c.expected);
-    EXPECT_EQ(
-        containsCharacter(QStringView(c.text), c.ch, c.start, c.caseInsensitive), c.expected != NotFound);
+    const struct
+    {
+        const char16_t *text;
+        char16_t ch;
+        qsizetype start;
+        bool caseInsensitive;
+        qsizetype expected;
+    } cases[] = {
+        { u"bat", u'a', 0, false, NotFound }, // case-sensitive 'a' looks for 'A'
+        { u"bAt", u'a', 0, false, 1 }, { u"bat", u'a', 0, true, 1 }, { u"bAt", u'a', 0, true, 1 },
+        { u"bAt", u'A', 0, false, 1 }, { u"bat", u'A', 0, false, NotFound },
+        { u"a.b.c", u'.', 2, false, 3 }, // no case: exact
+        { u"a.b.c", u'.', 5, false, NotFound }, { u"a.b.c", u'.', 99, false, NotFound },
+        { u"", u'.', 0, false, NotFound }, { u"straße", 0x00DF, 0, false, 4 }, // ß has no one-unit upper case
+    };
+    for (const auto &c : cases) {
+        const QStringView text(c.text);
+        const std::string name = text.toString().toStdString();
+        EXPECT_EQ(findCharacter(text, c.ch, c.start, c.caseInsensitive), c.expected) << name << int(c.ch);
+        EXPECT_EQ(containsCharacter(text, c.ch, c.start, c.caseInsensitive), c.expected != NotFound) << name;
+    }
 }
-
-INSTANTIATE_TEST_SUITE_P(Cases, FindCharacter,
-    ::testing::Values(FindCase { u"bat", u'a', 0, false, NotFound }, // case-sensitive 'a' looks for 'A'
-        FindCase { u"bAt", u'a', 0, false, 1 }, FindCase { u"bat", u'a', 0, true, 1 },
-        FindCase { u"bAt", u'a', 0, true, 1 }, FindCase { u"bAt", u'A', 0, false, 1 },
-        FindCase { u"bat", u'A', 0, false, NotFound },
-        FindCase { u"a.b.c", u'.', 2, false, 3 }, // no case: exact
-        FindCase { u"a.b.c", u'.', 5, false, NotFound }, FindCase { u"a.b.c", u'.', 99, false, NotFound },
-        FindCase { u"", u'.', 0, false, NotFound },
-        FindCase { u"straße", 0x00DF, 0, false, 4 })); // ß has no one-unit upper case
 
 } // namespace

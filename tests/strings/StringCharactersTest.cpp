@@ -33,7 +33,7 @@ TEST(StringTransformations, AsciiComposesFirstAndKeepsTheLength)
     // "e" + combining acute composes to one unit before the mapping.
     EXPECT_EQ(asciiString(QString("Cafe\u0301")), "Cafe");
     EXPECT_EQ(asciiString("Straße 中"), "Stra e  ");
-    EXPECT_EQ(lowercaseAsciiString("ÉCOLE"), "ecole");
+    EXPECT_EQ(lowercaseAsciiString("ÉCOLE中"), "ecole ");
     EXPECT_EQ(uppercaseAsciiString("Größe"), "GRO E");
     EXPECT_EQ(asciiString(""), "");
 }
@@ -71,20 +71,13 @@ TEST(StringPredicates, ClassesAndCounts)
     EXPECT_TRUE(containsWhiteCharacter(u"a\u2029"));
 }
 
-class MashedWord : public ::testing::TestWithParam<std::pair<const char16_t *, bool>>
+TEST(MashedWord, CapitalisedPartsRunTogether)
 {
-};
-
-TEST_P(MashedWord, CapitalisedPartsRunTogether)
-{
-    EXPECT_EQ(isMashedWord(GetParam().first), GetParam().second) << QString::fromUtf16(GetParam().first);
+    for (const char16_t *yes : { u"McDonald", u"AbCd", u"McDo" })
+        EXPECT_TRUE(isMashedWord(yes)) << QString::fromUtf16(yes);
+    for (const char16_t *no : { u"Mac", u"McD", u"AbC", u"ABc", u"Abcd", u"ABcd", u"" })
+        EXPECT_FALSE(isMashedWord(no)) << QString::fromUtf16(no);
 }
-
-INSTANTIATE_TEST_SUITE_P(Words, MashedWord,
-    ::testing::Values(std::pair { u"McDonald", true }, std::pair { u"AbCd", true },
-        std::pair { u"McDo", true }, std::pair { u"Mac", false }, std::pair { u"McD", false },
-        std::pair { u"AbC", false }, std::pair { u"ABc", false }, std::pair { u"Abcd", false },
-        std::pair { u"ABcd", false }, std::pair { u"", false }));
 
 TEST(ContainsCharacters, EveryRequestedCharacterMustOccur)
 {

@@ -19,30 +19,25 @@ TEST(ConfigLines, CommentsBlankAndOneLetterLinesDropped)
     EXPECT_TRUE(configLines(u"\n\n#\n").isEmpty());
 }
 
-struct ValueCase
+TEST(ConfigValue, KeyThenWhiteThenValue)
 {
-    const char16_t *line, *key;
-    QString value; // null: no value
-};
-
-class ConfigValue : public ::testing::TestWithParam<ValueCase>
-{
-};
-
-TEST_P(ConfigValue, KeyThenWhiteThenValue)
-{
-    const ValueCase c = GetParam();
-    const QString v = configValueForKey(c.line, c.key);
-    EXPECT_EQ(v.isNull(), c.value.isNull());
-    EXPECT_EQ(v, c.value);
+    const std::tuple<const char16_t *, const char16_t *, QString> cases[] = {
+        // null: no value
+        { u"Width 120", u"width", "120" },
+        { u"WIDTH \t 120 px  ", u"width", "120 px" },
+        { u"Width=120", u"width", QString() },
+        { u"Widths 120", u"width", QString() },
+        { u"Width   ", u"width", QString() },
+        { u"Width", u"width", QString() },
+        { u"Width 120", u"", QString() },
+        { u"Height 120", u"width", QString() },
+    };
+    for (const auto &[line, key, value] : cases) {
+        const QString v = configValueForKey(line, key);
+        EXPECT_EQ(v, value) << QString::fromUtf16(line);
+        EXPECT_EQ(v.isNull(), value.isNull()) << QString::fromUtf16(line);
+    }
 }
-
-INSTANTIATE_TEST_SUITE_P(Lines, ConfigValue,
-    ::testing::Values(ValueCase { u"Width 120", u"width", "120" },
-        ValueCase { u"WIDTH \t 120 px  ", u"width", "120 px" },
-        ValueCase { u"Width=120", u"width", QString() }, ValueCase { u"Widths 120", u"width", QString() },
-        ValueCase { u"Width   ", u"width", QString() }, ValueCase { u"Width", u"width", QString() },
-        ValueCase { u"Width 120", u"", QString() }, ValueCase { u"Height 120", u"width", QString() }));
 
 TEST(Rotation, WithinEachCaseWrapping)
 {

@@ -32,32 +32,21 @@ TEST_P(WildcardMatch, AllFourEntryPoints)
     EXPECT_EQ(isCaseInsensitiveLikeUnixWildcard(t, p), c.unixNoCase);
 }
 
+// Worked examples and what the random comparison below cannot reach: case, umlauts, the entry
+// points' handling of empty strings.
 // clang-format off
 INSTANTIATE_TEST_SUITE_P(Cases, WildcardMatch, ::testing::Values(
     //          text           pattern          plain  plainCI unix   unixCI
     MatchCase { u"report.txt", u"*.txt",        true,  true,  true,  true },
-    MatchCase { u"report.txt", u"*",            true,  true,  true,  true },
-    MatchCase { u"report.txt", u"r?port.*",     true,  true,  true,  true },
-    MatchCase { u"report.txt", u"report.txt*",  true,  true,  true,  true },
-    MatchCase { u"report.txt", u"*report.txt",  true,  true,  true,  true },
     MatchCase { u"report.txt", u"*.TXT",        false, true,  false, true },
-    MatchCase { u"report.txt", u"*.tx",         false, false, false, false },
-    MatchCase { u"report.txt", u"report.txt?",  false, false, false, false },
     MatchCase { u"",           u"*",            false, false, false, false },
     MatchCase { u"a",          u"",             false, false, false, false },
     MatchCase { u"a[1]",       u"a[1]",         true,  true,  false, false },
-    MatchCase { u"a1",         u"a[0-9]",       false, false, true,  true },
-    MatchCase { u"ab",         u"a[^0-9]",      false, false, true,  true },
-    MatchCase { u"a5",         u"a[^0-9]",      false, false, false, false },
-    MatchCase { u"e",          u"[a|e|i]",      false, false, true,  true },
-    MatchCase { u"|",          u"[a|e|i]",      false, false, false, false },
     MatchCase { u"A",          u"[a-c]",        false, false, false, true },
+    MatchCase { u"|",          u"[a|e|i]",      false, false, false, false }, // "|" only separates members
     MatchCase { u"x",          u"[",            false, false, false, false },
     MatchCase { u"b",          u"[abc",         false, false, true,  true },  // unclosed class ends with the pattern
     MatchCase { u"ÄRGER",      u"är*",          false, true,  false, true },
-    MatchCase { u"aaa",        u"a*a*a",        true,  true,  true,  true },
-    MatchCase { u"aa",         u"a*a*a",        false, false, false, false },
-    MatchCase { u"abcabd",     u"*ab?",         true,  true,  true,  true },
     MatchCase { u"mississippi", u"m*iss*ppi",   true,  true,  true,  true },
     MatchCase { u"file10.jpg", u"file[0-9][0-9].*", false, false, true, true }));
 // clang-format on
@@ -152,23 +141,16 @@ TEST(WildcardMatch, HostilePatternsAnswerWithoutExhaustingStackOrTime)
     EXPECT_TRUE(isCaseInsensitiveLikeUnixWildcard(text, pattern + u"[B]"_s));
 }
 
-class WildcardTypes : public ::testing::TestWithParam<std::pair<const char16_t *, int>>
+TEST(WildcardTypes, ClassifiesAfterCompaction)
 {
-};
-
-TEST_P(WildcardTypes, ClassifiesAfterCompaction)
-{
-    EXPECT_EQ(wildcardType(GetParam().first), GetParam().second) << QString::fromUtf16(GetParam().first);
+    const std::pair<const char16_t *, int> cases[] = { { u"abc", 0 }, { u"a?c", 1 }, { u"abc*", 2 },
+        { u"*abc", 3 }, { u"*abc*", 4 }, { u"a*c", 5 }, { u"a**c", 5 }, { u"*a?", 5 }, { u"*a*b*", 5 },
+        { u"[ab]*c*", 6 }, { u"[ab]*c", 6 }, { u"[ab]c*", 7 }, { u"*[ab]c", 8 }, { u"[ab]c", 9 },
+        { u"[ab]", 9 }, { u"a]", 10 }, { u"*", 10 }, { u"[a", 10 }, { u"[a[b]]", 10 }, { u"*[]*", 10 },
+        { u"[^]", 10 }, { u"???", 10 }, { u"", 0 } };
+    for (const auto &[pattern, type] : cases)
+        EXPECT_EQ(wildcardType(pattern), type) << QString::fromUtf16(pattern);
 }
-
-INSTANTIATE_TEST_SUITE_P(Patterns, WildcardTypes,
-    ::testing::Values(std::pair { u"abc", 0 }, std::pair { u"a?c", 1 }, std::pair { u"abc*", 2 },
-        std::pair { u"*abc", 3 }, std::pair { u"*abc*", 4 }, std::pair { u"a*c", 5 },
-        std::pair { u"a**c", 5 }, std::pair { u"*a?", 5 }, std::pair { u"*a*b*", 5 },
-        std::pair { u"[ab]*c*", 6 }, std::pair { u"[ab]*c", 6 }, std::pair { u"[ab]c*", 7 },
-        std::pair { u"*[ab]c", 8 }, std::pair { u"[ab]c", 9 }, std::pair { u"[ab]", 9 },
-        std::pair { u"a]", 10 }, std::pair { u"*", 10 }, std::pair { u"[a", 10 }, std::pair { u"[a[b]]", 10 },
-        std::pair { u"*[]*", 10 }, std::pair { u"[^]", 10 }, std::pair { u"???", 10 }, std::pair { u"", 0 }));
 
 TEST(WildcardTypes, CompactionRewritesInPlaceAndGivesTheLiteralPart)
 {
@@ -212,7 +194,6 @@ TEST(WildcardTables, OptionsAndInclusion)
     EXPECT_FALSE(isUnicharTablePartOfConversionTable(upperUmlautsCharsTable(), upperCharsTable()));
     EXPECT_FALSE(isUnicharTablePartOfConversionTable(upperCharsTable(), lowerUmlautsCharsTable()));
     EXPECT_FALSE(isUnicharTablePartOfConversionTable(nullptr, upperCharsTable()));
-    EXPECT_DOUBLE_EQ(minWildcardFuzzyAnalogy(), 0.75);
 }
 
 TEST(WildcardSeparation, QueryWordsKeepTheirWildcards)
