@@ -190,6 +190,13 @@ int runThumbs(const TempDir &home, const QStringList &args, QByteArray *out, QBy
             u"TMPDIR="_s + home.file(u"tmp"_s) });
 }
 
+void keepLeakDetectionToThisProcess()
+{
+    const QByteArray options = qgetenv("ASAN_OPTIONS");
+    if (!options.isEmpty())
+        qputenv("ASAN_OPTIONS", options + ":detect_leaks=0:fast_unwind_on_malloc=1");
+}
+
 EnvironmentOverride::EnvironmentOverride(const char *name, const QString &value)
     : m_name(name)
     , m_wasSet(qEnvironmentVariableIsSet(name))

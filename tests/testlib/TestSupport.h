@@ -60,6 +60,12 @@ QString thumbsExecutable();
 int runThumbs(
     const TempDir &home, const QStringList &args, QByteArray *out = nullptr, QByteArray *err = nullptr);
 
+/// In a sanitizer run, leaves leak detection to this process: the programs a test starts (and
+/// their workers) run without it. LeakSanitizer's tracer crashes now and then in those children
+/// ("Tracer caught signal 11"), and its messages would land in the reports the tests compare. This
+/// process read its own options at start-up, so the change reaches the children alone.
+void keepLeakDetectionToThisProcess();
+
 /// Sets an environment variable for as long as it lives, then puts back what was there.
 class EnvironmentOverride
 {

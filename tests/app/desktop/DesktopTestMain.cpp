@@ -1,5 +1,7 @@
 // Main of the desktop tests: a widget application on the offscreen platform, with the settings,
 // cache and runtime folders in a temporary folder and no session bus unless a test starts one.
+#include "testlib/TestSupport.h"
+
 #include <QApplication>
 #include <QDir>
 #include <QFile>
@@ -13,6 +15,7 @@ int main(int argc, char **argv)
 {
     if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
         qputenv("QT_QPA_PLATFORM", "offscreen");
+    orvel::test::keepLeakDetectionToThisProcess();
     QTemporaryDir home;
     if (!home.isValid())
         return 2;
