@@ -149,6 +149,15 @@ TEST(CommandLine, UsageErrorsAreReported)
             u"Antialiasing, "
             u"sharpen, extension, extensionFormat, create, QuitWhenDone)"_s },
         { { u"--quiet=yes"_s, u"x"_s }, u"--quiet=yes takes no value"_s },
+        // Values are checked against the key's type and range.
+        { { u"--set"_s, u"filetype=png"_s, u"x"_s },
+            u"filetype takes a whole number from 0 to 5, not 'png' (try --format png)"_s },
+        { { u"--set"_s, u"width=64.0"_s, u"x"_s },
+            u"width takes a whole number from 1 to 1000000, not '64.0'"_s },
+        { { u"--set-string"_s, u"width=abc"_s, u"x"_s },
+            u"width takes a whole number from 1 to 1000000, not 'abc'"_s },
+        { { u"--set"_s, u"quality=1.5"_s, u"x"_s }, u"quality takes a number from 0 to 1, not '1.5'"_s },
+        { { u"--set"_s, u"QuitWhenDone=yes"_s, u"x"_s }, u"QuitWhenDone takes true or false, not 'yes'"_s },
         { { u"--worker-threads"_s, u"2"_s, u"x"_s }, u"unknown option --worker-threads"_s },
     };
     for (const auto &[arguments, error] : bad) {
@@ -287,6 +296,30 @@ TEST(DefaultsCommand, BadWritesAreUsageErrorsAndChangeNothing)
         EXPECT_TRUE(err.contains(u"usage:"_s)) << err.toStdString();
     }
     EXPECT_TRUE(store.keys().isEmpty());
+
+    // The thumbnail settings take only values of their type and range; other keys need --force.
+    const QList<QPair<QStringList, QString>> refused = {
+        { { u"write"_s, u"colour"_s, u"red"_s },
+            u"unknown setting 'colour' (write it anyway with defaults write --force)"_s },
+        { { u"write"_s, u"width"_s, u"-string"_s, u"abc"_s },
+            u"width takes a whole number from 1 to 1000000, not 'abc'"_s },
+        { { u"write"_s, u"filetype"_s, u"png"_s },
+            u"filetype takes a whole number from 0 to 5, not 'png' (try --format png)"_s },
+        { { u"write"_s, u"create"_s, u"-int"_s, u"3"_s },
+            u"create takes a whole number from 0 to 2, not '3'"_s },
+    };
+    for (const auto &[arguments, reason] : refused) {
+        QString out, err;
+        EXPECT_EQ(DefaultsCommand::run(arguments, store, &out, &err), 2) << arguments.join(u' ');
+        EXPECT_TRUE(err.startsWith(u"orvel-thumbs defaults: "_s + reason + u'\n')) << err;
+    }
+    EXPECT_TRUE(store.keys().isEmpty());
+    QString out, err;
+    EXPECT_EQ(
+        DefaultsCommand::run({ u"write"_s, u"--force"_s, u"colour"_s, u"red"_s }, store, &out, &err), 0);
+    EXPECT_EQ(DefaultsCommand::run({ u"write"_s, u"width"_s, u"64"_s }, store, &out, &err), 0);
+    EXPECT_EQ(store.objectForKey(u"colour"_s), QVariant(u"red"_s));
+    EXPECT_EQ(store.objectForKey(u"width"_s), QVariant(qint64(64))); // text read by the key's type
 }
 
 TEST(SettingsSchema, TheReadmeTableAndTheHelpSayWhatTheSchemaSays)

@@ -103,20 +103,29 @@ QString setNaming(qint64 rule, const QString &value, CommandLineOptions &o)
     return {};
 }
 
-QString setSetting(const QString &option, const QString &value, CommandLineOptions &o, bool typed)
+QString unknownSetting(const QString &key)
+{
+    QStringList keys;
+    for (const SettingKey &known : settingKeys())
+        keys << known.key();
+    return u"unknown setting '%1' (the settings are %2)"_s.arg(key, keys.join(u", "_s));
+}
+
+QString setSetting(const QString &option, const QString &value, CommandLineOptions &o)
 {
     const qsizetype eq = value.indexOf(u'=');
     if (eq <= 0)
         return u"%1 needs KEY=VALUE, not '%2'"_s.arg(option, value);
     const QString key = value.left(eq);
-    if (!findSettingKey(key)) {
-        QStringList keys;
-        for (const SettingKey &known : settingKeys())
-            keys << known.key();
-        return u"unknown setting '%1' (the settings are %2)"_s.arg(key, keys.join(u", "_s));
-    }
-    const QString text = value.mid(eq + 1);
-    o.settings.insert(key, typed ? typedSettingValue(text) : QVariant(text));
+    const SettingKey *known = findSettingKey(key);
+    if (!known)
+        return unknownSetting(key);
+    // The text is read by the key's type: a text key takes it as it is, whatever it looks like.
+    QString error;
+    const std::optional<QVariant> checked = known->checkedValue(value.mid(eq + 1), &error);
+    if (!checked)
+        return error;
+    o.settings.insert(key, *checked);
     return {};
 }
 
@@ -139,17 +148,9 @@ struct Option
 
 const Option Options[] = {
     { Option::Section::Settings, u"set", 0, u"KEY=VALUE",
-        u"set a setting: a whole number is stored as an integer, a\n"
-        u"decimal as a real, true/false as a boolean, else as text",
-        nullptr,
-        [](const QString &option, const QString &value, CommandLineOptions &o) {
-            return setSetting(option, value, o, true);
-        } },
-    { Option::Section::Settings, u"set-string", 0, u"KEY=VALUE",
-        u"set a setting to a text, whatever it looks like", nullptr,
-        [](const QString &option, const QString &value, CommandLineOptions &o) {
-            return setSetting(option, value, o, false);
-        } },
+        u"set a setting; the value must be of the key's type and range\n(see the settings below)", nullptr,
+        setSetting },
+    { Option::Section::Settings, u"set-string", 0, u"KEY=VALUE", u"the same as --set", nullptr, setSetting },
     { Option::Section::Settings, u"format", u'f', u"FORMAT", u"tiff, bmp, gif, jpeg, png or jp2",
         Setting::FileType.name,
         [](const QString &option, const QString &value, CommandLineOptions &o) {
@@ -393,7 +394,7 @@ QString usageText()
 {
     return u"Usage: orvel-thumbs [OPTION]... PATH...\n"
            u"       orvel-thumbs defaults read [KEY]\n"
-           u"       orvel-thumbs defaults write KEY [-int|-float|-bool|-string] VALUE\n"
+           u"       orvel-thumbs defaults write [--force] KEY [-int|-float|-bool|-string] VALUE\n"
            u"       orvel-thumbs defaults delete KEY\n"
            u"\n"
            u"Makes a thumbnail of every image, PDF or PostScript document and movie in PATH (files, and\n"

@@ -1,6 +1,7 @@
 // DefaultsCommand: "orvel-thumbs defaults": reads, writes and deletes keys of the settings store.
 #include "app/batch/DefaultsCommand.h"
 
+#include "app/shared/ThumbnailSettings.h"
 #include "support/UserDefaults.h"
 
 #include <QJsonDocument>
@@ -27,9 +28,10 @@ bool isTypeOption(const QString &text)
 
 QString DefaultsCommand::usageText()
 {
-    return QStringLiteral("usage: orvel-thumbs defaults read [KEY]\n"
-                          "       orvel-thumbs defaults write KEY [-int|-float|-bool|-string] VALUE\n"
-                          "       orvel-thumbs defaults delete KEY\n");
+    return QStringLiteral(
+        "usage: orvel-thumbs defaults read [KEY]\n"
+        "       orvel-thumbs defaults write [--force] KEY [-int|-float|-bool|-string] VALUE\n"
+        "       orvel-thumbs defaults delete KEY\n");
 }
 
 QString DefaultsCommand::formatValue(const QVariant &value)
@@ -78,7 +80,7 @@ int DefaultsCommand::run(const QStringList &arguments, UserDefaults &store, QStr
     if (arguments.isEmpty())
         return usageError(QStringLiteral("missing command"), errors);
     const QString &command = arguments.first();
-    const QStringList rest = arguments.mid(1);
+    QStringList rest = arguments.mid(1);
 
     if (command == u"read") {
         if (rest.size() > 1)
@@ -100,6 +102,9 @@ int DefaultsCommand::run(const QStringList &arguments, UserDefaults &store, QStr
     }
 
     if (command == u"write") {
+        const bool force = !rest.isEmpty() && rest.first() == u"--force";
+        if (force)
+            rest.removeFirst();
         QString type;
         QString value;
         if (rest.size() == 2 && !isTypeOption(rest.at(1))) {
@@ -116,9 +121,22 @@ int DefaultsCommand::run(const QStringList &arguments, UserDefaults &store, QStr
         }
         if (rest.first().isEmpty())
             return usageError(QStringLiteral("empty KEY"), errors);
-        const QVariant typed = parseValue(type, value);
+        QVariant typed = parseValue(type, value);
         if (!typed.isValid())
             return usageError(QStringLiteral("%1 is not a valid %2 value").arg(value, type.mid(1)), errors);
+        // The thumbnail settings are checked against their schema; other keys only with --force.
+        if (const SettingKey *known = findSettingKey(rest.first()); known && !force) {
+            QString error;
+            const std::optional<QVariant> checked = known->checkedValue(typed, &error);
+            if (!checked)
+                return usageError(error, errors);
+            typed = *checked;
+        } else if (!known && !force) {
+            return usageError(
+                QStringLiteral("unknown setting '%1' (write it anyway with defaults write --force)")
+                    .arg(rest.first()),
+                errors);
+        }
         store.setObject(typed, rest.first());
     } else if (command == u"delete") {
         if (rest.size() != 1)

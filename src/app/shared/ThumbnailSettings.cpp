@@ -2,7 +2,9 @@
 // thumbnail goes.
 #include "app/shared/ThumbnailSettings.h"
 
+#include "app/shared/WorkerOptions.h"
 #include "image/BitmapFileType.h"
+#include "support/Failure.h"
 #include "support/UserDefaults.h"
 
 using namespace Qt::StringLiterals;
@@ -85,6 +87,45 @@ QString SettingKey::typeName() const
         break;
     }
     return u"string"_s;
+}
+
+std::optional<QVariant> SettingKey::checkedValue(const QVariant &value, QString *error) const
+{
+    // Text is read by the key's type, as "defaults write" without a type option gives it.
+    QVariant typed = value;
+    if (value.typeId() == QMetaType::QString && type != Type::String)
+        typed = typedSettingValue(value.toString());
+
+    const auto refuse = [&](const QString &takes) {
+        QString why = u"%1 takes %2, not '%3'"_s.arg(key(), takes, value.toString());
+        if (option && type == Type::Integer && typed.typeId() == QMetaType::QString)
+            why += u" (try %1 %2)"_s.arg(QString::fromUtf16(option), value.toString());
+        return failure<std::optional<QVariant>>(error, why);
+    };
+    const auto range
+        = [&] { return QString::number(minimum, 'g', 10) + u" to "_s + QString::number(maximum, 'g', 10); };
+    const int id = typed.typeId();
+    const bool whole = id == QMetaType::LongLong || id == QMetaType::Int || id == QMetaType::UInt;
+    const bool number = whole || id == QMetaType::Double || id == QMetaType::Float;
+    switch (type) {
+    case Type::Integer:
+        if (!whole || typed.toLongLong() < qint64(minimum) || typed.toLongLong() > qint64(maximum))
+            return refuse(u"a whole number from "_s + range());
+        return QVariant(typed.toLongLong());
+    case Type::Float:
+        if (!number || !(typed.toDouble() >= minimum) || !(typed.toDouble() <= maximum))
+            return refuse(u"a number from "_s + range());
+        return QVariant(typed.toDouble());
+    case Type::Boolean:
+        if (id != QMetaType::Bool)
+            return refuse(u"true or false"_s);
+        return typed;
+    case Type::String:
+        break;
+    }
+    if (id != QMetaType::QString)
+        return refuse(u"a text"_s);
+    return typed;
 }
 
 std::span<const SettingKey> settingKeys()

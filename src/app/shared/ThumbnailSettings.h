@@ -27,6 +27,11 @@ struct SettingKey
     const char16_t *text;
     /// One line for the help text.
     const char16_t *meaning;
+    /// The values a user may give a number: from minimum to maximum.
+    double minimum = 0;
+    double maximum = 0;
+    /// The option that sets the key by name, suggested when a name is given for a number.
+    const char16_t *option = nullptr;
 
     [[nodiscard]] QString key() const { return QString::fromUtf16(name); }
     /// The default as the store would hold it (qint64, float, bool or QString).
@@ -35,31 +40,38 @@ struct SettingKey
     [[nodiscard]] QString defaultText() const;
     /// "integer", "float", "boolean" or "string".
     [[nodiscard]] QString typeName() const;
+
+    /// value as the store should hold it for this key (qint64, double, bool or QString), when it
+    /// is of the key's type and range; a whole number is also a float, and text is read by the
+    /// key's type ("64", "0.5", "true"). nullopt otherwise, with error (when given) saying what
+    /// the key takes. Used where users give values (--set, defaults write), so that the job never
+    /// reads a value other than as it was meant.
+    [[nodiscard]] std::optional<QVariant> checkedValue(const QVariant &value, QString *error = nullptr) const;
 };
 
 namespace Setting {
 inline constexpr SettingKey FileType { u"filetype", SettingKey::Type::Integer, 3, nullptr,
-    u"output format: 0 TIFF, 1 BMP, 2 GIF, 3 JPEG, 4 PNG, 5 JPEG 2000" };
+    u"output format: 0 TIFF, 1 BMP, 2 GIF, 3 JPEG, 4 PNG, 5 JPEG 2000", 0, 5, u"--format" };
 inline constexpr SettingKey Width { u"width", SettingKey::Type::Integer, 128, nullptr,
-    u"width of the box a thumbnail must fit, in pixels" };
+    u"width of the box a thumbnail must fit, in pixels", 1, 1000000 };
 inline constexpr SettingKey Height { u"height", SettingKey::Type::Integer, 128, nullptr,
-    u"height of the box a thumbnail must fit, in pixels" };
+    u"height of the box a thumbnail must fit, in pixels", 1, 1000000 };
 inline constexpr SettingKey Sizing { u"sizing", SettingKey::Type::Integer, 0, nullptr,
-    u"0 fit the box; anything else scale by scale" };
+    u"0 fit the box; anything else scale by scale", 0, 1 };
 inline constexpr SettingKey Scale { u"scale", SettingKey::Type::Float, 1.0, nullptr,
-    u"scale factor of the source's pixel size" };
+    u"scale factor of the source's pixel size", 0.0001, 1 };
 inline constexpr SettingKey Quality { u"quality", SettingKey::Type::Float, 0.8, nullptr,
-    u"compression factor, 0 to 1" };
+    u"compression factor, 0 to 1", 0, 1 };
 inline constexpr SettingKey Interpolation { u"Antialiasing", SettingKey::Type::Integer, 3, nullptr,
-    u"interpolation: 0 default, 1 none, 2 low, 3 high" };
+    u"interpolation: 0 default, 1 none, 2 low, 3 high", 0, 3, u"--interpolation" };
 inline constexpr SettingKey Sharpen { u"sharpen", SettingKey::Type::Integer, 0, nullptr,
-    u"0 none, 1 light, 2 medium, 3 strong" };
+    u"0 none, 1 light, 2 medium, 3 strong", 0, 3, u"--sharpen" };
 inline constexpr SettingKey Extension { u"extension", SettingKey::Type::String, 0, u"_thumb",
     u"suffix, prefix or sub-folder name" };
 inline constexpr SettingKey ExtensionFormat { u"extensionFormat", SettingKey::Type::Integer, 1, nullptr,
-    u"1 suffix, 0 prefix, anything else a sub-folder" };
+    u"1 suffix, 0 prefix, anything else a sub-folder", 0, 2 };
 inline constexpr SettingKey Create { u"create", SettingKey::Type::Integer, 0, nullptr,
-    u"0 thumbnail, 1 thumbnail and its icon, 2 icon of the source" };
+    u"0 thumbnail, 1 thumbnail and its icon, 2 icon of the source", 0, 2, u"--create" };
 inline constexpr SettingKey QuitWhenDone { u"QuitWhenDone", SettingKey::Type::Boolean, 1, nullptr,
     u"desktop application: quit after a launch by drop" };
 } // namespace Setting
