@@ -41,33 +41,20 @@ const QByteArray Jpeg = QByteArray::fromHex("ffd8ffe000104a464946000101000001000
 TEST(ExportedCards, MacContacts)
 {
     const QByteArray b64 = Jpeg.toBase64();
-    const std::optional<Person> p
-        = readFile(crlf("BEGIN:VCARD\n"
-                        "VERSION:3.0\n"
-                        "PRODID:-//Apple Inc.//macOS 13.4//EN\n"
-                        "N:Holt;Mara;Jo;Dr.;\n"
-                        "FN:Dr. Mara Jo Holt\n"
-                        "NICKNAME:Mo\n"
-                        "ORG:Widgets\\, Inc.;Research\n"
-                        "TITLE:Engineer\n"
-                        "EMAIL;type=INTERNET;type=HOME:mara@home.example\n"
-                        "EMAIL;type=INTERNET;type=WORK;type=pref:mara@widgets.example\n"
-                        "TEL;type=CELL;type=VOICE;type=pref:+1 555 0100\n"
-                        "TEL;type=WORK;type=VOICE:+1 555 0101\n"
-                        "item1.TEL:+1 555 0102\n"
-                        "item1.X-ABLabel:_$!<Other>!$_\n"
-                        "item2.ADR;type=HOME;type=pref:;;1 Main St\\nApt 2;Springfield;IL;62701;USA\n"
-                        "item2.X-ABADR:us\n"
-                        "item3.URL;type=pref:https://mara.example\n"
-                        "item4.URL:https://blog.example\n"
-                        "item4.X-ABLabel:Blog\n"
-                        "item3.X-ABLabel:_$!<HomePage>!$_\n"
-                        "IMPP;X-SERVICE-TYPE=AIM;type=HOME;type=pref:aim:maraholt\n"
-                        "X-AIM;type=HOME:maraholt\n"
-                        "IMPP;X-SERVICE-TYPE=Jabber;type=HOME:xmpp:mara@jabber.example\n"
-                        "NOTE:Met at the fair\\, 2019.\\nLikes tea\\; hates coffee.\n"
-                        "BDAY;value=date:1980-05-01\n"
-                        "PHOTO;ENCODING=b;TYPE=JPEG:"
+    const std::optional<Person> p = readFile(
+        crlf("BEGIN:VCARD\nVERSION:3.0\nPRODID:-//Apple Inc.//macOS 13.4//EN\nN:Holt;Mara;Jo;Dr.;\n"
+             "FN:Dr. Mara Jo Holt\nNICKNAME:Mo\nORG:Widgets\\, Inc.;Research\nTITLE:Engineer\n"
+             "EMAIL;type=INTERNET;type=HOME:mara@home.example\n"
+             "EMAIL;type=INTERNET;type=WORK;type=pref:mara@widgets.example\n"
+             "TEL;type=CELL;type=VOICE;type=pref:+1 555 0100\nTEL;type=WORK;type=VOICE:+1 555 0101\n"
+             "item1.TEL:+1 555 0102\nitem1.X-ABLabel:_$!<Other>!$_\n"
+             "item2.ADR;type=HOME;type=pref:;;1 Main St\\nApt 2;Springfield;IL;62701;USA\n"
+             "item2.X-ABADR:us\nitem3.URL;type=pref:https://mara.example\n"
+             "item4.URL:https://blog.example\nitem4.X-ABLabel:Blog\nitem3.X-ABLabel:_$!<HomePage>!$_\n"
+             "IMPP;X-SERVICE-TYPE=AIM;type=HOME;type=pref:aim:maraholt\nX-AIM;type=HOME:maraholt\n"
+             "IMPP;X-SERVICE-TYPE=Jabber;type=HOME:xmpp:mara@jabber.example\n"
+             "NOTE:Met at the fair\\, 2019.\\nLikes tea\\; hates coffee.\nBDAY;value=date:1980-05-01\n"
+             "PHOTO;ENCODING=b;TYPE=JPEG:"
             + b64.left(20) + "\n " + b64.mid(20) + "\nX-ABShowAs:COMPANY\nEND:VCARD\n"));
     ASSERT_TRUE(p);
     EXPECT_EQ(p->proposedName(), "Widgets, Inc. - Mara Jo Holt");
@@ -94,21 +81,14 @@ TEST(ExportedCards, MacContacts)
 TEST(ExportedCards, Outlook21WindowsCodePage)
 {
     const std::optional<Person> p = readFile(
-        crlf("BEGIN:VCARD\n"
-             "VERSION:2.1\n"
-             "N;LANGUAGE=de;CHARSET=Windows-1252:M\xFCller;G\xFCnter\n"
-             "FN;CHARSET=Windows-1252:G\xFCnter M\xFCller\n"
-             "ORG;CHARSET=Windows-1252:B\xE4"
-             "ckerei M\xFCller GmbH;Verkauf\n"
-             "TEL;WORK;VOICE:(030) 1234\n"
+        crlf("BEGIN:VCARD\nVERSION:2.1\nN;LANGUAGE=de;CHARSET=Windows-1252:M\xFCller;G\xFCnter\n"
+             "FN;CHARSET=Windows-1252:G\xFCnter M\xFCller\nORG;CHARSET=Windows-1252:B\xE4"
+             "ckerei M\xFCller GmbH;Verkauf\nTEL;WORK;VOICE:(030) 1234\n"
              "ADR;WORK;PREF;ENCODING=QUOTED-PRINTABLE;CHARSET=Windows-1252:;;Hauptstra=DFe 5=0D=0A=\n"
              "Hinterhaus;Berlin;;10115;Deutschland\n"
-             "NOTE;ENCODING=QUOTED-PRINTABLE;CHARSET=Windows-1252:Preis: 5 =80=0D=0A=\n"
-             "Zweite Zeile\n"
-             "EMAIL;PREF;INTERNET:g.mueller@baeckerei.example\n"
-             "X-MS-OL-DEFAULT-POSTAL-ADDRESS:2\n"
-             "REV:20240101T120000Z\n"
-             "END:VCARD\n"));
+             "NOTE;ENCODING=QUOTED-PRINTABLE;CHARSET=Windows-1252:Preis: 5 =80=0D=0A=\nZweite Zeile\n"
+             "EMAIL;PREF;INTERNET:g.mueller@baeckerei.example\nX-MS-OL-DEFAULT-POSTAL-ADDRESS:2\n"
+             "REV:20240101T120000Z\nEND:VCARD\n"));
     ASSERT_TRUE(p);
     EXPECT_EQ(p->proposedName(), u"Günter Müller"_s);
     EXPECT_EQ(p->valueForProperty(PersonProperty::Organization).toString(), u"Bäckerei Müller GmbH"_s);
@@ -120,16 +100,11 @@ TEST(ExportedCards, Outlook21WindowsCodePage)
 
 TEST(ExportedCards, Version4Company)
 {
-    const std::optional<Person> p = readFile(crlf("BEGIN:VCARD\n"
-                                                  "VERSION:4.0\n"
-                                                  "KIND:org\n"
-                                                  "FN:Widgets Ltd\n"
-                                                  "ORG:Widgets Ltd\n"
-                                                  "EMAIL;PREF=2:info@widgets.example\n"
-                                                  "EMAIL;PREF=1:sales@widgets.example\n"
-                                                  "TEL;VALUE=uri;TYPE=\"work,voice\":tel:+44-20-7946-0000\n"
-                                                  "PHOTO:data:image/jpeg;base64,"
-        + Jpeg.toBase64() + "\nURL:https://widgets.example\nEND:VCARD\n"));
+    const std::optional<Person> p = readFile(
+        crlf("BEGIN:VCARD\nVERSION:4.0\nKIND:org\nFN:Widgets Ltd\nORG:Widgets Ltd\n"
+             "EMAIL;PREF=2:info@widgets.example\nEMAIL;PREF=1:sales@widgets.example\n"
+             "TEL;VALUE=uri;TYPE=\"work,voice\":tel:+44-20-7946-0000\nPHOTO:data:image/jpeg;base64,"
+            + Jpeg.toBase64() + "\nURL:https://widgets.example\nEND:VCARD\n"));
     ASSERT_TRUE(p);
     EXPECT_TRUE(p->showAsCompany());
     EXPECT_EQ(p->proposedName(), "Widgets Ltd");
