@@ -81,6 +81,7 @@ public:
     bool processPath(const QString &path);
 
 private:
+    bool processEntry(const QString &path, FolderWalk::Found found);
     struct Ancestor
     {
         FileIdentity identity;
@@ -94,7 +95,9 @@ private:
     std::vector<Ancestor> m_ancestors;
 };
 
-bool Walk::processPath(const QString &path)
+bool Walk::processPath(const QString &path) { return processEntry(path, FolderWalk::Found::Named); }
+
+bool Walk::processEntry(const QString &path, FolderWalk::Found found)
 {
     m_visitor.willExamine(path);
     const QString resolved = path.isEmpty() ? QString() : stringByResolvingLinkOfPath(path);
@@ -108,7 +111,7 @@ bool Walk::processPath(const QString &path)
         return false;
     }
     if (!isDirectory)
-        return m_visitor.processFile(resolved);
+        return m_visitor.processFile(resolved, found);
     return processFolder(path, resolved);
 }
 
@@ -138,7 +141,7 @@ bool Walk::processFolder(const QString &path, const QString &folder)
         result = m_visitor.unreadableFolder(folder, reason);
     for (const QString &entry : entries) {
         // Every entry is walked, even after a NO.
-        const bool ok = processPath(entry);
+        const bool ok = processEntry(entry, FolderWalk::Found::InFolder);
         result = result && ok;
     }
     m_ancestors.pop_back();

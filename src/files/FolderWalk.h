@@ -10,6 +10,10 @@ namespace orvel {
 class FolderWalk
 {
 public:
+    /// How the walk came to a file: given it (a path named by the user, or a link to a file), or
+    /// found it inside a folder it walks.
+    enum class Found { Named, InFolder };
+
     /// What the walk asks of its caller. Only processFile() must be provided.
     class Visitor
     {
@@ -17,7 +21,7 @@ public:
         virtual ~Visitor();
 
         /// Handles one file (its path already resolved) and answers YES or NO.
-        virtual bool processFile(const QString &path) = 0;
+        virtual bool processFile(const QString &path, Found found) = 0;
 
         /// Told when the walk itself answers NO for path (as the walk was given it), with a
         /// one-line reason: nothing there, a broken link, a link loop.

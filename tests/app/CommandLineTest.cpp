@@ -242,11 +242,12 @@ TEST(Progress, ElisionKeepsBothEnds)
 
 TEST(Progress, SummaryCountsThumbnailsIconsAndFailures)
 {
-    EXPECT_EQ(Progress::formatSummary(12, 0, 1, 3.24), u"12 thumbnails made, 1 failed, 3.2 s"_s);
-    EXPECT_EQ(Progress::formatSummary(1, 0, 0, 0), u"1 thumbnail made, 0 failed, 0.0 s"_s);
-    EXPECT_EQ(Progress::formatSummary(0, 0, 2, 1), u"0 thumbnails made, 2 failed, 1.0 s"_s);
-    EXPECT_EQ(Progress::formatSummary(0, 1, 0, 1), u"1 icon set, 0 failed, 1.0 s"_s);
-    EXPECT_EQ(Progress::formatSummary(2, 3, 0, 1), u"2 thumbnails made, 3 icons set, 0 failed, 1.0 s"_s);
+    EXPECT_EQ(
+        Progress::formatSummary(12, 0, 2, 1, 3.24), u"12 thumbnails made, 2 skipped, 1 failed, 3.2 s"_s);
+    EXPECT_EQ(Progress::formatSummary(1, 0, 0, 0, 0), u"1 thumbnail made, 0 failed, 0.0 s"_s);
+    EXPECT_EQ(Progress::formatSummary(0, 0, 0, 2, 1), u"0 thumbnails made, 2 failed, 1.0 s"_s);
+    EXPECT_EQ(Progress::formatSummary(0, 1, 0, 0, 1), u"1 icon set, 0 failed, 1.0 s"_s);
+    EXPECT_EQ(Progress::formatSummary(2, 3, 0, 0, 1), u"2 thumbnails made, 3 icons set, 0 failed, 1.0 s"_s);
 }
 
 TEST(DefaultsCommand, WriteReadAndDeleteOnAStore)
@@ -378,4 +379,25 @@ TEST(SettingsSchema, ReadingAStoreGivesItsValuesOrTheDefaults)
     EXPECT_EQ(read.sharpening(), ThumbnailSettings::Sharpening::None);
     EXPECT_EQ(read.thumbnailPathFor(u"/a/p.png"_s), QString());
     EXPECT_EQ(read.outputPathFor(u"/a/p.png"_s), u"/a/_thumb/p.jpg"_s);
+}
+
+TEST(SettingsSchema, TheNamingRuleKnowsTheThumbnailsItCouldHaveWritten)
+{
+    ThumbnailSettings s;
+    const auto could = [&s](qint64 rule, const QString &naming, const char16_t *path) {
+        s.extensionFormat = rule;
+        s.extension = naming;
+        return s.couldHaveWritten(QString::fromUtf16(path));
+    };
+    EXPECT_TRUE(could(1, u"_thumb"_s, u"/a/photo_thumb.jpg"));
+    EXPECT_TRUE(could(1, u"_thumb"_s, u"/a/photo_thumb.jp2")); // any output format, not just today's
+    EXPECT_FALSE(could(1, u"_thumb"_s, u"/a/photo_thumb.JPG")); // thumbnails are written in lower case
+    EXPECT_FALSE(could(1, u"_thumb"_s, u"/a/photo_thumb.webp"));
+    EXPECT_FALSE(could(1, u"_thumb"_s, u"/a/_thumb.jpg")); // the naming string alone names no source
+    EXPECT_FALSE(could(1, QString(), u"/a/photo.jpg"));
+    EXPECT_TRUE(could(0, u"t_"_s, u"/a/t_photo.png"));
+    EXPECT_FALSE(could(0, u"t_"_s, u"/a/photo_t_.png"));
+    EXPECT_TRUE(could(2, u"small"_s, u"/a/small/photo.gif"));
+    EXPECT_FALSE(could(2, u"small"_s, u"/a/small/notes.txt"));
+    EXPECT_FALSE(could(2, u"small"_s, u"/a/big/small.gif"));
 }

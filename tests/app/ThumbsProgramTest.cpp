@@ -219,3 +219,26 @@ TEST(BadInput, FFmpegsOwnLogIsQuietUnlessVerbose)
     EXPECT_EQ(runThumbs(dir, { u"--quiet"_s, u"--verbose"_s, noise }, nullptr, &verbose), 1);
     EXPECT_GT(verbose.count('\n'), 1) << verbose.constData();
 }
+
+TEST(CommandLineRun, ASecondRunOverAFolderMakesNothingNewAndSkippedIsNotFailed)
+{
+    for (const QStringList &rule : { QStringList { u"--suffix"_s, u"_t"_s },
+             QStringList { u"--prefix"_s, u"t_"_s }, QStringList { u"--folder"_s, u"t"_s } }) {
+        TempDir dir;
+        ASSERT_TRUE(QDir(dir.path()).mkdir(u"pics"_s));
+        ASSERT_TRUE(writeTestImage(dir.file(u"pics/photo.png"_s), 40, 30));
+        ASSERT_TRUE(writeBytes(dir.file(u"pics/notes.txt"_s), "not a picture"));
+        const QStringList run = rule + QStringList { u"-f"_s, u"png"_s, dir.file(u"pics"_s) };
+        QByteArray out, err;
+        EXPECT_EQ(runThumbs(dir, run, &out, &err), 0) << err.constData();
+        EXPECT_TRUE(err.startsWith("1 thumbnail made, 1 skipped, 0 failed, ")) << err.constData();
+        const QStringList made = QDir(dir.file(u"pics"_s)).entryList(QDir::AllEntries | QDir::NoDotAndDotDot);
+
+        EXPECT_EQ(runThumbs(dir, QStringList { u"--verbose"_s } + run, &out, &err), 0) << err.constData();
+        EXPECT_TRUE(err.startsWith("1 thumbnail made, 2 skipped, 0 failed, "))
+            << rule.join(u' ') << err.constData();
+        EXPECT_TRUE(out.contains("notes.txt: skipped (not an image, PDF, PostScript or movie file)\n"))
+            << out.constData();
+        EXPECT_EQ(QDir(dir.file(u"pics"_s)).entryList(QDir::AllEntries | QDir::NoDotAndDotDot), made);
+    }
+}

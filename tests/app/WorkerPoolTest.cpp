@@ -2,6 +2,7 @@
 // worker that hangs or dies costs only its own file.
 #include "app/batch/WorkerPool.h"
 #include "app/engine/ThumbnailJob.h"
+#include "app/shared/ThumbnailSettings.h"
 #include "files/FolderWalk.h"
 #include "support/UserDefaults.h"
 
@@ -103,13 +104,20 @@ public:
     {
     }
 
-    bool processFile(const QString &path) override
+    // The batch's rules, written out: inside a folder, thumbnails of the naming rule and files
+    // that are no source are skipped.
+    bool processFile(const QString &path, FolderWalk::Found found) override
     {
+        const bool inFolder = found == FolderWalk::Found::InFolder;
+        if (inFolder && ThumbnailSettings::read(m_defaults).couldHaveWritten(path))
+            return true;
         QString reason;
-        const bool ok = ThumbnailJob::processFile(path, &m_defaults, &reason);
-        if (!ok)
-            failures << path + u": "_s + (reason.isEmpty() ? u"no thumbnail made"_s : reason);
-        return ok;
+        const ThumbnailJob::Outcome outcome = ThumbnailJob::run(path, &m_defaults, &reason);
+        if (outcome == ThumbnailJob::Outcome::Skipped && inFolder)
+            return true;
+        if (outcome != ThumbnailJob::Outcome::Made)
+            failures << path + u": "_s + reason;
+        return outcome == ThumbnailJob::Outcome::Made;
     }
     void failed(const QString &path, const QString &reason) override { failures << path + u": "_s + reason; }
 

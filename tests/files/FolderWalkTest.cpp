@@ -23,7 +23,7 @@ namespace {
 class Recorder : public FolderWalk::Visitor
 {
 public:
-    bool processFile(const QString &path) override
+    bool processFile(const QString &path, FolderWalk::Found) override
     {
         events << u"file "_s + path;
         files << path;

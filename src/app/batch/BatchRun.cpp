@@ -32,8 +32,9 @@ BatchRun::BatchRun(const CommandLineOptions &options, const QString &executable,
     : m_options(options)
     , m_defaults(defaults)
     , m_progress(!options.quiet)
-    , m_pool(poolOptions(options, executable),
-          [this](const WorkerPool::Result &result) { complete(result.tag, result.ok, result.reason); })
+    , m_pool(poolOptions(options, executable), [this](const WorkerPool::Result &result) {
+        complete(result.tag, result.ok, result.reason, result.skipped);
+    })
 {
 }
 
@@ -48,20 +49,27 @@ int BatchRun::run()
     m_progress.finish();
     if (!m_options.quiet)
         writeText(stderr,
-            Progress::formatSummary(m_thumbnails, m_icons, m_failed, m_progress.elapsedSeconds()) + u'\n');
+            Progress::formatSummary(m_thumbnails, m_icons, m_skipped, m_failed, m_progress.elapsedSeconds())
+                + u'\n');
     return ok && m_failed == 0 ? 0 : 1;
 }
 
-bool BatchRun::processFile(const QString &path)
+bool BatchRun::processFile(const QString &path, FolderWalk::Found found)
 {
+    const bool inFolder = found == FolderWalk::Found::InFolder;
     // A pipe or a device would block the decoder reading it until the time limit.
     const std::optional<FileKind> kind = FileManager::fileKindAtPath(path);
     if (kind && *kind != FileKind::Regular) {
         failed(path, u"not a regular file"_s);
         return false;
     }
-    const QString output = ThumbnailSettings::read(m_defaults).thumbnailPathFor(path);
-    const qint64 tag = add(path, output, true);
+    const ThumbnailSettings settings = ThumbnailSettings::read(m_defaults);
+    if (inFolder && settings.couldHaveWritten(path)) {
+        complete(add(path, {}, false, true), false, u"a thumbnail of this naming rule"_s, true);
+        return true;
+    }
+    const QString output = settings.thumbnailPathFor(path);
+    const qint64 tag = add(path, output, true, inFolder);
     m_progress.fileStarted(path);
     m_pool.submit(tag, path, output);
     // The answer arrives later; run() counts it.
@@ -80,18 +88,20 @@ bool BatchRun::unreadableFolder(const QString &path, const QString &reason)
     return false;
 }
 
-qint64 BatchRun::add(const QString &path, const QString &output, bool started)
+qint64 BatchRun::add(const QString &path, const QString &output, bool started, bool inFolder)
 {
-    m_entries.push_back({ path, output, false, false, QString(), started });
+    m_entries.push_back({ path, output, false, false, QString(), started, inFolder, false });
     return m_firstTag + qint64(m_entries.size()) - 1;
 }
 
-void BatchRun::complete(qint64 tag, bool ok, const QString &reason)
+void BatchRun::complete(qint64 tag, bool ok, const QString &reason, bool skipped)
 {
     Entry &entry = m_entries.at(size_t(tag - m_firstTag));
     entry.done = true;
     entry.ok = ok;
     entry.reason = reason;
+    // A file named by the user that the job does not read stays a failure.
+    entry.skipped = !ok && skipped && entry.inFolder;
     while (!m_entries.empty() && m_entries.front().done) {
         report(m_entries.front());
         m_entries.pop_front();
@@ -101,7 +111,11 @@ void BatchRun::complete(qint64 tag, bool ok, const QString &reason)
 
 void BatchRun::report(const Entry &entry)
 {
-    if (!entry.ok) {
+    if (entry.skipped) {
+        ++m_skipped;
+        if (m_options.verbose)
+            m_progress.printLine(stdout, u"%1: skipped (%2)"_s.arg(entry.path, entry.reason));
+    } else if (!entry.ok) {
         ++m_failed;
         m_progress.printLine(stderr, u"%1: %2"_s.arg(entry.path, entry.reason));
     } else if (entry.output.isEmpty()) {

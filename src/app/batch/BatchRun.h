@@ -14,7 +14,9 @@ class UserDefaults;
 
 /// Walks the paths of a command line, hands each file to the worker pool and reports the results
 /// in walk order, whatever order the workers finish in: a line per failed file on standard error,
-/// with --verbose each thumbnail on standard output, a progress line and a summary.
+/// with --verbose each thumbnail (and each skipped file) on standard output, a progress line and a
+/// summary. Inside a folder, files the job does not read and thumbnails that the naming rule could
+/// have written are skipped, not failed: a second run over a folder makes nothing new.
 class BatchRun : public FolderWalk::Visitor
 {
 public:
@@ -25,7 +27,7 @@ public:
     /// Runs the batch; answers the exit status: 0 when every path succeeded, else 1.
     [[nodiscard]] int run();
 
-    bool processFile(const QString &path) override;
+    bool processFile(const QString &path, FolderWalk::Found found) override;
     void failed(const QString &path, const QString &reason) override;
     bool unreadableFolder(const QString &path, const QString &reason) override;
     void willExamine(const QString &path) override { m_pool.waitForChangesAt(path); }
@@ -40,10 +42,13 @@ private:
         bool ok = false;
         QString reason;
         bool started = false;
+        /// Found in a folder: a file the job skips is then no failure.
+        bool inFolder = false;
+        bool skipped = false;
     };
 
-    qint64 add(const QString &path, const QString &output, bool started);
-    void complete(qint64 tag, bool ok, const QString &reason);
+    qint64 add(const QString &path, const QString &output, bool started, bool inFolder = false);
+    void complete(qint64 tag, bool ok, const QString &reason, bool skipped = false);
     void report(const Entry &entry);
 
     const CommandLineOptions &m_options;
@@ -55,6 +60,7 @@ private:
     qint64 m_thumbnails = 0;
     qint64 m_icons = 0;
     qint64 m_failed = 0;
+    qint64 m_skipped = 0;
     WorkerPool m_pool;
 };
 

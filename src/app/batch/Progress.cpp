@@ -80,7 +80,8 @@ QString Progress::formatLine(const Status &status, int columns)
     return line.left(std::max(0, usable));
 }
 
-QString Progress::formatSummary(qint64 thumbnails, qint64 icons, qint64 failed, double seconds)
+QString Progress::formatSummary(
+    qint64 thumbnails, qint64 icons, qint64 skipped, qint64 failed, double seconds)
 {
     QStringList parts;
     if (thumbnails > 0 || icons == 0)
@@ -88,6 +89,8 @@ QString Progress::formatSummary(qint64 thumbnails, qint64 icons, qint64 failed, 
                                   : QStringLiteral("%1 thumbnails made").arg(thumbnails));
     if (icons > 0)
         parts << (icons == 1 ? QStringLiteral("1 icon set") : QStringLiteral("%1 icons set").arg(icons));
+    if (skipped > 0)
+        parts << QStringLiteral("%1 skipped").arg(skipped);
     parts << QStringLiteral("%1 failed").arg(failed);
     parts << QStringLiteral("%1 s").arg(seconds, 0, 'f', 1);
     return parts.join(QStringLiteral(", "));

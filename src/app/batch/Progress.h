@@ -34,9 +34,10 @@ public:
     /// text shortened to columns characters by replacing its middle with "...".
     [[nodiscard]] static QString elideMiddle(const QString &text, int columns);
 
-    /// The closing line of a batch, for example "12 thumbnails made, 1 failed, 3.2 s".
+    /// The closing line of a batch, for example "12 thumbnails made, 2 skipped, 1 failed, 3.2 s"
+    /// (skipped files only when there are some).
     [[nodiscard]] static QString formatSummary(
-        qint64 thumbnails, qint64 icons, qint64 failed, double seconds);
+        qint64 thumbnails, qint64 icons, qint64 skipped, qint64 failed, double seconds);
 
     /// A bar is drawn only when enabled and standard error is a terminal.
     explicit Progress(bool enabled);

@@ -96,7 +96,7 @@ struct WorkerPool::Private
     bool installedHandler[std::size(ForwardedSignals)] = {};
 
     bool spawn(Worker &worker, QString *error);
-    void finishJob(Worker &worker, bool ok, const QString &reason);
+    void finishJob(Worker &worker, bool ok, const QString &reason, bool skipped = false);
     void workerDied(Worker &worker);
     void killWorker(Worker &worker, const QString &reason);
     void pump();
@@ -118,12 +118,13 @@ bool WorkerPool::Private::spawn(Worker &worker, QString *error)
     return worker.process != nullptr;
 }
 
-void WorkerPool::Private::finishJob(Worker &worker, bool ok, const QString &reason)
+void WorkerPool::Private::finishJob(Worker &worker, bool ok, const QString &reason, bool skipped)
 {
     Result result;
     result.tag = worker.job.tag;
     result.path = worker.job.path;
     result.ok = ok;
+    result.skipped = !ok && skipped;
     result.reason = ok ? QString() : (reason.isEmpty() ? u"no thumbnail made"_s : reason);
     worker.busy = false;
     worker.job = Job();
@@ -204,9 +205,8 @@ void WorkerPool::Private::pump()
         if (worker.input.size() < qsizetype(sizeof size + size))
             continue;
         const char *payload = worker.input.constData() + sizeof size;
-        const bool ok = payload[0] == 1;
         const QString reason = stringFromUtf16Bytes(payload + 1, qsizetype(size) - 1);
-        finishJob(worker, ok, reason);
+        finishJob(worker, payload[0] == AnswerMade, reason, payload[0] == AnswerSkipped);
     }
 
     if (options.timeoutSeconds <= 0)

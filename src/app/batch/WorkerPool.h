@@ -57,6 +57,8 @@ public:
         qint64 tag = 0;
         QString path;
         bool ok = false;
+        /// When ok is false: the file is none of the kinds the job reads, so nothing was to be made.
+        bool skipped = false;
         /// Why no thumbnail was made, when ok is false.
         QString reason;
     };

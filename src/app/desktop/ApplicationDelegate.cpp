@@ -23,7 +23,14 @@ public:
         : m_delegate(delegate)
     {
     }
-    bool processFile(const QString &path) override { return m_delegate.processFile(path); }
+    bool processFile(const QString &path, FolderWalk::Found found) override
+    {
+        // A thumbnail found beside its source is not made a thumbnail of again.
+        if (found == FolderWalk::Found::InFolder
+            && ThumbnailSettings::read(UserDefaults::standard()).couldHaveWritten(path))
+            return true;
+        return m_delegate.processFile(path);
+    }
 
 private:
     ApplicationDelegate &m_delegate;

@@ -27,6 +27,9 @@ constexpr int ExcludeClassicIconElements = 4;
 
 using Failure = std::optional<QString>;
 
+/// The answer for a file that is none of the kinds the job reads.
+const QString NotASourceText = u"not an image, PDF, PostScript or movie file"_s;
+
 // The pixels of an image made by focused drawing or rendering, for the icon service.
 QImage pictureOf(const ImagePtr &image)
 {
@@ -56,7 +59,7 @@ ImagePtr loadSource(const QString &path, QString *error)
     else if (Movie::isQuickTimeFile(path))
         image = Movie::thumbnailImageForMovieWithFile(path, nullptr, nullptr, error);
     else
-        *error = u"not an image, PDF, PostScript or movie file"_s;
+        *error = NotASourceText;
     if (!image && error->isEmpty())
         *error = u"unreadable file"_s;
     return image;
@@ -168,10 +171,18 @@ QString ThumbnailJob::outputPathForFile(const QString &path, UserDefaults *defau
 
 bool ThumbnailJob::processFile(const QString &path, UserDefaults *defaults, QString *error)
 {
+    return run(path, defaults, error) == Outcome::Made;
+}
+
+ThumbnailJob::Outcome ThumbnailJob::run(const QString &path, UserDefaults *defaults, QString *error)
+{
     const ThumbnailSettings settings
         = ThumbnailSettings::read(defaults ? *defaults : UserDefaults::standard());
     const Failure failed = makeThumbnail(path, settings);
-    return failed ? failure(error, *failed) : true;
+    if (!failed)
+        return Outcome::Made;
+    (void)failure(error, *failed);
+    return *failed == NotASourceText ? Outcome::Skipped : Outcome::Failed;
 }
 
 } // namespace orvel

@@ -16,6 +16,16 @@ public:
     /// receives a one-line explanation such as "not an image, PDF or movie file".
     static bool processFile(const QString &path, UserDefaults *defaults = nullptr, QString *error = nullptr);
 
+    /// What the job made of a file.
+    enum class Outcome {
+        Made, ///< the thumbnail or icon is there
+        Skipped, ///< not a picture, document or movie: nothing to make
+        Failed, ///< it should have made something and could not
+    };
+    /// processFile() telling a file it skips from one it fails on.
+    [[nodiscard]] static Outcome run(
+        const QString &path, UserDefaults *defaults = nullptr, QString *error = nullptr);
+
     /// The thumbnail file the job writes for path with the settings of defaults; empty when it writes
     /// none (create mode 2, an unknown create mode or format). The path is not resolved or checked.
     [[nodiscard]] static QString outputPathForFile(const QString &path, UserDefaults *defaults = nullptr);

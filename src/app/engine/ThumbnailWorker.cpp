@@ -104,21 +104,23 @@ int ThumbnailWorker::run(const WorkerOptions &options)
     while (detail::readFrame(channel, &request)) {
         const QString path = detail::stringFromUtf16Bytes(request.constData(), request.size());
         QString reason;
-        bool ok = false;
+        ThumbnailJob::Outcome outcome = ThumbnailJob::Outcome::Failed;
         pendingAnswerChannel.store(channel);
         try {
-            ok = ThumbnailJob::processFile(path, &defaults, &reason);
+            outcome = ThumbnailJob::run(path, &defaults, &reason);
         } catch (const std::exception &e) {
-            ok = false;
             reason = QStringLiteral("internal error: %1").arg(QString::fromLocal8Bit(e.what()));
         } catch (...) {
-            ok = false;
             reason = QStringLiteral("internal error");
         }
         if (pendingAnswerChannel.exchange(-1) < 0)
             break; // answered by the fatal-error handler
-        QByteArray answer(1, ok ? '\1' : '\0');
-        answer += detail::utf16Bytes(ok ? QString() : reason);
+        const bool made = outcome == ThumbnailJob::Outcome::Made;
+        QByteArray answer(1,
+            made                                            ? detail::AnswerMade
+                : outcome == ThumbnailJob::Outcome::Skipped ? detail::AnswerSkipped
+                                                            : detail::AnswerFailed);
+        answer += detail::utf16Bytes(made ? QString() : reason);
         if (!detail::writeFrame(channel, answer))
             break;
     }

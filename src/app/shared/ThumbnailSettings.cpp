@@ -222,6 +222,31 @@ QString ThumbnailSettings::outputPathFor(const QString &path) const
         appendingComponent(folderOf(path), extension), deletingPathExtension(lastComponent(path)) + suffix);
 }
 
+bool ThumbnailSettings::couldHaveWritten(const QString &path) const
+{
+    if (extension.isEmpty())
+        return false;
+    const QString name = lastComponent(path);
+    const qsizetype dot = name.lastIndexOf(u'.');
+    if (dot <= 0)
+        return false;
+    bool isOutput = false;
+    for (int type = TIFFFileType; type <= JPEG2000FileType; ++type)
+        isOutput = isOutput || QStringView(name).mid(dot + 1) == bitmapFileTypeExtension(type);
+    if (!isOutput)
+        return false;
+    const QStringView base = QStringView(name).left(dot);
+    switch (namingRule()) {
+    case NamingRule::Suffix:
+        return base.size() > extension.size() && base.endsWith(extension);
+    case NamingRule::Prefix:
+        return base.size() > extension.size() && base.startsWith(extension);
+    case NamingRule::SubFolder:
+        break;
+    }
+    return lastComponent(folderOf(path)) == extension;
+}
+
 QString ThumbnailSettings::thumbnailPathFor(const QString &path) const
 {
     if (fileExtension().isNull() || !createMode() || createMode() == CreateMode::Icon)

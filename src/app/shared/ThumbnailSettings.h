@@ -121,6 +121,11 @@ struct ThumbnailSettings
     [[nodiscard]] QString fileExtension() const;
     /// The thumbnail's path for the source at path by the naming rule, whatever the create mode.
     [[nodiscard]] QString outputPathFor(const QString &path) const;
+    /// Whether the file at path could be a thumbnail that this naming rule wrote: its name carries
+    /// the naming string and an output format's extension where the rule puts them, or (the
+    /// sub-folder rule) it lies in a folder of that name. Never for an empty naming string. A walk
+    /// skips such files, so that a second run over a folder makes no thumbnails of thumbnails.
+    [[nodiscard]] bool couldHaveWritten(const QString &path) const;
     /// outputPathFor(path) when the job writes a thumbnail file (create mode 0 or 1 and a known
     /// format); empty otherwise.
     [[nodiscard]] QString thumbnailPathFor(const QString &path) const;

@@ -2,14 +2,19 @@
 //
 // The protocol on the socket that is a worker's standard input and output is a sequence of frames,
 // each a native 32-bit byte count and that many bytes. A request is the file's path in UTF-16; an
-// answer is one byte (1 YES, 0 NO) followed by the reason in UTF-16. Paths travel as QString's own
-// code units, so any name that reached the walk reaches the job unchanged.
+// answer is one byte (1 made, 0 failed, 2 skipped) followed by the reason in UTF-16. Paths travel as
+// QString's own code units, so any name that reached the walk reaches the job unchanged.
 #pragma once
 
 #include <QByteArray>
 #include <QString>
 
 namespace orvel::detail {
+
+/// The first byte of an answer.
+constexpr char AnswerFailed = 0;
+constexpr char AnswerMade = 1;
+constexpr char AnswerSkipped = 2;
 
 /// A frame larger than this is not a path or a reason; the peer is confused and is dropped.
 constexpr quint32 MaxFrameBytes = 1u << 20;
