@@ -14,6 +14,7 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QMap>
+#include <QProcess>
 #include <QRegularExpression>
 
 #include <gtest/gtest.h>
@@ -138,8 +139,9 @@ QStringList failureLines(const QByteArray &err, const QString &root)
     return lines;
 }
 
-/// The processes of a process group that are running (zombies left out).
-QList<qint64> liveProcessesInGroup(qint64 group)
+/// The processes of a process group that are running (zombies left out); with a parent, only
+/// that parent's children (of any group).
+QList<qint64> liveProcessesInGroup(qint64 group, qint64 parent = 0)
 {
     QList<qint64> result;
     const QStringList entries = QDir(u"/proc"_s).entryList(QDir::Dirs | QDir::NoDotAndDotDot);
@@ -151,7 +153,8 @@ QList<qint64> liveProcessesInGroup(qint64 group)
         // "pid (name) state ppid pgrp ...": the name may hold anything, so look after its last ")".
         const QByteArray stat = orvel::test::readBytes(u"/proc/%1/stat"_s.arg(pid));
         const QList<QByteArray> fields = stat.mid(stat.lastIndexOf(')') + 2).split(' ');
-        if (fields.size() > 2 && fields[0] != "Z" && fields[2].toLongLong() == group)
+        if (fields.size() > 2 && fields[0] != "Z"
+            && (parent > 0 ? fields[1].toLongLong() == parent : fields[2].toLongLong() == group))
             result << pid;
     }
     return result;
@@ -323,4 +326,33 @@ TEST(WorkerPool, KilledWorkerAnswersNoAndIsReplacedLeavingNothingBehind)
     }
     EXPECT_EQ(openDescriptors(), descriptorsBefore);
     EXPECT_EQ(leftovers(dir.file(u"tmp"_s)), QStringList());
+}
+
+TEST(WorkerPool, WorkersEndWithTheBatchEvenWhenItIsKilled)
+{
+    TempDir dir;
+    ASSERT_TRUE(orvel::test::writeBytes(dir.file(u"loop.ps"_s), LoopingPostScript));
+    QProcess batch;
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(u"XDG_CONFIG_HOME"_s, dir.file(u"config"_s));
+    batch.setProcessEnvironment(environment);
+    batch.start(orvel::test::thumbsExecutable(),
+        { u"--quiet"_s, u"--timeout=0"_s, u"-j1"_s, dir.file(u"loop.ps"_s) });
+    ASSERT_TRUE(batch.waitForStarted());
+
+    // The worker, once it has started Ghostscript on the file that never ends.
+    qint64 worker = 0;
+    for (int i = 0; i < 1000 && (worker == 0 || liveProcessesInGroup(worker).size() < 2); ++i) {
+        ::usleep(10000);
+        const QList<qint64> children = liveProcessesInGroup(0, batch.processId());
+        worker = children.value(0);
+    }
+    ASSERT_GT(worker, 0);
+    ASSERT_GE(liveProcessesInGroup(worker).size(), 2);
+
+    ::kill(pid_t(batch.processId()), SIGKILL);
+    batch.waitForFinished();
+    for (int i = 0; i < 500 && !liveProcessesInGroup(worker).isEmpty(); ++i)
+        ::usleep(10000);
+    EXPECT_EQ(liveProcessesInGroup(worker), QList<qint64>());
 }

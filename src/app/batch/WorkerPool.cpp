@@ -254,6 +254,8 @@ WorkerPool::WorkerPool(const Options &options, ResultHandler handler)
         d->options.worker.threads = std::max(1, QThread::idealThreadCount() / d->options.workers);
     if (d->options.worker.memoryLimitMiB < 0)
         d->options.worker.memoryLimitMiB = defaultMemoryLimitMiB(d->options.workers);
+    d->options.worker.parentPid = ::getpid();
+    d->options.worker.timeoutSeconds = d->options.timeoutSeconds;
     d->handler = std::move(handler);
     d->workers.resize(size_t(d->options.workers));
     QByteArray root = QFile::encodeName(QDir::tempPath() + QStringLiteral("/orvel-thumbs-workers-XXXXXX"));

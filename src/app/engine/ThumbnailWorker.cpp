@@ -11,11 +11,14 @@
 
 #include <algorithm>
 #include <atomic>
+#include <chrono>
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
 #include <fcntl.h>
 #include <sys/resource.h>
+#include <thread>
 #include <unistd.h>
 
 namespace orvel {
@@ -42,6 +45,38 @@ void answerFatalLibraryError(const gchar *domain, GLogLevelFlags, const gchar *m
         std::fprintf(stderr, "orvel-thumbs worker: %s\n", message);
     }
     std::_Exit(4);
+}
+
+// When the current file started, in seconds on the steady clock; 0 between files.
+std::atomic<qint64> fileStartedAt { 0 };
+
+qint64 steadySeconds()
+{
+    return std::chrono::duration_cast<std::chrono::seconds>(
+        std::chrono::steady_clock::now().time_since_epoch())
+        .count();
+}
+
+/// Ends the worker's process group (the worker and every task it started) when the process that
+/// started the worker is gone, or when a file runs far past the time limit: the parent kills its
+/// workers itself, but not when it is killed first (SIGKILL, an out-of-memory kill, a logout), and
+/// a worker must never go on burning a core for nobody. Checked from a thread of its own, a few
+/// times a second; the parent-death signal would fire when the parent's spawning thread ends, which
+/// for the desktop application is a short-lived one.
+void watchParent(qint64 parentPid, int timeoutSeconds)
+{
+    constexpr int Grace = 10; // seconds past the limit before the worker gives up on its parent
+    std::thread([parentPid, timeoutSeconds] {
+        for (;;) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(200));
+            const bool orphaned = parentPid > 0 && qint64(::getppid()) != parentPid;
+            const qint64 started = fileStartedAt.load();
+            const bool overran
+                = timeoutSeconds > 0 && started > 0 && steadySeconds() - started > timeoutSeconds + Grace;
+            if (orphaned || overran)
+                ::kill(0, SIGKILL);
+        }
+    }).detach();
 }
 
 } // namespace
@@ -99,6 +134,7 @@ int ThumbnailWorker::run(const WorkerOptions &options)
 
     UserDefaults &defaults = UserDefaults::standard();
     defaults.setArgumentDomain(options.settings);
+    watchParent(options.parentPid, options.timeoutSeconds);
 
     QByteArray request;
     while (detail::readFrame(channel, &request)) {
@@ -106,6 +142,7 @@ int ThumbnailWorker::run(const WorkerOptions &options)
         QString reason;
         ThumbnailJob::Outcome outcome = ThumbnailJob::Outcome::Failed;
         pendingAnswerChannel.store(channel);
+        fileStartedAt.store(steadySeconds());
         try {
             outcome = ThumbnailJob::run(path, &defaults, &reason);
         } catch (const std::exception &e) {
@@ -113,6 +150,7 @@ int ThumbnailWorker::run(const WorkerOptions &options)
         } catch (...) {
             reason = QStringLiteral("internal error");
         }
+        fileStartedAt.store(0);
         if (pendingAnswerChannel.exchange(-1) < 0)
             break; // answered by the fatal-error handler
         const bool made = outcome == ThumbnailJob::Outcome::Made;

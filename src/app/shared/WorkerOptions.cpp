@@ -66,6 +66,8 @@ QStringList WorkerOptions::toArguments() const
     }
     arguments << u"--worker-threads"_s << QString::number(threads);
     arguments << u"--memory-limit"_s << QString::number(memoryLimitMiB);
+    arguments << u"--parent"_s << QString::number(parentPid);
+    arguments << u"--timeout"_s << QString::number(timeoutSeconds);
     if (verbose)
         arguments << u"--verbose"_s;
     return arguments;
@@ -99,6 +101,12 @@ std::optional<WorkerOptions> WorkerOptions::fromArguments(const QStringList &arg
         } else if (name == u"--worker-threads") {
             options.threads = value.toInt(&ok);
             ok = ok && options.threads >= 0;
+        } else if (name == u"--parent") {
+            options.parentPid = value.toLongLong(&ok);
+            ok = ok && options.parentPid >= 0;
+        } else if (name == u"--timeout") {
+            options.timeoutSeconds = value.toInt(&ok);
+            ok = ok && options.timeoutSeconds >= 0;
         } else if (name == u"--memory-limit") {
             options.memoryLimitMiB = value.toLongLong(&ok);
             ok = ok && options.memoryLimitMiB >= -1;

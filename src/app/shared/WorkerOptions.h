@@ -22,6 +22,12 @@ struct WorkerOptions
     qint64 memoryLimitMiB = -1;
     /// Lets the libraries' messages through.
     bool verbose = false;
+    /// The process that started the worker; the worker ends (with everything it started) soon
+    /// after that process is gone. 0 for none.
+    qint64 parentPid = 0;
+    /// The pool's time limit per file in seconds (0 for none): a file that runs far past it ends
+    /// the worker even when nobody is left to kill it.
+    int timeoutSeconds = 0;
 
     /// The arguments that follow the program name, "--worker" first.
     [[nodiscard]] QStringList toArguments() const;
