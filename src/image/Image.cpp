@@ -66,8 +66,8 @@ ImageRepPtr representationForData(
     if (looksLikePDF(data))
         return PDFImageRep::imageRepWithData(data, error);
     if (data.startsWith("%!") || data.startsWith("\xC5\xD0\xD3\xC6")) {
-        ImageRepPtr rep = EPSImageRep::imageRepWithData(data);
-        if (!rep && error)
+        ImageRepPtr rep = EPSImageRep::imageRepWithData(data, error);
+        if (!rep && error && error->isEmpty())
             *error = QStringLiteral("unreadable PostScript document");
         return rep;
     }

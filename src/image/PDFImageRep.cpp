@@ -123,7 +123,7 @@ int EPSImageRep::conversionTimeLimit() { return ghostscriptTimeLimit.load(); }
 
 void EPSImageRep::setConversionTimeLimit(int seconds) { ghostscriptTimeLimit.store(qMax(1, seconds)); }
 
-std::shared_ptr<EPSImageRep> EPSImageRep::imageRepWithData(const QByteArray &data)
+std::shared_ptr<EPSImageRep> EPSImageRep::imageRepWithData(const QByteArray &data, QString *error)
 {
     // PostScript starts with "%!"; DOS EPS files with a binary header C5 D0 D3 C6.
     const bool dosEps = data.startsWith("\xC5\xD0\xD3\xC6");
@@ -144,7 +144,8 @@ std::shared_ptr<EPSImageRep> EPSImageRep::imageRepWithData(const QByteArray &dat
     if (!rep->m_boundingBox.isEmpty()) {
         rep->setSize(rep->m_boundingBox.size());
     } else if (!rep->initializePDFImageRep()) {
-        return nullptr; // no declared size and no page: nothing to show
+        // No declared size and no page: nothing to show.
+        return failure<std::shared_ptr<EPSImageRep>>(error, rep->m_error);
     }
     return rep;
 }
@@ -179,6 +180,46 @@ bool EPSImageRep::drawInRect(const QRectF &rect)
     return pdf && pdf->drawInRect(rect);
 }
 
+namespace {
+
+/// What Ghostscript prints when it finishes a page (see convertPostScriptToPDF).
+constexpr char PageDoneMarker[] = "%orvel-page-done";
+
+/// The first 64 KiB of the file at path.
+QByteArray readText(const QString &path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.read(64 * 1024) : QByteArray();
+}
+
+/// Whether data is a PDF that was finished (its end marker written) and has a page to show.
+bool isCompletePDF(const QByteArray &data)
+{
+    if (!data.startsWith("%PDF") || !data.trimmed().endsWith("%%EOF"))
+        return false;
+    const std::unique_ptr<Poppler::Document> document = Poppler::Document::loadFromData(data);
+    return document && !document->isLocked() && document->numPages() >= 1;
+}
+
+/// ": " and the first error line of Ghostscript's messages in the file at path; empty when there is none.
+QString firstErrorLine(const QString &path)
+{
+    const QList<QByteArray> lines = readText(path).split('\n');
+    QByteArray chosen;
+    for (const QByteArray &line : lines) {
+        const QByteArray text = line.trimmed();
+        if (text == PageDoneMarker)
+            continue;
+        if (text.startsWith("Error:") || (chosen.isEmpty() && !text.isEmpty()))
+            chosen = text;
+        if (text.startsWith("Error:"))
+            break;
+    }
+    return chosen.isEmpty() ? QString() : QStringLiteral(": ") + QString::fromLocal8Bit(chosen.left(200));
+}
+
+} // namespace
+
 QByteArray convertPostScriptToPDF(
     const QByteArray &postScript, bool encapsulated, int timeLimitSeconds, QString *error)
 {
@@ -202,11 +243,19 @@ QByteArray convertPostScriptToPDF(
         QStringLiteral("-sOutputFile=") + out };
     if (encapsulated)
         args << QStringLiteral("-dEPSCrop");
+    // Each finished page says so on standard output, so that an error after page 1 can be told
+    // from one before it.
+    args << QStringLiteral("-c")
+         << QStringLiteral(
+                "<< /EndPage { exch pop dup 0 eq { (%1\\n) print flush } if 2 ne } >> setpagedevice")
+                .arg(QLatin1StringView(PageDoneMarker));
     args << QStringLiteral("-f") << in;
     QProcess process;
     process.setStandardInputFile(QProcess::nullDevice());
-    process.setStandardOutputFile(QProcess::nullDevice());
-    process.setStandardErrorFile(QProcess::nullDevice());
+    // Ghostscript writes its errors to standard output, and some to standard error.
+    const QString messages = dir.filePath(QStringLiteral("messages.txt"));
+    process.setProcessChannelMode(QProcess::MergedChannels);
+    process.setStandardOutputFile(messages);
     process.start(gs, args);
     if (!process.waitForStarted(10000))
         return fail(QStringLiteral("Ghostscript could not be started"));
@@ -215,12 +264,17 @@ QByteArray convertPostScriptToPDF(
         process.waitForFinished(5000);
         return fail(QStringLiteral("PostScript conversion timed out after %1 s").arg(timeLimitSeconds));
     }
-    if (process.exitStatus() != QProcess::NormalExit || process.exitCode() != 0)
-        return fail(QStringLiteral("Ghostscript could not convert the PostScript document"));
     QFile result(out);
-    if (!result.open(QIODevice::ReadOnly))
-        return fail(QStringLiteral("Ghostscript made no PDF"));
-    QByteArray pdf = result.readAll();
+    const QByteArray pdf = result.open(QIODevice::ReadOnly) ? result.readAll() : QByteArray();
+    if (process.exitStatus() != QProcess::NormalExit || process.exitCode() != 0) {
+        // Ghostscript reports errors that come after the first page too: a TeX document's links to
+        // later pages, for one, which it cannot resolve when only page 1 is converted. A finished
+        // PDF with its page is all the thumbnail needs.
+        if (!isCompletePDF(pdf) || !readText(messages).contains(PageDoneMarker))
+            return fail(QStringLiteral("Ghostscript could not convert the PostScript document")
+                + firstErrorLine(messages));
+        return pdf;
+    }
     if (pdf.isEmpty())
         return fail(QStringLiteral("Ghostscript made an empty PDF"));
     return pdf;

@@ -51,7 +51,8 @@ class EPSImageRep : public ImageRep
 {
 public:
     /// A representation of the document; null when the data is not PostScript.
-    [[nodiscard]] static std::shared_ptr<EPSImageRep> imageRepWithData(const QByteArray &data);
+    [[nodiscard]] static std::shared_ptr<EPSImageRep> imageRepWithData(
+        const QByteArray &data, QString *error = nullptr);
     ~EPSImageRep() override;
 
     Kind kind() const override { return Kind::EPS; }

@@ -148,6 +148,27 @@ TEST_F(ThumbnailJobTest, DocumentsAndMoviesGiveTheirPicture)
     EXPECT_TRUE(colourNear(centreColour(frame), colourOfSecond(5), 14));
 }
 
+TEST_F(ThumbnailJobTest, PostScriptGivesItsFirstPageThoughGhostscriptComplainsAfterIt)
+{
+    // As TeX writes it with hyperlinks: page 1 links to a destination on page 2, which Ghostscript
+    // cannot resolve when it converts page 1 alone.
+    ASSERT_TRUE(writeBytes(file(u"paper.ps"_s),
+        "%!PS-Adobe-2.0\n%%Pages: 2\n%%Page: 1 1\n"
+        "[ /Rect [72 700 200 720] /Border [0 0 0] /Dest /sec2 /Subtype /Link /ANN pdfmark\n"
+        "1 0 0 setrgbcolor 0 0 612 792 rectfill showpage\n%%Page: 2 2\n"
+        "[ /Dest /sec2 /View [/XYZ 0 0 null] /DEST pdfmark\n0 0 1 setrgbcolor 0 0 612 792 rectfill "
+        "showpage\n"));
+    QString why;
+    ASSERT_TRUE(run(u"paper.ps"_s, &why)) << why;
+    EXPECT_TRUE(colourNear(loadImage(file(u"paper_thumb.jpg"_s)).pixelColor(50, 60), Qt::red, 12));
+    // A real error still answers NO, with Ghostscript's own words.
+    ASSERT_TRUE(writeBytes(file(u"broken.ps"_s), "%!PS\nnosuchoperator\nshowpage\n"));
+    EXPECT_FALSE(run(u"broken.ps"_s, &why));
+    EXPECT_TRUE(why.startsWith(
+        u"Ghostscript could not convert the PostScript document: Error: /undefined in nosuchoperator"_s))
+        << why;
+}
+
 TEST_F(ThumbnailJobTest, OriginalsAreNeverReplacedAndBadFilesSayWhy)
 {
     ASSERT_TRUE(writeTestImage(file(u"photo.jpg"_s), 40, 40));
