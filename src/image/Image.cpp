@@ -7,6 +7,7 @@
 
 #include <QFile>
 #include <QFileInfo>
+#include <QMimeDatabase>
 #include <algorithm>
 
 namespace orvel {
@@ -58,6 +59,31 @@ bool looksLikePDF(const QByteArray &head)
     vips_error_clear();
     return !picture;
 }
+
+} // namespace
+
+Image::ContentKind Image::contentKindOfFile(const QString &path)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        return ContentKind::None;
+    const QByteArray head = file.read(1024);
+    if (looksLikePDF(head) || head.startsWith("%!") || head.startsWith("\xC5\xD0\xD3\xC6"))
+        return ContentKind::Document;
+    ensureVips();
+    const char *loader = vips_foreign_find_load(QFile::encodeName(path).constData());
+    vips_error_clear();
+    if (!loader)
+        return ContentKind::None;
+    // ImageMagick's loader claims far too much (a movie passes for a TGA picture): it counts only
+    // where the MIME database, reading the content, calls the file a picture too.
+    if (QByteArrayView(loader).startsWith("magickload")
+        && !QMimeDatabase().mimeTypeForFile(path, QMimeDatabase::MatchContent).name().startsWith(u"image/"))
+        return ContentKind::None;
+    return ContentKind::Picture;
+}
+
+namespace {
 
 // The representation that suits data: PDF, PostScript, or a bitmap libvips decodes (orientation applied).
 ImageRepPtr representationForData(

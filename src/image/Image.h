@@ -176,6 +176,11 @@ public:
     [[nodiscard]] static QStringList PDFBundleTypes();
     static bool isImageExtension(const QString &extension, const QString &type);
     static bool isImageFile(const QString &path);
+    /// What the content of a file is, for a file whose name tells nothing.
+    enum class ContentKind { None, Document, Picture };
+    /// The kind of the file at path by its first bytes: a document (PDF, PostScript, DOS EPS by
+    /// their headers), a picture (a loader of libvips recognises it), or none of them.
+    [[nodiscard]] static ContentKind contentKindOfFile(const QString &path);
     static bool isWebImageExtension(const QString &extension);
     static bool isUTIImageFile(const QString &path);
     static bool isPostScriptExtension(const QString &extension);

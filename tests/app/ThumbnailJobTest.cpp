@@ -148,6 +148,33 @@ TEST_F(ThumbnailJobTest, DocumentsAndMoviesGiveTheirPicture)
     EXPECT_TRUE(colourNear(centreColour(frame), colourOfSecond(5), 14));
 }
 
+TEST_F(ThumbnailJobTest, WhereTheNameTellsNothingTheContentDecides)
+{
+    ASSERT_TRUE(writeTestImage(file(u"photo.jpg"_s), 60, 40));
+    ASSERT_TRUE(writeTestImage(file(u"scan.tif"_s), 60, 40));
+    ASSERT_TRUE(writeTestPdf(file(u"doc.pdf"_s), 300, 600, Qt::red));
+    ASSERT_TRUE(writeSecondsMovie(file(u"clip.mp4"_s), 2.0, 48, 32));
+    const QList<QPair<QString, QString>> renamed = { { u"photo.jpg"_s, u"photo.jpeg.1"_s },
+        { u"photo.jpg"_s, u"DSC0001"_s }, { u"scan.tif"_s, u"scan.img"_s },
+        { u"doc.pdf"_s, u"doc.download"_s }, { u"clip.mp4"_s, u"clip.part"_s } };
+    set(u"filetype"_s, 4);
+    for (const auto &[from, to] : renamed) {
+        ASSERT_TRUE(QFile::copy(file(from), file(to)));
+        QString why;
+        EXPECT_TRUE(run(to, &why)) << to << ": " << why;
+    }
+    EXPECT_EQ(sizeOf(file(u"DSC0001_thumb.png"_s)), QSize(60, 40));
+    EXPECT_EQ(sizeOf(file(u"doc_thumb.png"_s)), QSize(64, 128));
+    EXPECT_EQ(sizeOf(file(u"clip_thumb.png"_s)), QSize(48, 32));
+    // A known extension still decides: a PNG named .jpg is a picture, a text named .txt is none.
+    ASSERT_TRUE(writeTestImage(file(u"really-png.jpg"_s).replace(u".jpg"_s, u".png"_s), 30, 20));
+    ASSERT_TRUE(QFile::rename(file(u"really-png.png"_s), file(u"really-png.jpg"_s)));
+    EXPECT_TRUE(run(u"really-png.jpg"_s));
+    ASSERT_TRUE(writeBytes(file(u"notes.txt"_s), "hello"));
+    QString why;
+    EXPECT_EQ(ThumbnailJob::run(file(u"notes.txt"_s), &defaults(), &why), ThumbnailJob::Outcome::Skipped);
+}
+
 TEST_F(ThumbnailJobTest, PostScriptGivesItsFirstPageThoughGhostscriptComplainsAfterIt)
 {
     // As TeX writes it with hyperlinks: page 1 links to a destination on page 2, which Ghostscript

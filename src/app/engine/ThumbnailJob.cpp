@@ -11,6 +11,8 @@
 #include "movie/Movie.h"
 #include "support/UserDefaults.h"
 
+#include <QMimeDatabase>
+
 using namespace Qt::StringLiterals;
 
 namespace orvel {
@@ -47,6 +49,24 @@ QString drawFailure(const ImagePtr &image)
     return why.isEmpty() ? u"the image could not be drawn"_s : why;
 }
 
+/// Loads a file whose name tells nothing the job reads (photo.jpeg.1, scan.img, a JPEG saved
+/// without extension): its content decides, as libvips' loaders and the MIME database know it.
+ImagePtr loadByContent(const QString &path, QString *error)
+{
+    if (QMimeDatabase().mimeTypeForFile(path, QMimeDatabase::MatchContent).name().startsWith(u"video/"_s))
+        return Movie::thumbnailImageForMovieWithFile(path, nullptr, nullptr, error);
+    switch (Image::contentKindOfFile(path)) {
+    case Image::ContentKind::Document:
+        return Image::initByReferencingFile(path);
+    case Image::ContentKind::Picture:
+        return Image::thumbnailForFile(path, WholePicturePixelSize, true, true, nullptr, error);
+    case Image::ContentKind::None:
+        break;
+    }
+    *error = NotASourceText;
+    return nullptr;
+}
+
 /// Classifies and loads the file: PDF and the PostScript family first, then pictures, then movies
 /// (whose chosen frame stands in for the picture). Null, with error set, when there is nothing.
 ImagePtr loadSource(const QString &path, QString *error)
@@ -59,7 +79,7 @@ ImagePtr loadSource(const QString &path, QString *error)
     else if (Movie::isQuickTimeFile(path))
         image = Movie::thumbnailImageForMovieWithFile(path, nullptr, nullptr, error);
     else
-        *error = NotASourceText;
+        image = loadByContent(path, error);
     if (!image && error->isEmpty())
         *error = u"unreadable file"_s;
     return image;
