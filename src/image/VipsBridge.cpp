@@ -101,7 +101,11 @@ bool ImageSource::start(int maxPixelSize, bool withTransform, QString *error)
     else
         m_error = QStringLiteral("not a picture that can be decoded");
     vips_error_clear();
-    if (m_loader.isEmpty() || !readHeader(maxPixelSize, withTransform))
+    if (m_loader.isEmpty())
+        return failure(error, m_error);
+    // Some loaders (GIF's) read the whole file with the header.
+    if (!readHeader(maxPixelSize, withTransform)
+        && !(tolerateDamage() && readHeader(maxPixelSize, withTransform)))
         return failure(error, m_error);
     return true;
 }
@@ -182,11 +186,81 @@ bool ImageSource::readHeader(int maxPixelSize, bool withTransform)
     }
 }
 
+namespace {
+
+quint32 bigEndian32(const QByteArray &d, qsizetype at)
+{
+    return quint32(uchar(d[at])) << 24 | quint32(uchar(d[at + 1])) << 16 | quint32(uchar(d[at + 2])) << 8
+        | uchar(d[at + 3]);
+}
+
+/// Where the picture data of a JPEG, PNG or GIF begins (its first scan, image data chunk or
+/// image), found by walking the format's own segments; -1 when the data never gets there.
+qsizetype pictureDataStart(const QByteArray &d, const QString &loader)
+{
+    if (loader == u"jpegload") {
+        qsizetype at = 2; // after the start-of-image marker
+        while (at + 4 <= d.size() && uchar(d[at]) == 0xFF) {
+            const uchar marker = uchar(d[at + 1]);
+            const qsizetype length = qsizetype(uchar(d[at + 2])) << 8 | uchar(d[at + 3]);
+            if (marker == 0xDA) // start of scan
+                return at + 2 + length;
+            at += 2 + length;
+        }
+    } else if (loader == u"pngload") {
+        qsizetype at = 8; // after the signature
+        while (at + 8 <= d.size()) {
+            if (d.mid(at + 4, 4) == "IDAT")
+                return at + 8;
+            at += 12 + qsizetype(bigEndian32(d, at));
+        }
+    } else if (loader == u"gifload" && d.size() >= 13) {
+        qsizetype at = 13; // after the header and the screen descriptor
+        if (uchar(d[10]) & 0x80)
+            at += 3 * (qsizetype(2) << (uchar(d[10]) & 7)); // the global colour table
+        while (at < d.size()) {
+            if (uchar(d[at]) == 0x2C) // an image
+                return at + 10;
+            if (uchar(d[at]) != 0x21 || at + 2 > d.size()) // neither image nor extension
+                return -1;
+            at += 2; // extension introducer and label, then its sub-blocks up to an empty one
+            while (at < d.size() && uchar(d[at]) != 0)
+                at += 1 + uchar(d[at]);
+            ++at;
+        }
+    }
+    return -1;
+}
+
+} // namespace
+
+bool ImageSource::tolerateDamage()
+{
+    if (m_tolerateDamage)
+        return false; // tried already
+    QByteArray data = m_data;
+    if (data.isEmpty()) {
+        QFile file(m_path);
+        if (file.open(QIODevice::ReadOnly))
+            data = file.read(64 * 1024 * 1024);
+    }
+    // At least a little of the first scan, chunk or image must be there: a file cut right after
+    // its header has nothing to show and keeps failing.
+    constexpr qsizetype MinimumPictureData = 256;
+    const qsizetype start = pictureDataStart(data, m_loader);
+    if (start < 0 || data.size() - start < MinimumPictureData)
+        return false;
+    vips_error_clear();
+    m_tolerateDamage = true;
+    return true;
+}
+
 VImage ImageSource::load(double shrink, bool sequential) const
 {
-    vips::VOption *options = VImage::option()
-                                 ->set("access", sequential ? VIPS_ACCESS_SEQUENTIAL : VIPS_ACCESS_RANDOM)
-                                 ->set("fail_on", VIPS_FAIL_ON_TRUNCATED);
+    vips::VOption *options
+        = VImage::option()
+              ->set("access", sequential ? VIPS_ACCESS_SEQUENTIAL : VIPS_ACCESS_RANDOM)
+              ->set("fail_on", m_tolerateDamage ? VIPS_FAIL_ON_NONE : VIPS_FAIL_ON_TRUNCATED);
     // Shrink-on-load where the loader offers it: JPEG by powers of two, WebP and SVG by any factor.
     if (shrink >= 2.0 && m_loader == QLatin1String("jpegload")) {
         int s = 1;
@@ -255,12 +329,16 @@ VImage exactSize(VImage image, int w, int h)
 
 // libvips reports a decoder error inside a threaded pipeline (a truncated JPEG, say) as a warning
 // and fills the tile; the error text still lands in the error buffer, so that is checked too.
-void *writeChecked(VImage image, size_t *size)
+/// The pixels of image; an error libvips reports on the way fails it, unless damage is tolerated,
+/// where the loader's complaints about the damage are only warnings.
+void *writeChecked(VImage image, size_t *size, bool tolerateDamage)
 {
     vips_error_clear();
     void *memory = image.write_to_memory(size);
     const char *pending = vips_error_buffer();
-    if (pending && *pending) {
+    if (tolerateDamage && memory)
+        vips_error_clear();
+    else if (pending && *pending) {
         g_free(memory);
         throw VError(pending);
     }
@@ -279,6 +357,13 @@ VImage orient(VImage image, int orientation)
 } // namespace
 
 bool ImageSource::decodeInto(BitmapImageRep &rep)
+{
+    if (decodeOnce(rep))
+        return true;
+    return tolerateDamage() && decodeOnce(rep);
+}
+
+bool ImageSource::decodeOnce(BitmapImageRep &rep)
 {
     if (double(m_width) * double(m_height) > MaxDecodedPixels) {
         m_error
@@ -304,7 +389,7 @@ bool ImageSource::decodeInto(BitmapImageRep &rep)
         if (m_applyOrientation)
             image = orient(image, m_orientation);
         size_t size = 0;
-        void *memory = writeChecked(image, &size);
+        void *memory = writeChecked(image, &size, m_tolerateDamage);
         if (!memory) {
             m_error = QStringLiteral("out of memory");
             return false;
@@ -330,6 +415,14 @@ QImage ImageSource::renderScaled(int w, int h)
 {
     if (w <= 0 || h <= 0)
         return {};
+    QImage image = renderScaledOnce(w, h);
+    if (image.isNull() && tolerateDamage())
+        image = renderScaledOnce(w, h);
+    return image;
+}
+
+QImage ImageSource::renderScaledOnce(int w, int h)
+{
     try {
         const bool swap = m_applyOrientation && m_orientation >= 5;
         const int tw = swap ? h : w;
@@ -347,7 +440,7 @@ QImage ImageSource::renderScaled(int w, int h)
         image = roundToUchar(exactSize(image, tw, th));
         if (m_applyOrientation)
             image = orient(image, m_orientation);
-        return qimageFromVips(image);
+        return qimageFromVips(image, m_tolerateDamage);
     } catch (const VError &e) {
         m_error = vipsErrorText(e);
         return {};
@@ -370,13 +463,13 @@ VImage vipsImageFromBuffer(const unsigned char *data, int width, int height, int
         rows, size_t(tight) * height, width, height, bands, VIPS_FORMAT_UCHAR);
 }
 
-QImage qimageFromVips(VImage image)
+QImage qimageFromVips(VImage image, bool tolerateDamage)
 {
     const int bands = image.bands();
     if ((bands != 3 && bands != 4) || image.format() != VIPS_FORMAT_UCHAR)
         return {};
     size_t size = 0;
-    void *memory = writeChecked(image, &size);
+    void *memory = writeChecked(image, &size, tolerateDamage);
     if (!memory)
         return {};
     const int w = image.width();

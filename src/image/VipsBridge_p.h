@@ -44,8 +44,13 @@ public:
 private:
     ImageSource() = default;
     bool start(int maxPixelSize, bool withTransform, QString *error);
+    bool decodeOnce(BitmapImageRep &rep);
+    QImage renderScaledOnce(int w, int h);
     bool readHeader(int maxPixelSize, bool withTransform);
     vips::VImage load(double shrink, bool sequential) const;
+    /// After a decode failed: whether the file holds the start of its picture data, so that a
+    /// decoder told to go on past damage gives rows of the picture; switches that on when so.
+    bool tolerateDamage();
     vips::VImage finish(vips::VImage image) const;
 
     QString m_path;
@@ -60,6 +65,8 @@ private:
     bool m_hasAlpha = false;
     QVariantMap m_properties;
     QString m_error;
+    // Decode what a truncated or damaged file holds instead of failing on it.
+    bool m_tolerateDamage = false;
 };
 
 /// Wraps a premultiplied 8-bit RGBA or RGB buffer (rows may be padded) as a libvips image without copying.
@@ -68,7 +75,9 @@ vips::VImage vipsImageFromBuffer(
 /// Resizes a premultiplied 8-bit image to exactly w × h with the Lanczos filter.
 [[nodiscard]] QImage lanczosResize(const QImage &image, int w, int h);
 /// Copies a libvips image of 8-bit RGB or RGBA into a QImage (RGB888 or RGBA8888_Premultiplied).
-[[nodiscard]] QImage qimageFromVips(vips::VImage image);
+/// The pixels of image (3 or 4 bands of 8 bits); with tolerateDamage, a loader's complaints on the
+/// way are warnings.
+[[nodiscard]] QImage qimageFromVips(vips::VImage image, bool tolerateDamage = false);
 /// Encodes straight-alpha 8-bit RGB(A) pixels in a bitmap file type; empty for an unknown type or failure.
 [[nodiscard]] QByteArray encodeWithVips(
     vips::VImage image, int fileType, float compression, bool tiffLzw = false);

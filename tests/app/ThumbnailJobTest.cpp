@@ -148,6 +148,32 @@ TEST_F(ThumbnailJobTest, DocumentsAndMoviesGiveTheirPicture)
     EXPECT_TRUE(colourNear(centreColour(frame), colourOfSecond(5), 14));
 }
 
+TEST_F(ThumbnailJobTest, DamagedPicturesGiveWhatDecodes)
+{
+    set(u"filetype"_s, 4);
+    for (const QString &format : { u"jpg"_s, u"png"_s, u"gif"_s }) {
+        const QString whole = file(u"whole."_s + format);
+        const QString cut = file(u"cut."_s + format);
+        ASSERT_TRUE(writeTestImage(whole, 300, 200));
+        const QByteArray bytes = readBytes(whole);
+        ASSERT_TRUE(writeBytes(cut, bytes.left(bytes.size() * 6 / 10)));
+        QString why;
+        ASSERT_TRUE(run(cut, &why)) << format << ": " << why;
+        ASSERT_TRUE(run(whole));
+        // The rows that were there are the picture's; what is missing is as the decoder leaves it.
+        const QImage fromCut = loadImage(file(u"cut_thumb.png"_s));
+        const QImage fromWhole = loadImage(file(u"whole_thumb.png"_s));
+        ASSERT_EQ(fromCut.size(), QSize(128, 85)) << format;
+        EXPECT_TRUE(colourNear(fromCut.pixelColor(20, 5), fromWhole.pixelColor(20, 5), 24)) << format;
+    }
+    // Cut right after its header, a picture has nothing to show.
+    const QByteArray jpeg = readBytes(file(u"whole.jpg"_s));
+    ASSERT_TRUE(writeBytes(file(u"header.jpg"_s), jpeg.left(jpeg.indexOf("\xFF\xDA") + 20)));
+    QString why;
+    EXPECT_FALSE(run(u"header.jpg"_s, &why));
+    EXPECT_FALSE(why.isEmpty());
+}
+
 TEST_F(ThumbnailJobTest, WhereTheNameTellsNothingTheContentDecides)
 {
     ASSERT_TRUE(writeTestImage(file(u"photo.jpg"_s), 60, 40));
