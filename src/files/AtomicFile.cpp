@@ -1,9 +1,8 @@
 // Atomic file replacement: write a hidden temporary file beside the target, flush it, rename it over.
 #include "files/AtomicFile.h"
 
-#include "support/Failure.h"
-
 #include "files/NativePath_p.h"
+#include "support/Failure.h"
 
 #include <QRandomGenerator>
 

@@ -1,9 +1,8 @@
 // Loading images: decoded thumbnails of image files, referenced files, downloaded data, pictures.
 #include "image/Image.h"
 
-#include "support/Failure.h"
-
 #include "image/VipsBridge_p.h"
+#include "support/Failure.h"
 
 namespace orvel {
 

@@ -1,9 +1,8 @@
 // PDFImageRep and EPSImageRep: vector documents rendered through Poppler, PostScript through Ghostscript.
 #include "image/PDFImageRep.h"
 
-#include "support/Failure.h"
-
 #include "image/GraphicsContext.h"
+#include "support/Failure.h"
 
 #include <QPainter>
 #include <QProcess>

@@ -1,9 +1,8 @@
 // The libvips side of the image module: lazy sources, pixel conversion and the encoders.
 #include "image/VipsBridge_p.h"
 
-#include "support/Failure.h"
-
 #include "image/BitmapImageRep.h"
+#include "support/Failure.h"
 
 #include <QFile>
 #include <algorithm>

@@ -3,7 +3,6 @@
 
 #include "movie/FFmpeg_p.h"
 #include "support/Failure.h"
-
 #include "support/Log.h"
 
 #include <QFile>

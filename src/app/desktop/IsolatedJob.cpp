@@ -1,12 +1,11 @@
 // IsolatedJob: the thumbnail job of the desktop application, run in a worker process.
 #include "app/desktop/IsolatedJob.h"
 
-#include "support/Failure.h"
-
 #include "app/batch/WorkerEngine.h"
 #include "app/batch/WorkerPool.h"
 #include "app/engine/ThumbnailJob.h"
 #include "files/FileManager.h"
+#include "support/Failure.h"
 #include "support/UserDefaults.h"
 
 #include <QCoreApplication>

@@ -1,14 +1,13 @@
 // ThumbnailJob: one file in, one thumbnail (or custom icon) out, as the settings say.
 #include "app/engine/ThumbnailJob.h"
 
-#include "support/Failure.h"
-
 #include "app/engine/IconService.h"
 #include "app/shared/ThumbnailSettings.h"
 #include "files/AtomicFile.h"
 #include "files/FileManager.h"
 #include "image/Image.h"
 #include "movie/Movie.h"
+#include "support/Failure.h"
 #include "support/UserDefaults.h"
 
 #include <QMimeDatabase>
