@@ -94,7 +94,7 @@ ftn_one() { ffmpegthumbnailer -i "$1" -o "$out/ftn/$(basename "$1").jpg" -s 128 
 export -f ftn_one
 export out
 # The files themselves are given (not the folder), so earlier thumbnails are never thumbnailed.
-orvel_run() { "$thumbs" --quiet -j "$1" -s 128 -f jpeg -q 80 --folder .orvel-bench "${files[@]}"; }
+orvel_run() { "$thumbs" --quiet -j "$1" -s 128 -f jpeg --quality 80 --folder .orvel-bench "${files[@]}"; }
 ftn_run() { printf '%s\0' "${files[@]}" | xargs -0 -n 1 -P "$1" bash -c 'ftn_one "$0"'; }
 
 wall orvel_run 1 >/dev/null # warms the page cache and checks that it works

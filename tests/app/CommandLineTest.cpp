@@ -62,7 +62,7 @@ TEST(CommandLine, SetValuesAreTypedByTheirLook)
 TEST(CommandLine, OptionsSetTheirKeysAndTheLastOneWins)
 {
     const QList<QPair<QStringList, QVariantMap>> cases = {
-        { { u"-f"_s, u"PNG"_s, u"--size=64x48"_s, u"-q"_s, u"55"_s, u"--interpolation"_s, u"none"_s,
+        { { u"-f"_s, u"PNG"_s, u"--size=64x48"_s, u"-Q"_s, u"55"_s, u"--interpolation"_s, u"none"_s,
               u"--folder"_s, u"small"_s, u"--create"_s, u"thumbnail+icon"_s, u"--sharpen"_s, u"medium"_s,
               u"pics"_s },
             { { u"filetype"_s, qint64(4) }, { u"width"_s, qint64(64) }, { u"height"_s, qint64(48) },
@@ -107,6 +107,10 @@ TEST(CommandLine, RunOptionsAndPaths)
 
     EXPECT_EQ(parseCommandLine({ u"x"_s, u"--help"_s, u"--bogus"_s }).mode, CommandLineOptions::Mode::Help);
     EXPECT_EQ(parseCommandLine({ u"--version"_s }).mode, CommandLineOptions::Mode::Version);
+    // The short options GNU tools have: -q quiet, -v verbose, -V version (-Q is the quality).
+    o = parseCommandLine({ u"-q"_s, u"-v"_s, u"x"_s });
+    EXPECT_TRUE(o.quiet && o.verbose);
+    EXPECT_EQ(parseCommandLine({ u"-V"_s }).mode, CommandLineOptions::Mode::Version);
     o = parseCommandLine({ u"defaults"_s, u"read"_s });
     EXPECT_EQ(o.mode, CommandLineOptions::Mode::Defaults);
     EXPECT_EQ(o.defaultsArguments, QStringList { u"read"_s });

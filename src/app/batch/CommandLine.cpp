@@ -182,7 +182,7 @@ const Option Options[] = {
             o.settings.insert(Setting::Scale.key(), *percent / 100.0);
             return QString();
         } },
-    { Option::Section::Settings, u"quality", u'q', u"0-100", u"compression quality", Setting::Quality.name,
+    { Option::Section::Settings, u"quality", u'Q', u"0-100", u"compression quality", Setting::Quality.name,
         [](const QString &option, const QString &value, CommandLineOptions &o) {
             const auto percent = decimalNumber(value, 0, 100);
             if (!percent)
@@ -241,12 +241,12 @@ const Option Options[] = {
             o.memoryLimitMiB = *mebibytes;
             return QString();
         } },
-    { Option::Section::Running, u"quiet", 0, nullptr, u"no progress bar and no summary", nullptr,
+    { Option::Section::Running, u"quiet", u'q', nullptr, u"no progress bar and no summary", nullptr,
         [](const QString &, const QString &, CommandLineOptions &o) {
             o.quiet = true;
             return QString();
         } },
-    { Option::Section::Running, u"verbose", 0, nullptr,
+    { Option::Section::Running, u"verbose", u'v', nullptr,
         u"print every thumbnail written, and log messages (FFmpeg's too)", nullptr,
         [](const QString &, const QString &, CommandLineOptions &o) {
             o.verbose = true;
@@ -257,7 +257,7 @@ const Option Options[] = {
             o.mode = CommandLineOptions::Mode::Help;
             return QString();
         } },
-    { Option::Section::Running, u"version", 0, nullptr, u"print the version", nullptr,
+    { Option::Section::Running, u"version", u'V', nullptr, u"print the version", nullptr,
         [](const QString &, const QString &, CommandLineOptions &o) {
             o.mode = CommandLineOptions::Mode::Version;
             return QString();
