@@ -73,8 +73,9 @@ bool canListFolder(const QString &path, QString *error)
 class Walk
 {
 public:
-    explicit Walk(FolderWalk::Visitor &visitor)
+    Walk(FolderWalk::Visitor &visitor, int maxDepth)
         : m_visitor(visitor)
+        , m_maxDepth(maxDepth)
     {
     }
 
@@ -93,6 +94,8 @@ private:
     FolderWalk::Visitor &m_visitor;
     // The folders on the way from the walked path down to the current one.
     std::vector<Ancestor> m_ancestors;
+    // How many folder levels below a named path are walked; negative for all.
+    int m_maxDepth = -1;
 };
 
 bool Walk::processPath(const QString &path) { return processEntry(path, FolderWalk::Found::Named); }
@@ -132,6 +135,9 @@ bool Walk::processFolder(const QString &path, const QString &folder)
         }
     }
 
+    // The entries of this folder would lie deeper than the walk may go.
+    if (m_maxDepth >= 0 && qsizetype(m_ancestors.size()) >= m_maxDepth)
+        return true;
     m_ancestors.push_back({ *identity, folder });
     m_visitor.willListFolder(folder);
     const QStringList entries = FileManager::directoryContentsAtPath(folder, true);
@@ -150,9 +156,9 @@ bool Walk::processFolder(const QString &path, const QString &folder)
 
 } // namespace
 
-bool FolderWalk::processPath(const QString &path, Visitor &visitor)
+bool FolderWalk::processPath(const QString &path, Visitor &visitor, int maxDepth)
 {
-    Walk walk(visitor);
+    Walk walk(visitor, maxDepth);
     return walk.processPath(path);
 }
 

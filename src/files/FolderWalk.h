@@ -45,7 +45,11 @@ public:
     ///
     /// Unlike a plain recursion, the walk never enters a folder that is already on its own way
     /// down (a symbolic link to one of its ancestors): that entry answers NO with a reason.
-    static bool processPath(const QString &path, Visitor &visitor);
+    ///
+    /// maxDepth, when not negative, is how deep the walk goes, as find's -maxdepth counts: 0 the
+    /// path alone (a folder is not entered), 1 the entries of a named folder but not of its
+    /// sub-folders, and so on; a folder left unwalked answers YES.
+    static bool processPath(const QString &path, Visitor &visitor, int maxDepth = -1);
 };
 
 } // namespace orvel

@@ -107,6 +107,8 @@ TEST(CommandLine, RunOptionsAndPaths)
 
     EXPECT_EQ(parseCommandLine({ u"x"_s, u"--help"_s, u"--bogus"_s }).mode, CommandLineOptions::Mode::Help);
     EXPECT_EQ(parseCommandLine({ u"--version"_s }).mode, CommandLineOptions::Mode::Version);
+    EXPECT_EQ(parseCommandLine({ u"--max-depth=1"_s, u"x"_s }).maxDepth, 1);
+    EXPECT_EQ(parseCommandLine({ u"x"_s }).maxDepth, -1);
     // The short options GNU tools have: -q quiet, -v verbose, -V version (-Q is the quality).
     o = parseCommandLine({ u"-q"_s, u"-v"_s, u"x"_s });
     EXPECT_TRUE(o.quiet && o.verbose);

@@ -207,3 +207,24 @@ TEST(FolderWalk, UnreadableFolderIsReportedAndAnswersWhatTheVisitorSays)
     ASSERT_EQ(::waitpid(child, &status, 0), child);
     EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << status;
 }
+
+TEST(FolderWalk, GoesNoDeeperThanItIsAllowed)
+{
+    TempDir dir;
+    for (const char *name : { "a/1", "a/b/2", "a/b/c/3" })
+        touch(dir.file(QString::fromLatin1(name)));
+    const QList<QPair<int, QStringList>> depths
+        = { { 0, {} }, { 1, { dir.file(u"a/1"_s) } }, { 2, { dir.file(u"a/1"_s), dir.file(u"a/b/2"_s) } },
+              { -1, { dir.file(u"a/1"_s), dir.file(u"a/b/2"_s), dir.file(u"a/b/c/3"_s) } } };
+    for (const auto &[depth, expected] : depths) {
+        Recorder recorder;
+        EXPECT_TRUE(FolderWalk::processPath(dir.file(u"a"_s), recorder, depth));
+        QStringList files = recorder.files;
+        files.sort();
+        EXPECT_EQ(files, expected) << depth;
+    }
+    // A file named directly is processed at any depth.
+    Recorder named;
+    EXPECT_TRUE(FolderWalk::processPath(dir.file(u"a/b/c/3"_s), named, 0));
+    EXPECT_EQ(named.files.size(), 1);
+}

@@ -43,7 +43,7 @@ int BatchRun::run()
     bool ok = true;
     for (const QString &argument : m_options.paths) {
         const QString path = argument.isEmpty() ? argument : QFileInfo(argument).absoluteFilePath();
-        ok = FolderWalk::processPath(path, *this) && ok;
+        ok = FolderWalk::processPath(path, *this, m_options.maxDepth) && ok;
     }
     m_pool.waitForAll();
     m_progress.finish();

@@ -221,6 +221,16 @@ const Option Options[] = {
             o.jobs = int(*jobs);
             return QString();
         } },
+    { Option::Section::Running, u"max-depth", 0, u"N",
+        u"walk folders N levels deep (1: a folder's own files, 0: no\nfolder entered; default: all the way)",
+        nullptr,
+        [](const QString &option, const QString &value, CommandLineOptions &o) {
+            const auto depth = wholeNumber(value, 0, 1000000);
+            if (!depth)
+                return invalidValue(option, value, u"a whole number of levels, 0 or more"_s);
+            o.maxDepth = int(*depth);
+            return QString();
+        } },
     { Option::Section::Running, u"timeout", 0, u"SECONDS", u"time limit per file (default 120, 0 for none)",
         nullptr,
         [](const QString &option, const QString &value, CommandLineOptions &o) {

@@ -29,6 +29,8 @@ struct CommandLineOptions
     int jobs = 0;
     /// Time limit per file in seconds; 0 means none.
     int timeoutSeconds = 120;
+    /// How deep folders are walked (see FolderWalk::processPath); negative for all the way.
+    int maxDepth = -1;
     /// Memory limit of each worker process in MiB; 0 means none, -1 the default share.
     qint64 memoryLimitMiB = -1;
     bool quiet = false;
