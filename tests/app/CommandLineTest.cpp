@@ -273,9 +273,18 @@ TEST(DefaultsCommand, WriteReadAndDeleteOnAStore)
     EXPECT_EQ(store.objectForKey(u"QuitWhenDone"_s), QVariant(false));
     EXPECT_EQ(store.objectForKey(u"quality"_s), QVariant(0.5));
 
+    EXPECT_EQ(DefaultsCommand::run({ u"write"_s, u"--force"_s, u"zoom"_s, u"2"_s }, store, &out, &err), 0);
+
+    // Every setting in effect, the defaults marked, then the other keys stored.
     EXPECT_EQ(DefaultsCommand::run({ u"read"_s }, store, &out, &err), 0);
-    EXPECT_EQ(out, u"QuitWhenDone = false\nextension = -5\nquality = 0.5\nwidth = 64\n"_s);
+    EXPECT_EQ(out,
+        u"filetype = 3 (default)\nwidth = 64\nheight = 128 (default)\nsizing = 0 (default)\n"
+        u"scale = 1.0 (default)\nquality = 0.5\nAntialiasing = 3 (default)\nsharpen = 0 (default)\n"
+        u"extension = -5\nextensionFormat = 1 (default)\ncreate = 0 (default)\nQuitWhenDone = false\nzoom = 2\n"_s);
     EXPECT_TRUE(err.isEmpty()) << err.toStdString();
+    out.clear();
+    EXPECT_EQ(DefaultsCommand::run({ u"--help"_s }, store, &out, &err), 0);
+    EXPECT_TRUE(out.startsWith(u"usage: orvel-thumbs defaults read [KEY]\n"_s)) << out;
 }
 
 TEST(DefaultsCommand, BadWritesAreUsageErrorsAndChangeNothing)

@@ -24,7 +24,8 @@ TEST(DefaultsCommand, RoundTripThroughTheExecutableAndTheXdgFolder)
     EXPECT_EQ(runThumbs(dir, { u"defaults"_s, u"read"_s, u"width"_s }, &out), 0);
     EXPECT_EQ(out, "96\n");
     EXPECT_EQ(runThumbs(dir, { u"defaults"_s, u"read"_s }, &out), 0);
-    EXPECT_EQ(out, "extension = _small\nwidth = 96\n");
+    EXPECT_TRUE(out.contains("\nwidth = 96\nheight = 128 (default)\n")) << out.constData();
+    EXPECT_TRUE(out.contains("\nextension = _small\n")) << out.constData();
 
     EXPECT_EQ(runThumbs(dir, { u"defaults"_s, u"delete"_s, u"width"_s }), 0);
     EXPECT_EQ(runThumbs(dir, { u"defaults"_s, u"read"_s, u"width"_s }, &out, &err), 1);

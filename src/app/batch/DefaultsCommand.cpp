@@ -79,6 +79,10 @@ int DefaultsCommand::run(const QStringList &arguments, UserDefaults &store, QStr
 {
     if (arguments.isEmpty())
         return usageError(QStringLiteral("missing command"), errors);
+    if (arguments.first() == u"--help" || arguments.first() == u"-h") {
+        *output += usageText();
+        return 0;
+    }
     const QString &command = arguments.first();
     QStringList rest = arguments.mid(1);
 
@@ -86,7 +90,14 @@ int DefaultsCommand::run(const QStringList &arguments, UserDefaults &store, QStr
         if (rest.size() > 1)
             return usageError(QStringLiteral("too many arguments"), errors);
         if (rest.isEmpty()) {
-            const QVariantMap all = store.dictionaryRepresentation();
+            // Every setting with the value in effect, the defaults marked; then any other key stored.
+            QVariantMap all = store.dictionaryRepresentation();
+            for (const SettingKey &key : settingKeys()) {
+                const QVariant stored = all.take(key.key());
+                *output += stored.isValid()
+                    ? QStringLiteral("%1 = %2\n").arg(key.key(), formatValue(stored))
+                    : QStringLiteral("%1 = %2 (default)\n").arg(key.key(), key.defaultText());
+            }
             for (auto it = all.cbegin(); it != all.cend(); ++it)
                 *output += QStringLiteral("%1 = %2\n").arg(it.key(), formatValue(it.value()));
             return 0;
