@@ -358,6 +358,8 @@ TEST(SettingsSchema, TheReadmeTableAndTheHelpSayWhatTheSchemaSays)
     }
 
     const QString help = usageText();
+    for (const QString &line : help.split(u'\n'))
+        EXPECT_LE(line.size(), 80) << line; // a terminal's width
     QStringList keys;
     for (const SettingKey &key : settingKeys()) {
         keys << key.key();

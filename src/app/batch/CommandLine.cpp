@@ -284,10 +284,34 @@ const Option *findOption(QStringView name, bool isShort)
     return nullptr;
 }
 
+/// Width of the help text: a terminal's 80 columns.
+constexpr qsizetype HelpWidth = 80;
+
+/// text (its own line breaks kept) as lines of at most HelpWidth columns, each after indent
+/// columns; the first line follows head, which is padded to indent (or takes a line of its own
+/// when it is too long).
+QString helpLines(const QString &head, qsizetype indent, const QString &text)
+{
+    QStringList lines;
+    for (const QString &paragraph : text.split(u'\n')) {
+        QString line;
+        for (const QString &word : paragraph.split(u' ', Qt::SkipEmptyParts)) {
+            if (!line.isEmpty() && indent + line.size() + 1 + word.size() > HelpWidth) {
+                lines << line;
+                line.clear();
+            }
+            line += (line.isEmpty() ? QString() : u" "_s) + word;
+        }
+        lines << line;
+    }
+    QString out = head.size() < indent ? head.leftJustified(indent) : head + u'\n' + QString(indent, u' ');
+    out += lines.join(u'\n' + QString(indent, u' ')) + u'\n';
+    return out;
+}
+
 /// The help lines of the options of one section, their texts in a column.
 QString optionHelp(Option::Section section)
 {
-    constexpr qsizetype HelpColumn = 27;
     QString text;
     for (const Option &option : Options) {
         if (option.section != section)
@@ -296,17 +320,10 @@ QString optionHelp(Option::Section section)
         name += QString::fromUtf16(option.longName);
         if (option.valueName)
             name += u' ' + QString::fromUtf16(option.valueName);
-        QString help = QString::fromUtf16(option.help);
+        QString help = QString::fromUtf16(option.help).replace(u'\n', u' ');
         if (option.keys)
             help += u" (%1)"_s.arg(QString::fromUtf16(option.keys));
-        const QStringList lines = help.split(u'\n');
-        // A name too long for its column gets a line of its own.
-        if (name.size() >= HelpColumn - 1)
-            text += name + u'\n' + QString(HelpColumn, u' ') + lines.first() + u'\n';
-        else
-            text += name.leftJustified(HelpColumn - 1) + u' ' + lines.first() + u'\n';
-        for (qsizetype i = 1; i < lines.size(); ++i)
-            text += QString(HelpColumn, u' ') + lines.at(i) + u'\n';
+        text += helpLines(name, 27, help);
     }
     return text;
 }
@@ -316,10 +333,9 @@ QString settingsHelp()
 {
     QString text;
     for (const SettingKey &key : settingKeys()) {
-        text += u"  %1 %2 %3 %4\n"_s.arg(key.key(), -16)
-                    .arg(key.typeName(), -8)
-                    .arg(key.defaultText(), -7)
-                    .arg(QString::fromUtf16(key.meaning));
+        const QString head
+            = u"  %1 %2 %3"_s.arg(key.key(), -16).arg(key.typeName(), -8).arg(key.defaultText());
+        text += helpLines(head, 36, QString::fromUtf16(key.meaning));
     }
     return text;
 }
@@ -404,19 +420,32 @@ QString usageText()
 {
     return u"Usage: orvel-thumbs [OPTION]... PATH...\n"
            u"       orvel-thumbs defaults read [KEY]\n"
-           u"       orvel-thumbs defaults write [--force] KEY [-int|-float|-bool|-string] VALUE\n"
+           u"       orvel-thumbs defaults write [--force] KEY [-int|-float|-bool|-string]\n"
+           u"                                 VALUE\n"
            u"       orvel-thumbs defaults delete KEY\n"
            u"\n"
-           u"Makes a thumbnail of every image, PDF or PostScript document and movie in PATH (files, and\n"
-           u"folders searched through), with the stored settings; a movie gives the frame at half its\n"
-           u"length, at most 15 seconds in. Exits with 0 when every PATH was\n"
-           u"handled, 1 when something gave no thumbnail, 2 on a usage error.\n"
+           u"Makes a thumbnail of every image, PDF or PostScript document and movie in PATH\n"
+           u"(files, and folders searched through), with the stored settings; a movie gives\n"
+           u"the frame at half its length, at most 15 seconds in. Inside folders, files that\n"
+           u"are none of these and thumbnails the naming rule could have written are skipped.\n"
+           u"Exits with 0 when every PATH was handled, 1 when something gave no thumbnail,\n"
+           u"2 on a usage error.\n"
            u"\n"
            u"Settings for this run only (the stored settings are left as they are):\n"_s
         + optionHelp(Option::Section::Settings) + u"\nRunning:\n"_s + optionHelp(Option::Section::Running)
-        + u"\nSettings (KEY, type, default, meaning), stored in $XDG_CONFIG_HOME/orvel/thumbnails.conf;\n"
-          u"see 'orvel-thumbs defaults'. A file named 'defaults' is given as ./defaults.\n"_s
-        + settingsHelp();
+        + u"\nSettings (KEY, type, default, meaning), stored in\n"
+          u"$XDG_CONFIG_HOME/orvel/thumbnails.conf; see 'orvel-thumbs defaults'. A file\n"
+          u"named 'defaults' is given as ./defaults.\n"_s
+        + settingsHelp()
+        + u"\nExamples:\n"
+          u"  orvel-thumbs ~/Pictures\n"
+          u"      thumbnails of every picture below ~/Pictures, with the stored settings\n"
+          u"  orvel-thumbs -s 256 -f png --folder small photos\n"
+          u"      256-pixel PNGs, each in a folder 'small' beside its source\n"
+          u"  orvel-thumbs --create icon --max-depth 1 ~/Downloads\n"
+          u"      file-manager icons for the files of ~/Downloads, not of its sub-folders\n"
+          u"  orvel-thumbs defaults write width 200\n"
+          u"      store a setting for the runs to come\n"_s;
 }
 
 int runCommandLine(const QStringList &arguments, const QString &executable, const QString &version)
