@@ -207,6 +207,7 @@ TEST(Progress, LineFitsEveryWidthAndShowsWhatItCan)
     Progress::Status status;
     status.done = 12;
     status.total = 40;
+    status.totalKnown = true;
     status.currentFile = u"/photos/2024/holiday/IMG_20240812_153012_very_long_name.jpg"_s;
     status.elapsedSeconds = 4;
     for (int columns = 1; columns <= 200; ++columns) {
@@ -216,26 +217,36 @@ TEST(Progress, LineFitsEveryWidthAndShowsWhatItCan)
             EXPECT_TRUE(line.startsWith(u"12/40"_s)) << columns;
         }
     }
-    const QString wide = Progress::formatLine(status, 200);
-    EXPECT_EQ(wide, u"12/40 [======>             ] 3.0 files/s  IMG_20240812_153012_very_long_name.jpg"_s);
-    const QString narrow = Progress::formatLine(status, 50);
+    // 12 of 40 in 4 s: 3 files a second, 28 to go in 9 s.
+    EXPECT_EQ(Progress::formatLine(status, 200),
+        u"12/40 30% [======>             ] 3.0 files/s 0:09 left  IMG_20240812_153012_very_long_name.jpg"_s);
+    const QString narrow = Progress::formatLine(status, 60);
     EXPECT_TRUE(narrow.contains(u"..."_s)) << narrow.toStdString();
     EXPECT_TRUE(narrow.endsWith(u"name.jpg"_s)) << narrow.toStdString();
+    // Without a total counted ahead: a count and no bar.
+    status.totalKnown = false;
+    EXPECT_EQ(
+        Progress::formatLine(status, 80), u"12 done 3.0 files/s  IMG_20240812_153012_very_long_name.jpg"_s);
 }
 
 TEST(Progress, BarIsFullWhenDoneAndEmptyAtTheStart)
 {
     Progress::Status status;
+    status.totalKnown = true;
     status.done = 3;
     status.total = 3;
-    EXPECT_EQ(Progress::formatLine(status, 80), u"3/3 [====================] 0.0 files/s"_s);
+    EXPECT_EQ(Progress::formatLine(status, 80), u"3/3 100% [====================] 0.0 files/s"_s);
     status.done = 0;
     status.total = 0;
-    EXPECT_EQ(Progress::formatLine(status, 80), u"0/0 [                    ] 0.0 files/s"_s);
+    EXPECT_EQ(Progress::formatLine(status, 80), u"0/0 100% [                    ] 0.0 files/s"_s);
+    status.total = 4000;
+    status.elapsedSeconds = 60;
+    status.done = 40;
+    EXPECT_EQ(
+        Progress::formatLine(status, 80), u"40/4000 1% [>                   ] 0.7 files/s 1:39:00 left"_s);
     status.total = 7;
-    status.elapsedSeconds = 0.5;
     status.done = 7 * 10;
-    EXPECT_TRUE(Progress::formatLine(status, 80).startsWith(u"70/70 [====="_s)) << "done beyond total";
+    EXPECT_TRUE(Progress::formatLine(status, 80).startsWith(u"70/70 100% [====="_s)) << "done beyond total";
 }
 
 TEST(Progress, ElisionKeepsBothEnds)

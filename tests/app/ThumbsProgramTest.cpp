@@ -5,6 +5,7 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QRegularExpression>
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
@@ -243,4 +244,24 @@ TEST(CommandLineRun, ASecondRunOverAFolderMakesNothingNewAndSkippedIsNotFailed)
             << out.constData();
         EXPECT_EQ(QDir(dir.file(u"pics"_s)).entryList(QDir::AllEntries | QDir::NoDotAndDotDot), made);
     }
+}
+
+TEST(CommandLineRun, OnATerminalTheProgressHasItsTotalFromTheStart)
+{
+    TempDir dir;
+    ASSERT_TRUE(QDir(dir.path()).mkpath(u"pics/sub"_s));
+    for (const char16_t *name : { u"pics/a.png", u"pics/b.png", u"pics/c.png", u"pics/sub/d.png" })
+        ASSERT_TRUE(writeTestImage(dir.file(QString::fromUtf16(name)), 40, 30));
+    // script(1) gives the program a pseudo-terminal, as a user's shell would.
+    const QString command = u"'%1' -j1 '%2'"_s.arg(thumbsExecutable(), dir.file(u"pics"_s));
+    QByteArray out;
+    ASSERT_EQ(runProgram(u"script"_s, { u"-qec"_s, command, u"/dev/null"_s }, &out, nullptr, 60000,
+                  { u"XDG_CONFIG_HOME="_s + dir.file(u"config"_s) }),
+        0);
+    static const QRegularExpression progress(u"(\\d+)/(\\d+) (\\d+)%"_s);
+    int lines = 0;
+    for (auto it = progress.globalMatch(QString::fromUtf8(out)); it.hasNext(); ++lines)
+        EXPECT_EQ(it.next().captured(2), u"4"_s) << out.constData();
+    EXPECT_GE(lines, 1) << out.constData();
+    EXPECT_TRUE(out.contains("4 thumbnails made, 0 failed")) << out.constData();
 }

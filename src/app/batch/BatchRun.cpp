@@ -38,9 +38,43 @@ BatchRun::BatchRun(const CommandLineOptions &options, const QString &executable,
 {
 }
 
+namespace {
+
+/// Counts the files a batch will hand to the job, by a walk of its own that only lists folders.
+class Count : public FolderWalk::Visitor
+{
+public:
+    explicit Count(const ThumbnailSettings &settings)
+        : m_settings(settings)
+    {
+    }
+    bool processFile(const QString &path, FolderWalk::Found found) override
+    {
+        if (found == FolderWalk::Found::Named || !m_settings.couldHaveWritten(path))
+            ++files;
+        return true;
+    }
+    qint64 files = 0;
+
+private:
+    const ThumbnailSettings &m_settings;
+};
+
+} // namespace
+
 int BatchRun::run()
 {
     bool ok = true;
+    if (m_progress.isShown()) {
+        // A total known from the start, so that the bar and the time left mean something.
+        const ThumbnailSettings settings = ThumbnailSettings::read(m_defaults);
+        Count count(settings);
+        for (const QString &argument : m_options.paths)
+            (void)FolderWalk::processPath(
+                argument.isEmpty() ? argument : QFileInfo(argument).absoluteFilePath(), count,
+                m_options.maxDepth);
+        m_progress.setTotal(count.files);
+    }
     for (const QString &argument : m_options.paths) {
         const QString path = argument.isEmpty() ? argument : QFileInfo(argument).absoluteFilePath();
         ok = FolderWalk::processPath(path, *this, m_options.maxDepth) && ok;

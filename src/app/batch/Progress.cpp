@@ -54,14 +54,29 @@ QString Progress::elideMiddle(const QString &text, int columns)
 QString Progress::formatLine(const Status &status, int columns)
 {
     const qint64 total = std::max(status.total, status.done);
-    const QString count = QStringLiteral("%1/%2").arg(status.done).arg(total);
     const QString rate = rateText(status.done, status.elapsedSeconds);
+    // Without a total counted ahead the bar would only ever look nearly full: a count instead.
+    QString count = status.totalKnown ? QStringLiteral("%1/%2").arg(status.done).arg(total)
+                                      : QStringLiteral("%1 done").arg(status.done);
+    if (status.totalKnown)
+        count += QStringLiteral(" %1%").arg(total > 0 ? 100 * status.done / total : 100);
+    QString left;
+    if (status.totalKnown && status.done > 0 && status.done < total && status.elapsedSeconds > 0) {
+        const qint64 seconds
+            = qint64(status.elapsedSeconds * double(total - status.done) / double(status.done));
+        left = seconds >= 3600
+            ? QStringLiteral(" %1:%2:%3 left")
+                  .arg(seconds / 3600)
+                  .arg(seconds / 60 % 60, 2, 10, QChar(u'0'))
+                  .arg(seconds % 60, 2, 10, QChar(u'0'))
+            : QStringLiteral(" %1:%2 left").arg(seconds / 60).arg(seconds % 60, 2, 10, QChar(u'0'));
+    }
 
     // Never use the last column: writing there makes some terminals wrap the line.
     const int usable = columns - 1;
     QString line = count;
     constexpr int BarWidth = 20;
-    if (usable >= int(count.size() + rate.size()) + BarWidth + 4 + 16) {
+    if (status.totalKnown && usable >= int(count.size() + rate.size() + left.size()) + BarWidth + 4 + 16) {
         const int filled = total > 0 ? int(BarWidth * status.done / total) : 0;
         QString bar(BarWidth, u' ');
         for (int i = 0; i < filled; ++i)
@@ -72,6 +87,8 @@ QString Progress::formatLine(const Status &status, int columns)
     }
     if (usable >= int(line.size() + 1 + rate.size()))
         line += u' ' + rate;
+    if (usable >= int(line.size() + left.size()))
+        line += left;
 
     QString name = status.currentFile.mid(status.currentFile.lastIndexOf(u'/') + 1);
     const int room = usable - int(line.size()) - 2;
@@ -104,9 +121,17 @@ Progress::Progress(bool enabled)
 
 Progress::~Progress() { finish(); }
 
+void Progress::setTotal(qint64 total)
+{
+    m_status.total = total;
+    m_status.totalKnown = true;
+}
+
 void Progress::fileStarted(const QString &path)
 {
-    ++m_status.total;
+    // A file that the count ahead could not see (made by an earlier job) still counts.
+    ++m_started;
+    m_status.total = std::max(m_status.total, m_started);
     m_status.currentFile = path;
     redraw(false);
 }

@@ -19,16 +19,18 @@ public:
     struct Status
     {
         qint64 done = 0;
-        /// The files found so far; grows as the walk goes on.
+        /// The files of the batch: counted ahead when totalKnown, else those found so far.
         qint64 total = 0;
+        bool totalKnown = false;
         /// The file last handed to the job.
         QString currentFile;
         double elapsedSeconds = 0;
     };
 
     /// The progress line for status in at most columns characters, for example
-    /// "12/40 [=====>         ] 3.2 files/s  IMG_0042.jpg"; the file's name is shortened in the
-    /// middle, then left out, and the bar left out on narrow terminals.
+    /// "12/40 30% [=====>         ] 3.2 files/s 0:09 left  IMG_0042.jpg" with a known total, else
+    /// "12 done 3.2 files/s  IMG_0042.jpg"; the file's name is shortened in the middle, then left
+    /// out, and the bar left out on narrow terminals.
     [[nodiscard]] static QString formatLine(const Status &status, int columns);
 
     /// text shortened to columns characters by replacing its middle with "...".
@@ -49,6 +51,8 @@ public:
     /// Whether the bar is drawn.
     bool isShown() const { return m_shown; }
 
+    /// The number of files the batch will hand to the job, counted ahead of the work.
+    void setTotal(qint64 total);
     /// A file was found and handed to the job.
     void fileStarted(const QString &path);
     /// A file's job answered.
@@ -69,6 +73,7 @@ private:
     bool m_shown = false;
     bool m_drawn = false;
     Status m_status;
+    qint64 m_started = 0;
     QElapsedTimer m_clock;
     qint64 m_lastDraw = -1;
 };
