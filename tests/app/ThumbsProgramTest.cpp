@@ -265,3 +265,27 @@ TEST(CommandLineRun, OnATerminalTheProgressHasItsTotalFromTheStart)
     EXPECT_GE(lines, 1) << out.constData();
     EXPECT_TRUE(out.contains("4 thumbnails made, 0 failed")) << out.constData();
 }
+
+TEST(CommandLineRun, ADryRunListsWhatWouldBeMadeAndWritesNothing)
+{
+    TempDir dir;
+    ASSERT_TRUE(QDir(dir.path()).mkdir(u"pics"_s));
+    ASSERT_TRUE(writeTestImage(dir.file(u"pics/a.png"_s), 40, 30));
+    ASSERT_TRUE(writeBytes(dir.file(u"pics/notes.txt"_s), "not a picture"));
+    ASSERT_TRUE(writeBytes(dir.file(u"pics/broken.png"_s), "\x89PNG\r\n\x1a\n garbage"));
+    const QStringList before = QDir(dir.file(u"pics"_s)).entryList(QDir::AllEntries | QDir::NoDotAndDotDot);
+    QByteArray out, err;
+    EXPECT_EQ(
+        runThumbs(dir, { u"--dry-run"_s, u"--folder"_s, u"small"_s, dir.file(u"pics"_s) }, &out, &err), 1);
+    EXPECT_TRUE(out.contains(
+        (dir.file(u"pics/a.png"_s) + u" -> "_s + dir.file(u"pics/small/a.jpg"_s) + u'\n').toUtf8()))
+        << out.constData();
+    EXPECT_TRUE(out.contains("notes.txt: skipped (not an image, PDF, PostScript or movie file)\n"))
+        << out.constData();
+    EXPECT_TRUE(err.contains((dir.file(u"pics/broken.png"_s) + u": the decoder failed\n"_s).toUtf8()))
+        << err.constData();
+    EXPECT_TRUE(err.contains("1 thumbnail made, 1 skipped, 1 failed, ")) << err.constData();
+    EXPECT_TRUE(err.contains(" (dry run: nothing written)\n")) << err.constData();
+    EXPECT_EQ(QDir(dir.file(u"pics"_s)).entryList(QDir::AllEntries | QDir::NoDotAndDotDot), before);
+    EXPECT_FALSE(QFileInfo::exists(dir.file(u"cache/thumbnails"_s)));
+}

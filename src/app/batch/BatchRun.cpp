@@ -23,6 +23,7 @@ WorkerPool::Options poolOptions(const CommandLineOptions &options, const QString
     pool.worker.settings = options.settings;
     pool.worker.memoryLimitMiB = options.memoryLimitMiB;
     pool.worker.verbose = options.verbose;
+    pool.worker.dryRun = options.dryRun;
     return pool;
 }
 
@@ -84,7 +85,7 @@ int BatchRun::run()
     if (!m_options.quiet)
         writeText(stderr,
             Progress::formatSummary(m_thumbnails, m_icons, m_skipped, m_failed, m_progress.elapsedSeconds())
-                + u'\n');
+                + (m_options.dryRun ? u" (dry run: nothing written)\n"_s : u"\n"_s));
     return ok && m_failed == 0 ? 0 : 1;
 }
 
@@ -147,7 +148,7 @@ void BatchRun::report(const Entry &entry)
 {
     if (entry.skipped) {
         ++m_skipped;
-        if (m_options.verbose)
+        if (m_options.verbose || m_options.dryRun)
             m_progress.printLine(stdout, u"%1: skipped (%2)"_s.arg(entry.path, entry.reason));
     } else if (!entry.ok) {
         ++m_failed;
@@ -156,7 +157,9 @@ void BatchRun::report(const Entry &entry)
         ++m_icons;
     } else {
         ++m_thumbnails;
-        if (m_options.verbose)
+        if (m_options.dryRun)
+            m_progress.printLine(stdout, u"%1 -> %2"_s.arg(entry.path, entry.output));
+        else if (m_options.verbose)
             m_progress.printLine(stdout, entry.output);
     }
     if (entry.started)

@@ -251,6 +251,14 @@ const Option Options[] = {
             o.memoryLimitMiB = *mebibytes;
             return QString();
         } },
+    { Option::Section::Running, u"dry-run", u'n', nullptr,
+        u"decode and render every file as for real, list the thumbnails that would be written and "
+        u"what would be skipped or fail, and write nothing",
+        nullptr,
+        [](const QString &, const QString &, CommandLineOptions &o) {
+            o.dryRun = true;
+            return QString();
+        } },
     { Option::Section::Running, u"quiet", u'q', nullptr, u"no progress bar and no summary", nullptr,
         [](const QString &, const QString &, CommandLineOptions &o) {
             o.quiet = true;

@@ -35,6 +35,8 @@ struct CommandLineOptions
     qint64 memoryLimitMiB = -1;
     bool quiet = false;
     bool verbose = false;
+    /// List what would be made, and what would be skipped or fail and why; write nothing.
+    bool dryRun = false;
 
     QStringList defaultsArguments;
 };

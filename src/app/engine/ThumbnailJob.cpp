@@ -147,7 +147,7 @@ Failure writeThumbnail(const ImagePtr &thumbnail, const QString &path, const Thu
     return std::nullopt;
 }
 
-Failure makeThumbnail(const QString &path, const ThumbnailSettings &s)
+Failure makeThumbnail(const QString &path, const ThumbnailSettings &s, ThumbnailJob::Mode mode)
 {
     QString error;
     const ImagePtr image = loadSource(path, &error);
@@ -161,11 +161,12 @@ Failure makeThumbnail(const QString &path, const ThumbnailSettings &s)
     if (s.filetype == JPEGFileType)
         image->setBackgroundColor(Qt::white); // JPEG has no alpha: transparent parts become white
 
-    const std::optional<ThumbnailSettings::CreateMode> mode = s.createMode();
-    if (!mode)
+    const std::optional<ThumbnailSettings::CreateMode> create = s.createMode();
+    if (!create)
         return u"unknown create mode %1"_s.arg(s.create);
-    if (*mode == ThumbnailSettings::CreateMode::Icon)
-        return giveSourceItsIcon(image, path);
+    const bool dryRun = mode == ThumbnailJob::Mode::DryRun;
+    if (*create == ThumbnailSettings::CreateMode::Icon)
+        return dryRun ? Failure() : giveSourceItsIcon(image, path);
 
     const QSizeF size = thumbnailSize(image, s);
     const auto interpolation = ThumbnailSettings::Interpolation(s.interpolation);
@@ -178,6 +179,10 @@ Failure makeThumbnail(const QString &path, const ThumbnailSettings &s)
     }
     // With create mode 1 the icon is made from the sharpened thumbnail.
     sharpen(thumbnail, s.sharpening());
+    if (dryRun)
+        return FileManager::isSameFileAtPaths(s.outputPathFor(path), path)
+            ? Failure(u"the thumbnail would replace its source %1"_s.arg(s.outputPathFor(path)))
+            : Failure();
     return writeThumbnail(thumbnail, path, s);
 }
 
@@ -193,11 +198,12 @@ bool ThumbnailJob::processFile(const QString &path, UserDefaults *defaults, QStr
     return run(path, defaults, error) == Outcome::Made;
 }
 
-ThumbnailJob::Outcome ThumbnailJob::run(const QString &path, UserDefaults *defaults, QString *error)
+ThumbnailJob::Outcome ThumbnailJob::run(
+    const QString &path, UserDefaults *defaults, QString *error, Mode mode)
 {
     const ThumbnailSettings settings
         = ThumbnailSettings::read(defaults ? *defaults : UserDefaults::standard());
-    const Failure failed = makeThumbnail(path, settings);
+    const Failure failed = makeThumbnail(path, settings, mode);
     if (!failed)
         return Outcome::Made;
     (void)failure(error, *failed);

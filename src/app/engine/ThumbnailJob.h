@@ -22,9 +22,14 @@ public:
         Skipped, ///< not a picture, document or movie: nothing to make
         Failed, ///< it should have made something and could not
     };
+    /// Whether the job changes anything on disk.
+    enum class Mode {
+        Write, ///< write the thumbnail or give the icon
+        DryRun, ///< load and render as for real, then write nothing: Made says it would be made
+    };
     /// processFile() telling a file it skips from one it fails on.
-    [[nodiscard]] static Outcome run(
-        const QString &path, UserDefaults *defaults = nullptr, QString *error = nullptr);
+    [[nodiscard]] static Outcome run(const QString &path, UserDefaults *defaults = nullptr,
+        QString *error = nullptr, Mode mode = Mode::Write);
 
     /// The thumbnail file the job writes for path with the settings of defaults; empty when it writes
     /// none (create mode 2, an unknown create mode or format). The path is not resolved or checked.

@@ -144,7 +144,8 @@ int ThumbnailWorker::run(const WorkerOptions &options)
         pendingAnswerChannel.store(channel);
         fileStartedAt.store(steadySeconds());
         try {
-            outcome = ThumbnailJob::run(path, &defaults, &reason);
+            outcome = ThumbnailJob::run(path, &defaults, &reason,
+                options.dryRun ? ThumbnailJob::Mode::DryRun : ThumbnailJob::Mode::Write);
         } catch (const std::exception &e) {
             reason = QStringLiteral("internal error: %1").arg(QString::fromLocal8Bit(e.what()));
         } catch (...) {

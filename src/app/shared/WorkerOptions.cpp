@@ -70,6 +70,8 @@ QStringList WorkerOptions::toArguments() const
     arguments << u"--timeout"_s << QString::number(timeoutSeconds);
     if (verbose)
         arguments << u"--verbose"_s;
+    if (dryRun)
+        arguments << u"--dry-run"_s;
     return arguments;
 }
 
@@ -82,8 +84,8 @@ std::optional<WorkerOptions> WorkerOptions::fromArguments(const QStringList &arg
     WorkerOptions options;
     for (qsizetype i = 1; i < arguments.size(); ++i) {
         const QString &name = arguments.at(i);
-        if (name == u"--verbose") {
-            options.verbose = true;
+        if (name == u"--verbose" || name == u"--dry-run") {
+            (name == u"--verbose" ? options.verbose : options.dryRun) = true;
             continue;
         }
         if (i + 1 >= arguments.size())

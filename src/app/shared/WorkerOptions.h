@@ -22,6 +22,8 @@ struct WorkerOptions
     qint64 memoryLimitMiB = -1;
     /// Lets the libraries' messages through.
     bool verbose = false;
+    /// Loads and renders every file as for real and writes nothing.
+    bool dryRun = false;
     /// The process that started the worker; the worker ends (with everything it started) soon
     /// after that process is gone. 0 for none.
     qint64 parentPid = 0;
