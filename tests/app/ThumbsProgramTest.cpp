@@ -2,6 +2,7 @@
 // temporary folders of its own, its exit status, its report and what it leaves behind.
 #include "testlib/TestSupport.h"
 
+#include <QDateTime>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -288,4 +289,39 @@ TEST(CommandLineRun, ADryRunListsWhatWouldBeMadeAndWritesNothing)
     EXPECT_TRUE(err.contains(" (dry run: nothing written)\n")) << err.constData();
     EXPECT_EQ(QDir(dir.file(u"pics"_s)).entryList(QDir::AllEntries | QDir::NoDotAndDotDot), before);
     EXPECT_FALSE(QFileInfo::exists(dir.file(u"cache/thumbnails"_s)));
+}
+
+TEST(CommandLineRun, PathsFromAListAndARunTakenUpWhereItStopped)
+{
+    TempDir dir;
+    const QStringList names = { u"a.png"_s, u"b c.png"_s, u"line\nbreak.png"_s };
+    for (const QString &name : names)
+        ASSERT_TRUE(writeTestImage(dir.file(name), 40, 30));
+    // Line by line, and NUL-separated for the name that holds a line break.
+    ASSERT_TRUE(writeBytes(
+        dir.file(u"list.txt"_s), (dir.file(names[0]) + u'\n' + dir.file(names[1]) + u'\n').toUtf8()));
+    ASSERT_TRUE(writeBytes(dir.file(u"list0"_s), (dir.file(names[2]) + QChar(0)).toUtf8()));
+    EXPECT_EQ(runThumbs(dir, { u"--quiet"_s, u"--files-from"_s, dir.file(u"list.txt"_s) }), 0);
+    EXPECT_EQ(runThumbs(dir, { u"--quiet"_s, u"-0"_s, u"--files-from"_s, dir.file(u"list0"_s) }), 0);
+    for (const QString &name : { u"a_thumb.jpg"_s, u"b c_thumb.jpg"_s, u"line\nbreak_thumb.jpg"_s })
+        EXPECT_TRUE(QFileInfo::exists(dir.file(name))) << name;
+
+    // Taken up again: only the missing thumbnail and the one older than its source are made.
+    ASSERT_TRUE(QFile::remove(dir.file(u"a_thumb.jpg"_s)));
+    const QByteArray before = readBytes(dir.file(u"line\nbreak_thumb.jpg"_s));
+    QFile source(dir.file(u"b c.png"_s));
+    ASSERT_TRUE(source.open(QIODevice::ReadWrite));
+    ASSERT_TRUE(
+        source.setFileTime(QDateTime::currentDateTime().addSecs(60), QFileDevice::FileModificationTime));
+    source.close();
+    QByteArray out, err;
+    EXPECT_EQ(runThumbs(dir,
+                  { u"--verbose"_s, u"--skip-up-to-date"_s, dir.file(names[0]), dir.file(names[1]),
+                      dir.file(names[2]) },
+                  &out, &err),
+        0);
+    EXPECT_TRUE(err.startsWith("2 thumbnails made, 1 skipped, 0 failed")) << err.constData();
+    EXPECT_TRUE(out.contains("break.png: skipped (its thumbnail is up to date)\n")) << out.constData();
+    EXPECT_TRUE(QFileInfo::exists(dir.file(u"a_thumb.jpg"_s)));
+    EXPECT_EQ(readBytes(dir.file(u"line\nbreak_thumb.jpg"_s)), before);
 }

@@ -27,6 +27,16 @@ WorkerPool::Options poolOptions(const CommandLineOptions &options, const QString
     return pool;
 }
 
+/// Whether the thumbnail at output exists and is newer than its source.
+bool isUpToDate(const QString &output, const QString &source)
+{
+    if (output.isEmpty())
+        return false;
+    const std::optional<FileTime> made = FileManager::fileModificationDateAtPath(output);
+    const std::optional<FileTime> changed = FileManager::fileModificationDateAtPath(source);
+    return made && changed && *made > *changed;
+}
+
 } // namespace
 
 BatchRun::BatchRun(const CommandLineOptions &options, const QString &executable, UserDefaults &defaults)
@@ -104,6 +114,10 @@ bool BatchRun::processFile(const QString &path, FolderWalk::Found found)
         return true;
     }
     const QString output = settings.thumbnailPathFor(path);
+    if (m_options.skipUpToDate && isUpToDate(output, path)) {
+        complete(add(path, {}, false, true), false, u"its thumbnail is up to date"_s, true);
+        return true;
+    }
     const qint64 tag = add(path, output, true, inFolder);
     m_progress.fileStarted(path);
     m_pool.submit(tag, path, output);

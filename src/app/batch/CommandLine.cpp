@@ -10,6 +10,7 @@
 #include "support/Log.h"
 #include "support/UserDefaults.h"
 
+#include <QFile>
 #include <QFileInfo>
 #include <QRegularExpression>
 #include <QThread>
@@ -221,6 +222,25 @@ const Option Options[] = {
             o.jobs = int(*jobs);
             return QString();
         } },
+    { Option::Section::Running, u"files-from", 0, u"FILE",
+        u"also make thumbnails of the paths listed in FILE, one a line ('-': standard input)", nullptr,
+        [](const QString &, const QString &value, CommandLineOptions &o) {
+            o.filesFrom = value;
+            return QString();
+        } },
+    { Option::Section::Running, u"null", u'0', nullptr,
+        u"the paths of --files-from end with NUL characters, not line breaks (find -print0)", nullptr,
+        [](const QString &, const QString &, CommandLineOptions &o) {
+            o.nullSeparated = true;
+            return QString();
+        } },
+    { Option::Section::Running, u"skip-up-to-date", 0, nullptr,
+        u"leave alone a file whose thumbnail exists and is newer than it (to take up an interrupted run)",
+        nullptr,
+        [](const QString &, const QString &, CommandLineOptions &o) {
+            o.skipUpToDate = true;
+            return QString();
+        } },
     { Option::Section::Running, u"max-depth", 0, u"N",
         u"walk folders N levels deep (1: a folder's own files, 0: no\nfolder entered; default: all the way)",
         nullptr,
@@ -417,7 +437,7 @@ CommandLineOptions parseCommandLine(const QStringList &arguments)
             return o; // --help or --version: the rest does not matter
     }
 
-    if (o.paths.isEmpty())
+    if (o.paths.isEmpty() && o.filesFrom.isEmpty())
         return fail(u"no PATH given"_s);
     return o;
 }
@@ -493,11 +513,26 @@ int runCommandLine(const QStringList &arguments, const QString &executable, cons
                 QLatin1StringView(WorkerEngine::FileName), folder));
         return 1;
     }
+    CommandLineOptions run = options;
+    if (!run.filesFrom.isEmpty()) {
+        QFile list(run.filesFrom);
+        const bool opened
+            = run.filesFrom == u"-" ? list.open(stdin, QIODevice::ReadOnly) : list.open(QIODevice::ReadOnly);
+        if (!opened) {
+            writeText(stderr, u"orvel-thumbs: cannot read %1: %2\n"_s.arg(run.filesFrom, list.errorString()));
+            return 2;
+        }
+        const QList<QByteArray> names = list.readAll().split(run.nullSeparated ? '\0' : '\n');
+        for (const QByteArray &name : names) {
+            if (!name.isEmpty())
+                run.paths << QFile::decodeName(name);
+        }
+    }
     setLogToStandardError(options.verbose);
     routeToolkitQtMessages();
     UserDefaults &defaults = UserDefaults::standard();
     defaults.setArgumentDomain(options.settings);
-    BatchRun batch(options, executable, defaults);
+    BatchRun batch(run, executable, defaults);
     return batch.run();
 }
 

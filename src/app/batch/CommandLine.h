@@ -37,6 +37,12 @@ struct CommandLineOptions
     bool verbose = false;
     /// List what would be made, and what would be skipped or fail and why; write nothing.
     bool dryRun = false;
+    /// A file naming further paths, one a line ("-" for standard input); empty for none.
+    QString filesFrom;
+    /// The paths of filesFrom end with NUL characters instead of line breaks.
+    bool nullSeparated = false;
+    /// Leave a file alone whose thumbnail exists and is newer than it.
+    bool skipUpToDate = false;
 
     QStringList defaultsArguments;
 };
