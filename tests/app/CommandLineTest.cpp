@@ -429,3 +429,38 @@ TEST(SettingsSchema, TheNamingRuleKnowsTheThumbnailsItCouldHaveWritten)
     EXPECT_FALSE(could(2, u"small"_s, u"/a/small/notes.txt"));
     EXPECT_FALSE(could(2, u"small"_s, u"/a/big/small.gif"));
 }
+
+TEST(SettingsSchema, TheBashCompletionKnowsEveryOptionAndSetting)
+{
+    const QString script = QString::fromUtf8(
+        orvel::test::readBytes(QStringLiteral(ORVEL_SOURCE_DIR "/data/completion/orvel-thumbs.bash")));
+    ASSERT_FALSE(script.isEmpty());
+    const qsizetype keysAt = script.indexOf(u"local keys=\""_s),
+                    optionsAt = script.indexOf(u"local options=\""_s);
+    const QString keys = script.mid(keysAt, script.indexOf(u'"', keysAt + 12) - keysAt);
+    const QString options = script.mid(optionsAt, script.indexOf(u'"', optionsAt + 15) - optionsAt);
+    for (const SettingKey &key : settingKeys())
+        EXPECT_TRUE(keys.contains(u' ' + key.key()) || keys.contains(u'"' + key.key())) << key.key();
+    static const QRegularExpression option(
+        u"^ {2,6}(?:-\\w, )?(--[a-z-]+)"_s, QRegularExpression::MultilineOption);
+    int count = 0;
+    for (auto it = option.globalMatch(usageText()); it.hasNext(); ++count) {
+        const QString name = it.next().captured(1);
+        EXPECT_TRUE(QRegularExpression(u"[\\s\"]"_s + QRegularExpression::escape(name) + u"(\\s|\"|$)"_s)
+                        .match(options)
+                        .hasMatch())
+            << name;
+    }
+    EXPECT_GE(count, 20);
+
+    // And it completes, in a real bash.
+    QByteArray out;
+    ASSERT_EQ(orvel::test::runProgram(u"bash"_s,
+                  { u"-c"_s,
+                      u"source '%1'; COMP_WORDS=(orvel-thumbs --set wi); COMP_CWORD=2; _orvel_thumbs; "
+                      "echo \"${COMPREPLY[@]}\""_s.arg(
+                          QStringLiteral(ORVEL_SOURCE_DIR "/data/completion/orvel-thumbs.bash")) },
+                  &out),
+        0);
+    EXPECT_EQ(out, "width=\n");
+}
