@@ -15,7 +15,7 @@ packages=(
   qt6-tools-dev qt6-l10n-tools
   qt6-translations-l10n
   desktop-file-utils appstream dbus-daemon xvfb xauth imagemagick
-  clang-format
+  clang-format groff-base
   python3-vobject
   shared-mime-info
 )

@@ -464,3 +464,24 @@ TEST(SettingsSchema, TheBashCompletionKnowsEveryOptionAndSetting)
         0);
     EXPECT_EQ(out, "width=\n");
 }
+
+TEST(SettingsSchema, TheManualPageListsEveryOptionAndSettingAndRendersCleanly)
+{
+    const QString page = QStringLiteral(ORVEL_SOURCE_DIR "/data/man/orvel-thumbs.1");
+    // The page's text with groff's escaped dashes as plain ones.
+    const QString text = QString::fromUtf8(orvel::test::readBytes(page)).replace(u"\\-"_s, u"-"_s);
+    static const QRegularExpression option(
+        u"^ {2,6}(?:-\\w, )?(--[a-z-]+)"_s, QRegularExpression::MultilineOption);
+    for (auto it = option.globalMatch(usageText()); it.hasNext();) {
+        const QString name = it.next().captured(1);
+        EXPECT_TRUE(text.contains(name)) << name;
+    }
+    for (const SettingKey &key : settingKeys())
+        EXPECT_TRUE(text.contains(key.key())) << key.key();
+    for (const QString &file : { page, QStringLiteral(ORVEL_SOURCE_DIR "/data/man/orvel-thumbnails.1") }) {
+        QByteArray err;
+        EXPECT_EQ(
+            orvel::test::runProgram(u"groff"_s, { u"-man"_s, u"-ww"_s, u"-z"_s, file }, nullptr, &err), 0);
+        EXPECT_TRUE(err.isEmpty()) << file << ": " << err.constData();
+    }
+}
