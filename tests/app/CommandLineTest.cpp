@@ -430,6 +430,17 @@ TEST(SettingsSchema, TheNamingRuleKnowsTheThumbnailsItCouldHaveWritten)
     EXPECT_FALSE(could(2, u"small"_s, u"/a/big/small.gif"));
 }
 
+/// Every long option that --help lists.
+static QStringList longOptionsInHelp()
+{
+    static const QRegularExpression option(
+        u"^ {2,6}(?:-\\w, )?(--[a-z-]+)"_s, QRegularExpression::MultilineOption);
+    QStringList names;
+    for (auto it = option.globalMatch(usageText()); it.hasNext();)
+        names << it.next().captured(1);
+    return names;
+}
+
 TEST(SettingsSchema, TheBashCompletionKnowsEveryOptionAndSetting)
 {
     const QString script = QString::fromUtf8(
@@ -441,17 +452,14 @@ TEST(SettingsSchema, TheBashCompletionKnowsEveryOptionAndSetting)
     const QString options = script.mid(optionsAt, script.indexOf(u'"', optionsAt + 15) - optionsAt);
     for (const SettingKey &key : settingKeys())
         EXPECT_TRUE(keys.contains(u' ' + key.key()) || keys.contains(u'"' + key.key())) << key.key();
-    static const QRegularExpression option(
-        u"^ {2,6}(?:-\\w, )?(--[a-z-]+)"_s, QRegularExpression::MultilineOption);
-    int count = 0;
-    for (auto it = option.globalMatch(usageText()); it.hasNext(); ++count) {
-        const QString name = it.next().captured(1);
+    const QStringList names = longOptionsInHelp();
+    EXPECT_GE(names.size(), 20);
+    for (const QString &name : names) {
         EXPECT_TRUE(QRegularExpression(u"[\\s\"]"_s + QRegularExpression::escape(name) + u"(\\s|\"|$)"_s)
                         .match(options)
                         .hasMatch())
             << name;
     }
-    EXPECT_GE(count, 20);
 
     // And it completes, in a real bash.
     QByteArray out;
@@ -470,12 +478,8 @@ TEST(SettingsSchema, TheManualPageListsEveryOptionAndSettingAndRendersCleanly)
     const QString page = QStringLiteral(ORVEL_SOURCE_DIR "/data/man/orvel-thumbs.1");
     // The page's text with groff's escaped dashes as plain ones.
     const QString text = QString::fromUtf8(orvel::test::readBytes(page)).replace(u"\\-"_s, u"-"_s);
-    static const QRegularExpression option(
-        u"^ {2,6}(?:-\\w, )?(--[a-z-]+)"_s, QRegularExpression::MultilineOption);
-    for (auto it = option.globalMatch(usageText()); it.hasNext();) {
-        const QString name = it.next().captured(1);
+    for (const QString &name : longOptionsInHelp())
         EXPECT_TRUE(text.contains(name)) << name;
-    }
     for (const SettingKey &key : settingKeys())
         EXPECT_TRUE(text.contains(key.key())) << key.key();
     for (const QString &file : { page, QStringLiteral(ORVEL_SOURCE_DIR "/data/man/orvel-thumbnails.1") }) {

@@ -130,6 +130,14 @@ QString setSetting(const QString &option, const QString &value, CommandLineOptio
     return {};
 }
 
+/// Applies an option that takes no value by switching its flag on.
+template <bool CommandLineOptions::*Flag>
+QString setFlag(const QString &, const QString &, CommandLineOptions &o)
+{
+    o.*Flag = true;
+    return {};
+}
+
 /// An option of the command line, with its help.
 struct Option
 {
@@ -230,17 +238,10 @@ const Option Options[] = {
         } },
     { Option::Section::Running, u"null", u'0', nullptr,
         u"the paths of --files-from end with NUL characters, not line breaks (find -print0)", nullptr,
-        [](const QString &, const QString &, CommandLineOptions &o) {
-            o.nullSeparated = true;
-            return QString();
-        } },
+        setFlag<&CommandLineOptions::nullSeparated> },
     { Option::Section::Running, u"skip-up-to-date", 0, nullptr,
         u"leave alone a file whose thumbnail exists and is newer than it (to take up an interrupted run)",
-        nullptr,
-        [](const QString &, const QString &, CommandLineOptions &o) {
-            o.skipUpToDate = true;
-            return QString();
-        } },
+        nullptr, setFlag<&CommandLineOptions::skipUpToDate> },
     { Option::Section::Running, u"max-depth", 0, u"N",
         u"walk folders N levels deep (1: a folder's own files, 0: no\nfolder entered; default: all the way)",
         nullptr,
@@ -274,22 +275,12 @@ const Option Options[] = {
     { Option::Section::Running, u"dry-run", u'n', nullptr,
         u"decode and render every file as for real, list the thumbnails that would be written and "
         u"what would be skipped or fail, and write nothing",
-        nullptr,
-        [](const QString &, const QString &, CommandLineOptions &o) {
-            o.dryRun = true;
-            return QString();
-        } },
+        nullptr, setFlag<&CommandLineOptions::dryRun> },
     { Option::Section::Running, u"quiet", u'q', nullptr, u"no progress bar and no summary", nullptr,
-        [](const QString &, const QString &, CommandLineOptions &o) {
-            o.quiet = true;
-            return QString();
-        } },
+        setFlag<&CommandLineOptions::quiet> },
     { Option::Section::Running, u"verbose", u'v', nullptr,
         u"print every thumbnail written, and log messages (FFmpeg's too)", nullptr,
-        [](const QString &, const QString &, CommandLineOptions &o) {
-            o.verbose = true;
-            return QString();
-        } },
+        setFlag<&CommandLineOptions::verbose> },
     { Option::Section::Running, u"help", u'h', nullptr, u"print this help", nullptr,
         [](const QString &, const QString &, CommandLineOptions &o) {
             o.mode = CommandLineOptions::Mode::Help;
