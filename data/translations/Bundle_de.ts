@@ -1,6 +1,6 @@
 <?xml version="1.0" encoding="utf-8"?>
 <!DOCTYPE TS>
-<!-- The toolkit's strings table "Bundle": English dialog text -> translation. -->
+<!-- The toolkit's strings table "Bundle": English dialog text and unit texts -> translation. -->
 <TS version="2.1" language="de_DE" sourcelanguage="en">
 <context>
     <name>Bundle</name>
@@ -31,6 +31,26 @@
     <message>
         <source>OK</source>
         <translation>OK</translation>
+    </message>
+    <message>
+        <source>%d bytes</source>
+        <translation>%d Byte</translation>
+    </message>
+    <message>
+        <source>%@ KB</source>
+        <translation>%@ KB</translation>
+    </message>
+    <message>
+        <source>%@ MB</source>
+        <translation>%@ MB</translation>
+    </message>
+    <message>
+        <source>%@ GB</source>
+        <translation>%@ GB</translation>
+    </message>
+    <message>
+        <source>%@ TB</source>
+        <translation>%@ TB</translation>
     </message>
 </context>
 </TS>

@@ -1,6 +1,6 @@
 <?xml version="1.0" encoding="utf-8"?>
 <!DOCTYPE TS>
-<!-- The toolkit's strings table "Bundle": English dialog text -> translation. -->
+<!-- The toolkit's strings table "Bundle": English dialog text and unit texts -> translation. -->
 <TS version="2.1" language="fr_FR" sourcelanguage="en">
 <context>
     <name>Bundle</name>
@@ -31,6 +31,26 @@
     <message>
         <source>OK</source>
         <translation>OK</translation>
+    </message>
+    <message>
+        <source>%d bytes</source>
+        <translation>%d octets</translation>
+    </message>
+    <message>
+        <source>%@ KB</source>
+        <translation>%@ Ko</translation>
+    </message>
+    <message>
+        <source>%@ MB</source>
+        <translation>%@ Mo</translation>
+    </message>
+    <message>
+        <source>%@ GB</source>
+        <translation>%@ Go</translation>
+    </message>
+    <message>
+        <source>%@ TB</source>
+        <translation>%@ To</translation>
     </message>
 </context>
 </TS>
