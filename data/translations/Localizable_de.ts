@@ -177,5 +177,9 @@
         <source>%1 of %2 files</source>
         <translation>%1 von %2 Dateien</translation>
     </message>
+    <message>
+        <source>%1, %2 written</source>
+        <translation>%1, %2 geschrieben</translation>
+    </message>
 </context>
 </TS>

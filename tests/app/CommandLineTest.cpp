@@ -5,6 +5,7 @@
 #include "app/batch/Progress.h"
 #include "app/shared/ThumbnailSettings.h"
 #include "app/shared/WorkerOptions.h"
+#include "support/NumberFormatter.h"
 #include "support/UserDefaults.h"
 
 #include "testlib/TestSupport.h"
@@ -265,6 +266,8 @@ TEST(Progress, SummaryCountsThumbnailsIconsAndFailures)
     EXPECT_EQ(Progress::formatSummary(0, 0, 0, 2, 1), u"0 thumbnails made, 2 failed, 1.0 s"_s);
     EXPECT_EQ(Progress::formatSummary(0, 1, 0, 0, 1), u"1 icon set, 0 failed, 1.0 s"_s);
     EXPECT_EQ(Progress::formatSummary(2, 3, 0, 0, 1), u"2 thumbnails made, 3 icons set, 0 failed, 1.0 s"_s);
+    EXPECT_EQ(Progress::formatSummary(2, 0, 0, 0, 1, 1536),
+        u"2 thumbnails made, 0 failed, 1.0 s, "_s + NumberFormatter::stringForSize(1536) + u" written"_s);
 }
 
 TEST(DefaultsCommand, WriteReadAndDeleteOnAStore)

@@ -1,5 +1,6 @@
 // orvel-thumbs from the outside: the program run as a child process with settings, cache and
 // temporary folders of its own, its exit status, its report and what it leaves behind.
+#include "support/NumberFormatter.h"
 #include "testlib/TestSupport.h"
 
 #include <QDateTime>
@@ -88,6 +89,36 @@ TEST(CommandLineRun, ReportsEachFailureAndExitsWithOne)
 
     EXPECT_EQ(runThumbs(dir, { u"--quiet"_s, dir.file(u"good.png"_s) }, &out, &err), 0);
     EXPECT_TRUE(err.isEmpty()) << err.toStdString();
+}
+
+TEST(CommandLineRun, SummaryShowsTheSizeWrittenInTheUsersNumberFormat)
+{
+    TempDir dir;
+    const QStringList images { dir.file(u"a.png"_s), dir.file(u"b.png"_s), dir.file(u"c.png"_s) };
+    for (const QString &image : images)
+        ASSERT_TRUE(writeTestImage(image, 900, 700));
+    const EnvironmentOverride all("LC_ALL", QString());
+    const EnvironmentOverride numeric("LC_NUMERIC", u"de_DE.UTF-8"_s);
+    const EnvironmentOverride language("LANG", u"de_DE.UTF-8"_s);
+    QByteArray err;
+    ASSERT_EQ(
+        runThumbs(dir, QStringList { u"-j"_s, u"2"_s, u"--set"_s, u"filetype=4"_s } + images, nullptr, &err),
+        0)
+        << err.constData();
+    qint64 written = 0;
+    for (const QString &image : images)
+        written += QFileInfo(QString(image).replace(u".png"_s, u"_thumb.png"_s)).size();
+    ASSERT_GT(written, 1024);
+    const QLocale saved;
+    QLocale::setDefault(QLocale(QLocale::German, QLocale::Germany));
+    const QString size = orvel::NumberFormatter::stringForSize(quint64(written));
+    QLocale::setDefault(saved);
+    EXPECT_TRUE(QString::fromUtf8(err).trimmed().endsWith(u" s, "_s + size + u" written"_s))
+        << err.constData() << " " << size.toStdString();
+
+    // Nothing written: no size.
+    ASSERT_EQ(runThumbs(dir, QStringList { u"--dry-run"_s } + images, nullptr, &err), 0);
+    EXPECT_TRUE(err.trimmed().endsWith(" s (dry run: nothing written)")) << err.constData();
 }
 
 TEST(CommandLineRun, SettingsOnTheCommandLineApplyToThisRunOnly)

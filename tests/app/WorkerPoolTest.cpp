@@ -317,6 +317,8 @@ TEST(WorkerPool, KilledWorkerAnswersNoAndIsReplacedLeavingNothingBehind)
     EXPECT_EQ(results[1].tag, 2);
     EXPECT_TRUE(results[1].ok) << results[1].reason.toStdString();
     EXPECT_TRUE(QFile::exists(dir.file(u"good_thumb.jpg"_s)));
+    EXPECT_EQ(results[1].bytesWritten, QFileInfo(dir.file(u"good_thumb.jpg"_s)).size());
+    EXPECT_EQ(results[0].bytesWritten, 0);
 
     // Every worker was reaped (no zombies), its process group is empty, and no descriptor leaked.
     for (qint64 pid : workers) {

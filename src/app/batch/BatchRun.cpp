@@ -44,7 +44,7 @@ BatchRun::BatchRun(const CommandLineOptions &options, const QString &executable,
     , m_defaults(defaults)
     , m_progress(!options.quiet)
     , m_pool(poolOptions(options, executable), [this](const WorkerPool::Result &result) {
-        complete(result.tag, result.ok, result.reason, result.skipped);
+        complete(result.tag, result.ok, result.reason, result.skipped, result.bytesWritten);
     })
 {
 }
@@ -94,7 +94,8 @@ int BatchRun::run()
     m_progress.finish();
     if (!m_options.quiet)
         writeText(stderr,
-            Progress::formatSummary(m_thumbnails, m_icons, m_skipped, m_failed, m_progress.elapsedSeconds())
+            Progress::formatSummary(
+                m_thumbnails, m_icons, m_skipped, m_failed, m_progress.elapsedSeconds(), m_bytesWritten)
                 + (m_options.dryRun ? u" (dry run: nothing written)\n"_s : u"\n"_s));
     return ok && m_failed == 0 ? 0 : 1;
 }
@@ -139,15 +140,16 @@ bool BatchRun::unreadableFolder(const QString &path, const QString &reason)
 
 qint64 BatchRun::add(const QString &path, const QString &output, bool started, bool inFolder)
 {
-    m_entries.push_back({ path, output, false, false, QString(), started, inFolder, false });
+    m_entries.push_back({ path, output, false, false, QString(), started, inFolder, false, 0 });
     return m_firstTag + qint64(m_entries.size()) - 1;
 }
 
-void BatchRun::complete(qint64 tag, bool ok, const QString &reason, bool skipped)
+void BatchRun::complete(qint64 tag, bool ok, const QString &reason, bool skipped, qint64 bytesWritten)
 {
     Entry &entry = m_entries.at(size_t(tag - m_firstTag));
     entry.done = true;
     entry.ok = ok;
+    entry.bytesWritten = bytesWritten;
     entry.reason = reason;
     // A file named by the user that the job does not read stays a failure.
     entry.skipped = !ok && skipped && entry.inFolder;
@@ -171,6 +173,7 @@ void BatchRun::report(const Entry &entry)
         ++m_icons;
     } else {
         ++m_thumbnails;
+        m_bytesWritten += entry.bytesWritten;
         if (m_options.dryRun)
             m_progress.printLine(stdout, u"%1 -> %2"_s.arg(entry.path, entry.output));
         else if (m_options.verbose)

@@ -45,10 +45,11 @@ private:
         /// Found in a folder: a file the job skips is then no failure.
         bool inFolder = false;
         bool skipped = false;
+        qint64 bytesWritten = 0;
     };
 
     qint64 add(const QString &path, const QString &output, bool started, bool inFolder = false);
-    void complete(qint64 tag, bool ok, const QString &reason, bool skipped = false);
+    void complete(qint64 tag, bool ok, const QString &reason, bool skipped = false, qint64 bytesWritten = 0);
     void report(const Entry &entry);
 
     const CommandLineOptions &m_options;
@@ -61,6 +62,7 @@ private:
     qint64 m_icons = 0;
     qint64 m_failed = 0;
     qint64 m_skipped = 0;
+    qint64 m_bytesWritten = 0;
     WorkerPool m_pool;
 };
 

@@ -1,6 +1,8 @@
 // Progress: the one-line progress bar of a batch on a terminal, and the batch's closing summary.
 #include "app/batch/Progress.h"
 
+#include "support/NumberFormatter.h"
+
 #include <QStringList>
 
 #include <algorithm>
@@ -98,7 +100,7 @@ QString Progress::formatLine(const Status &status, int columns)
 }
 
 QString Progress::formatSummary(
-    qint64 thumbnails, qint64 icons, qint64 skipped, qint64 failed, double seconds)
+    qint64 thumbnails, qint64 icons, qint64 skipped, qint64 failed, double seconds, qint64 bytesWritten)
 {
     QStringList parts;
     if (thumbnails > 0 || icons == 0)
@@ -110,6 +112,8 @@ QString Progress::formatSummary(
         parts << QStringLiteral("%1 skipped").arg(skipped);
     parts << QStringLiteral("%1 failed").arg(failed);
     parts << QStringLiteral("%1 s").arg(seconds, 0, 'f', 1);
+    if (bytesWritten > 0)
+        parts << QStringLiteral("%1 written").arg(NumberFormatter::stringForSize(quint64(bytesWritten)));
     return parts.join(QStringLiteral(", "));
 }
 

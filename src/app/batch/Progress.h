@@ -36,10 +36,11 @@ public:
     /// text shortened to columns characters by replacing its middle with "...".
     [[nodiscard]] static QString elideMiddle(const QString &text, int columns);
 
-    /// The closing line of a batch, for example "12 thumbnails made, 2 skipped, 1 failed, 3.2 s"
-    /// (skipped files only when there are some).
-    [[nodiscard]] static QString formatSummary(
-        qint64 thumbnails, qint64 icons, qint64 skipped, qint64 failed, double seconds);
+    /// The closing line of a batch, for example "12 thumbnails made, 2 skipped, 1 failed, 3.2 s,
+    /// 1.4 MB written" (skipped files only when there are some, the size of the thumbnails written,
+    /// in the user's number format, only when it is not 0).
+    [[nodiscard]] static QString formatSummary(qint64 thumbnails, qint64 icons, qint64 skipped, qint64 failed,
+        double seconds, qint64 bytesWritten = 0);
 
     /// A bar is drawn only when enabled and standard error is a terminal.
     explicit Progress(bool enabled);

@@ -96,7 +96,8 @@ struct WorkerPool::Private
     bool installedHandler[std::size(ForwardedSignals)] = {};
 
     bool spawn(Worker &worker, QString *error);
-    void finishJob(Worker &worker, bool ok, const QString &reason, bool skipped = false);
+    void finishJob(
+        Worker &worker, bool ok, const QString &reason, bool skipped = false, qint64 bytesWritten = 0);
     void workerDied(Worker &worker);
     void killWorker(Worker &worker, const QString &reason);
     void pump();
@@ -118,9 +119,11 @@ bool WorkerPool::Private::spawn(Worker &worker, QString *error)
     return worker.process != nullptr;
 }
 
-void WorkerPool::Private::finishJob(Worker &worker, bool ok, const QString &reason, bool skipped)
+void WorkerPool::Private::finishJob(
+    Worker &worker, bool ok, const QString &reason, bool skipped, qint64 bytesWritten)
 {
     Result result;
+    result.bytesWritten = ok ? bytesWritten : 0;
     result.tag = worker.job.tag;
     result.path = worker.job.path;
     result.ok = ok;
@@ -205,8 +208,12 @@ void WorkerPool::Private::pump()
         if (worker.input.size() < qsizetype(sizeof size + size))
             continue;
         const char *payload = worker.input.constData() + sizeof size;
+        if (payload[0] == AnswerMade) {
+            finishJob(worker, true, QString(), false, bytesWrittenInAnswer(payload, qsizetype(size)));
+            continue;
+        }
         const QString reason = stringFromUtf16Bytes(payload + 1, qsizetype(size) - 1);
-        finishJob(worker, payload[0] == AnswerMade, reason, payload[0] == AnswerSkipped);
+        finishJob(worker, false, reason, payload[0] == AnswerSkipped);
     }
 
     if (options.timeoutSeconds <= 0)

@@ -61,6 +61,8 @@ public:
         bool skipped = false;
         /// Why no thumbnail was made, when ok is false.
         QString reason;
+        /// The size of the thumbnail written, when ok is true (0 for an icon or a dry run).
+        qint64 bytesWritten = 0;
     };
 
     /// Called with each result as it comes, from within the pool's own calls; it must not call

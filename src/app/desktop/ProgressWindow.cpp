@@ -2,6 +2,8 @@
 #include "app/desktop/ProgressWindow.h"
 
 #include "app/desktop/LocalizedText.h"
+#include "app/engine/ThumbnailJob.h"
+#include "support/NumberFormatter.h"
 
 #include <QCoreApplication>
 #include <QDirIterator>
@@ -59,9 +61,11 @@ void ProgressWindow::fileStarted(const QString &path)
     update(true);
 }
 
-void ProgressWindow::fileFinished(const QString &, bool)
+void ProgressWindow::fileFinished(const QString &path, bool ok)
 {
     ++m_done;
+    if (ok) // (nothing for an icon: no output path, no size)
+        m_bytesWritten += std::max<qint64>(QFileInfo(ThumbnailJob::outputPathForFile(path)).size(), 0);
     update(false);
 }
 
@@ -72,7 +76,7 @@ void ProgressWindow::endRun()
     hide();
     m_showTimer.stop();
     m_clock.invalidate();
-    m_expected = m_started = m_done = 0;
+    m_expected = m_started = m_done = m_bytesWritten = 0;
     m_current.clear();
 }
 
@@ -91,7 +95,10 @@ void ProgressWindow::update(bool repaint)
         show();
     if (!isVisible())
         return;
-    m_countLabel->setText(countText());
+    m_countLabel->setText(m_bytesWritten > 0
+            ? localizedText(QStringLiteral("%1, %2 written"))
+                  .arg(countText(), NumberFormatter::stringForSize(m_bytesWritten))
+            : countText());
     m_bar->setRange(0, int(std::min<qint64>(filesTotal(), INT_MAX)));
     m_bar->setValue(int(std::min<qint64>(m_done, INT_MAX)));
     m_fileLabel->setText(QFileInfo(m_current).fileName());

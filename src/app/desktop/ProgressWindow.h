@@ -32,6 +32,8 @@ public:
     qint64 filesTotal() const { return std::max(m_expected, m_started); }
     /// The text of the count line, for example "3 of 10 files".
     [[nodiscard]] QString countText() const;
+    /// The size of the thumbnails written in this run, as the stored settings name them.
+    qint64 bytesWritten() const { return m_bytesWritten; }
     [[nodiscard]] QString currentFile() const { return m_current; }
 
 public Q_SLOTS:
@@ -55,6 +57,7 @@ private:
     qint64 m_expected = 0;
     qint64 m_started = 0;
     qint64 m_done = 0;
+    qint64 m_bytesWritten = 0;
     QString m_current;
 };
 

@@ -7,6 +7,7 @@
 #include "support/Log.h"
 #include "support/UserDefaults.h"
 
+#include <QFileInfo>
 #include <vips/vips8>
 
 #include <algorithm>
@@ -154,12 +155,17 @@ int ThumbnailWorker::run(const WorkerOptions &options)
         fileStartedAt.store(0);
         if (pendingAnswerChannel.exchange(-1) < 0)
             break; // answered by the fatal-error handler
-        const bool made = outcome == ThumbnailJob::Outcome::Made;
-        QByteArray answer(1,
-            made                                            ? detail::AnswerMade
-                : outcome == ThumbnailJob::Outcome::Skipped ? detail::AnswerSkipped
-                                                            : detail::AnswerFailed);
-        answer += detail::utf16Bytes(made ? QString() : reason);
+        QByteArray answer;
+        if (outcome == ThumbnailJob::Outcome::Made) {
+            // The size of the thumbnail as it is now, right after the job wrote it; none for an icon.
+            const QString output
+                = options.dryRun ? QString() : ThumbnailJob::outputPathForFile(path, &defaults);
+            answer = detail::madeAnswer(output.isEmpty() ? 0 : QFileInfo(output).size());
+        } else {
+            answer = QByteArray(
+                1, outcome == ThumbnailJob::Outcome::Skipped ? detail::AnswerSkipped : detail::AnswerFailed);
+            answer += detail::utf16Bytes(reason);
+        }
         if (!detail::writeFrame(channel, answer))
             break;
     }

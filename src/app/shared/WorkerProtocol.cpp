@@ -1,6 +1,7 @@
 // The frames that the batch runner and its worker processes exchange.
 #include "app/shared/WorkerProtocol.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <sys/socket.h>
@@ -64,6 +65,22 @@ QByteArray utf16Bytes(const QString &text)
 {
     return QByteArray(
         reinterpret_cast<const char *>(text.utf16()), text.size() * qsizetype(sizeof(char16_t)));
+}
+
+QByteArray madeAnswer(qint64 bytesWritten)
+{
+    QByteArray answer(1, AnswerMade);
+    answer.append(reinterpret_cast<const char *>(&bytesWritten), sizeof bytesWritten);
+    return answer;
+}
+
+qint64 bytesWrittenInAnswer(const char *payload, qsizetype size)
+{
+    qint64 bytes = 0;
+    if (size != qsizetype(1 + sizeof bytes) || payload[0] != AnswerMade)
+        return 0;
+    std::memcpy(&bytes, payload + 1, sizeof bytes);
+    return std::max<qint64>(bytes, 0);
 }
 
 QString stringFromUtf16Bytes(const char *data, qsizetype bytes)

@@ -2,7 +2,8 @@
 //
 // The protocol on the socket that is a worker's standard input and output is a sequence of frames,
 // each a native 32-bit byte count and that many bytes. A request is the file's path in UTF-16; an
-// answer is one byte (1 made, 0 failed, 2 skipped) followed by the reason in UTF-16. Paths travel as
+// answer is one byte (1 made, 0 failed, 2 skipped) followed, for a file made, by the size of the
+// thumbnail written as a native 64-bit count, else by the reason in UTF-16. Paths travel as
 // QString's own code units, so any name that reached the walk reaches the job unchanged.
 #pragma once
 
@@ -25,6 +26,10 @@ bool writeFrame(int fd, const QByteArray &payload);
 bool readFrame(int fd, QByteArray *payload);
 
 [[nodiscard]] QByteArray utf16Bytes(const QString &text);
+/// The answer for a file made, with the bytes written.
+[[nodiscard]] QByteArray madeAnswer(qint64 bytesWritten);
+/// The bytes written that a made answer's payload (its first byte included) carries; 0 without them.
+[[nodiscard]] qint64 bytesWrittenInAnswer(const char *payload, qsizetype size);
 [[nodiscard]] QString stringFromUtf16Bytes(const char *data, qsizetype bytes);
 
 } // namespace orvel::detail
