@@ -1,6 +1,7 @@
 // Tests of the progress window: its counts, when it appears and goes, and the count of a drop.
 #include "app/desktop/ProgressWindow.h"
 #include "DesktopTestSupport.h"
+#include "app/engine/ThumbnailJob.h"
 #include "testlib/TestSupport.h"
 
 #include <QDir>
@@ -69,6 +70,22 @@ TEST(ProgressWindow, CountFilesSearchesFoldersAndStopsAtTheLimit)
     EXPECT_EQ(countFiles({ dir.file(u"f"_s), dir.file(u"single"_s) }), 5);
     EXPECT_EQ(countFiles({ dir.file(u"f"_s) }, 2), 2);
     EXPECT_EQ(countFiles({}), 0);
+}
+
+TEST(ProgressWindow, AddsUpTheSizeOfTheThumbnailsOfTheRun)
+{
+    TempDir dir;
+    ProgressWindow window;
+    for (const char *name : { "a.png", "b.png", "c.png" }) {
+        const QString source = dir.file(QString::fromLatin1(name));
+        ASSERT_TRUE(writeBytes(ThumbnailJob::outputPathForFile(source), QByteArray(1000, 'x')));
+        window.fileStarted(source);
+        window.fileFinished(source, source != dir.file(u"b.png"_s)); // b failed: its old file does not count
+    }
+    EXPECT_EQ(window.bytesWritten(), 2000);
+    window.runFinished();
+    ASSERT_TRUE(processEventsUntil([&] { return window.filesDone() == 0; }));
+    EXPECT_EQ(window.bytesWritten(), 0);
 }
 
 } // namespace
