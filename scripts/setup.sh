@@ -18,6 +18,7 @@ packages=(
   clang-format groff-base
   python3-vobject
   shared-mime-info
+  cron systemd libglib2.0-bin
 )
 missing=()
 for p in "${packages[@]}"; do

