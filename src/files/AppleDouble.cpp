@@ -36,7 +36,8 @@ void appendBe32(QByteArray &out, quint32 value)
 /// file gives a null array; anything else that fails nullopt.
 std::optional<QByteArray> readSmallFile(const QByteArray &native, qsizetype maxSize)
 {
-    const int fd = ::open(native.constData(), O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK);
+    // A link in the companion's place is refused: it could lead a write to another file.
+    const int fd = ::open(native.constData(), O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK | O_NOFOLLOW);
     if (fd < 0)
         return errno == ENOENT || errno == ENOTDIR ? std::optional<QByteArray>(QByteArray()) : std::nullopt;
     struct stat st;

@@ -66,7 +66,8 @@ public:
     [[nodiscard]] static QString pathForFile(const QString &path);
 
     /// The companion of the file at path: an empty AppleDouble when there is none; nullopt when
-    /// one is there and cannot be read or parsed, or is larger than MaximumFileSize.
+    /// one is there and cannot be read or parsed, is no plain file (a symbolic link, say: writing
+    /// through it would change another file), or is larger than MaximumFileSize.
     [[nodiscard]] static std::optional<AppleDouble> readForFile(const QString &path);
 
     /// Writes the companion of path atomically, or removes it when ad is empty. error (when

@@ -146,6 +146,14 @@ TEST_F(ResourceForkFile, AForkTooLargeForAnAttributeMovesToTheCompanionAndBack)
     ASSERT_TRUE(fork->removeType(ICNS, -16455));
     EXPECT_EQ(fork->storage(), ResourceFork::Storage::Attribute);
     EXPECT_FALSE(QFile::exists(companion)) << "a companion with nothing left to say is removed";
+
+    // A link in the companion's place is neither followed nor replaced.
+    const QString elsewhere = dir.file(u"elsewhere"_s);
+    ASSERT_TRUE(AppleDouble::writeForFile(elsewhere, *ad));
+    ASSERT_TRUE(QFile::link(u"._elsewhere"_s, companion));
+    EXPECT_FALSE(AppleDouble::readForFile(file));
+    EXPECT_FALSE(fork->addData(big, ICNS, -16455));
+    EXPECT_EQ(orvel::test::readBytes(dir.file(u"._elsewhere"_s)), ad->toBytes());
 }
 
 TEST_F(ResourceForkFile, StringsArePascalStringsOfAtMost255Characters)
