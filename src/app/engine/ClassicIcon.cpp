@@ -1,6 +1,7 @@
 // ClassicIcon: the icns icon family written by hand, stored through ResourceFork and FinderInfo.
 #include "app/engine/ClassicIcon.h"
 
+#include "files/AppleDouble.h"
 #include "files/FinderInfo.h"
 #include "files/ResourceFork.h"
 #include "support/Failure.h"
@@ -83,11 +84,15 @@ bool ClassicIcon::setIconForFile(const QImage &square, const QString &path, QStr
     const QByteArray family = iconFamilyData(square);
     if (family.isEmpty())
         return failure(error, u"the icon could not be encoded"_s);
+    const QString companion = AppleDouble::pathForFile(path);
     const std::unique_ptr<ResourceFork> fork = ResourceFork::resourceForkForWritingAtPath(path);
     if (!fork)
-        return failure(error, u"its resource fork cannot be opened"_s);
+        return failure(error,
+            u"its resource fork cannot be opened (the file, its attribute or %1 is unreadable or damaged)"_s
+                .arg(companion));
     if (!fork->addData(family, IconFamilyType, ResourceID))
-        return failure(error, u"its resource fork cannot be written"_s);
+        return failure(error,
+            u"neither its attribute nor %1 can hold the %2-byte icon"_s.arg(companion).arg(family.size()));
     if (!setHasCustomIconOfFile(path, true))
         return failure(error, u"its Finder info cannot be written"_s);
     return true;
