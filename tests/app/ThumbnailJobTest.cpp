@@ -106,6 +106,16 @@ class ThumbnailJobTest : public ::testing::Test, protected JobFixture
 
 constexpr FileTypeCode IconFamily = 0x69636e73; // 'icns'
 
+bool writeNoisyPng(const QString &path, int side)
+{
+    QImage noise(side, side, QImage::Format_RGB32);
+    std::mt19937 random(7);
+    for (int y = 0; y < side; ++y)
+        for (int x = 0; x < side; ++x)
+            noise.setPixel(x, y, random() & 0xffffff);
+    return noise.save(path, "PNG");
+}
+
 /// The file has the custom-icon flag and an icon family of PNG members of exactly these sides.
 void expectClassicIcon(const QString &path, const QList<int> &sides)
 {
@@ -165,6 +175,16 @@ TEST_F(ThumbnailJobTest, IconModesWriteTheThumbnailCacheAndTheClassicIconAndKeep
     set(u"create"_s, 2);
     ASSERT_TRUE(run(u"wide.png"_s));
     expectClassicIcon(file(u"wide.png"_s), { 16, 32, 64, 128, 256, 512, 1024 });
+    // A thumbnail written again over one with an icon in its companion starts without one. (Noise
+    // makes an icon family too large for an attribute.)
+    ASSERT_TRUE(writeNoisyPng(file(u"n.png"_s), 300));
+    set(u"create"_s, 1);
+    ASSERT_TRUE(run(u"n.png"_s));
+    ASSERT_TRUE(QFileInfo::exists(file(u"._n_thumb.jpg"_s)));
+    set(u"create"_s, 0);
+    ASSERT_TRUE(run(u"n.png"_s));
+    EXPECT_FALSE(QFileInfo::exists(file(u"._n_thumb.jpg"_s)));
+    EXPECT_FALSE(hasCustomIconOfFile(file(u"n_thumb.jpg"_s)));
     for (const QString &companion : entries().filter(u"._"_s)) {
         QString why;
         EXPECT_EQ(ThumbnailJob::run(file(companion), &defaults(), &why), ThumbnailJob::Outcome::Skipped)
@@ -174,12 +194,7 @@ TEST_F(ThumbnailJobTest, IconModesWriteTheThumbnailCacheAndTheClassicIconAndKeep
 
 TEST_F(ThumbnailJobTest, AClassicIconThatCannotBeStoredLeavesTheCacheIconAndTheAnswerYes)
 {
-    QImage noise(300, 300, QImage::Format_RGB32);
-    std::mt19937 random(7);
-    for (int y = 0; y < noise.height(); ++y)
-        for (int x = 0; x < noise.width(); ++x)
-            noise.setPixel(x, y, random() & 0xffffff);
-    ASSERT_TRUE(noise.save(file(u"n.png"_s), "PNG"));
+    ASSERT_TRUE(writeNoisyPng(file(u"n.png"_s), 300));
     // A folder where the companion file would go: the family is too large for an attribute.
     ASSERT_TRUE(QDir().mkdir(file(u"._n.png"_s)));
     set(u"create"_s, 2);

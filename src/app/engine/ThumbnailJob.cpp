@@ -172,6 +172,10 @@ Failure writeThumbnail(const ImagePtr &thumbnail, const QString &path, const Thu
     QString error;
     if (!writeFileAtomically(out, data, &error))
         return u"cannot write %1: %2"_s.arg(out, error);
+    // The new file took the old one's place and, like any new file, has no fork or Finder info of
+    // its own: a companion left from the old one would lend it the old one's icon on a Mac.
+    if (const std::optional<AppleDouble> old = AppleDouble::readForFile(out); old && !old->isEmpty())
+        AppleDouble::writeForFile(out, AppleDouble());
     if (s.createMode() == ThumbnailSettings::CreateMode::ThumbnailAndIcon) // the icon's answer is ignored
         giveIcon(pictureOf(thumbnail->squareImage()), out);
     return std::nullopt;
