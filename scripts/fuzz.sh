@@ -10,7 +10,7 @@ build=$top/build-fuzz
 seconds=${1:-60}
 shift || true
 targets=("$@")
-[ ${#targets[@]} -gt 0 ] || targets=(fuzz_image_data fuzz_movie_file fuzz_date_text fuzz_url_text fuzz_settings_text fuzz_postscript fuzz_vcard)
+[ ${#targets[@]} -gt 0 ] || targets=(fuzz_image_data fuzz_movie_file fuzz_date_text fuzz_url_text fuzz_settings_text fuzz_postscript fuzz_vcard fuzz_resource_fork fuzz_apple_double)
 
 # The libraries come with a normal build's packages (scripts/setup.sh); libFuzzer with clang.
 pkg-config --exists vips-cpp poppler-qt6 libavformat || { echo "run scripts/setup.sh once first" >&2; exit 2; }
@@ -78,6 +78,36 @@ hhttp://A.org//x/./index.html?PHPSESSID=ab12&utm_source=n&k=#top" "file:///tmp/p
     i=$((i + 1))
     printf '%s' "$text" >"$seeds/fuzz_url_text/seed-$i"
   done
+fi
+
+# A web location's fork ('drag' 128, 'TEXT' 256, 'url ' 256, one named) and the companion file a
+# Mac writes beside it on a foreign volume (Finder info with its attribute block, then the fork).
+if [ ! -d "$seeds/fuzz_apple_double" ]; then
+  mkdir -p "$seeds/fuzz_resource_fork" "$seeds/fuzz_apple_double"
+  python3 - "$seeds" <<'PY'
+import struct, sys
+seeds = sys.argv[1]
+url = b"https://example.org/"
+drag = struct.pack(">Q18xH4x", 1, 2) + b"".join(t + struct.pack(">2xH16x", 256) for t in (b"TEXT", b"url "))
+resources = [(b"drag", 128, drag, b""), (b"TEXT", 256, url, b"Link"), (b"url ", 256, url, b"")]
+data, types, refs, names = b"", b"", b"", b""
+for t, rid, body, name in resources:
+    types += t + struct.pack(">HH", 0, 2 + 8 * len(resources) + len(refs))
+    noff = 0xFFFF
+    if name:
+        noff, names = len(names), names + bytes([len(name)]) + name
+    refs += struct.pack(">hHB", rid, noff, 0) + len(data).to_bytes(3, "big") + b"\0" * 4
+    data += struct.pack(">I", len(body)) + body
+tl = struct.pack(">H", len(resources) - 1) + types + refs
+maplen = 28 + len(tl) + len(names)
+head = struct.pack(">IIII", 256, 256 + len(data), len(data), maplen)
+fork = head + bytes(240) + data + head + bytes(6) + struct.pack(">HHH", 0, 28, 28 + len(tl)) + tl + names
+open(seeds + "/fuzz_resource_fork/weblocation.rsrc", "wb").write(fork)
+info = b"ilhtMACS" + struct.pack(">H", 0x0400) + bytes(22) + bytes(2) + b"ATTR" + bytes(60)
+ad = struct.pack(">II16sH", 0x00051607, 0x00020000, b"Mac OS X        ", 2)
+ad += struct.pack(">III", 9, 50, len(info)) + struct.pack(">III", 2, 50 + len(info), len(fork)) + info + fork
+open(seeds + "/fuzz_apple_double/weblocation.ad", "wb").write(ad)
+PY
 fi
 
 export ASAN_OPTIONS="halt_on_error=1:detect_leaks=0:abort_on_error=1:allocator_may_return_null=1"

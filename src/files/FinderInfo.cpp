@@ -1,12 +1,15 @@
-// Reading and writing the code fields of the Finder info extended attribute.
+// Reading and writing the fields of the Finder info, in its attribute or the AppleDouble companion.
 #include "files/FinderInfo.h"
 
+#include "files/AppleDouble.h"
+#include "files/ExtendedAttributes_p.h"
 #include "files/NativePath_p.h"
 
 #include <QByteArray>
 
+#include <QtEndian>
+
 #include <optional>
-#include <sys/xattr.h>
 
 namespace orvel {
 
@@ -15,35 +18,50 @@ namespace {
 constexpr qsizetype FinderInfoSize = 32;
 constexpr qsizetype TypeOffset = 0;
 constexpr qsizetype CreatorOffset = 4;
+constexpr qsizetype FlagsOffset = 8;
 
-/// The attribute's bytes, padded with zeros to 32; a file without the attribute gives 32 zeros,
-/// an unreadable file nullopt.
+/// The Finder info's bytes, padded with zeros to 32: the attribute's when the file has it, else the
+/// AppleDouble companion's, else zeros; nullopt for an unreadable file. A longer attribute is kept
+/// whole, so that writing it back loses nothing.
 std::optional<QByteArray> readFinderInfo(const QString &path)
 {
     QByteArray native;
     if (!detail::nativePath(path, &native))
         return std::nullopt;
-    QByteArray info(FinderInfoSize, '\0');
-    for (int attempt = 0; attempt < 4; ++attempt) {
-        const ssize_t n
-            = getxattr(native.constData(), FinderInfoAttributeName, info.data(), size_t(info.size()));
-        if (n >= 0) {
-            info.truncate(n);
-            if (info.size() < FinderInfoSize)
-                info.append(FinderInfoSize - info.size(), '\0');
-            return info;
-        }
-        if (errno == ENODATA)
-            return QByteArray(FinderInfoSize, '\0');
-        if (errno != ERANGE)
-            return std::nullopt;
-        // Longer than it should be: keep all of it so that writing back loses nothing.
-        const ssize_t size = getxattr(native.constData(), FinderInfoAttributeName, nullptr, 0);
-        if (size < 0)
-            return std::nullopt;
-        info.resize(qMax<qsizetype>(size, FinderInfoSize));
+    std::optional<QByteArray> info
+        = detail::readExtendedAttribute(native, FinderInfoAttributeName, 64 * 1024);
+    if (!info)
+        return std::nullopt;
+    if (info->isEmpty()) {
+        const std::optional<AppleDouble> ad = AppleDouble::readForFile(path);
+        if (ad)
+            *info = ad->finderInfo();
     }
-    return std::nullopt;
+    if (info->size() < FinderInfoSize)
+        *info = info->leftJustified(FinderInfoSize, '\0');
+    return info;
+}
+
+/// Writes the Finder info to the attribute, or to the AppleDouble companion when the file system
+/// refuses the attribute.
+bool writeFinderInfo(const QString &path, const QByteArray &info)
+{
+    QByteArray native;
+    if (!detail::nativePath(path, &native))
+        return false;
+    switch (detail::writeExtendedAttribute(native, FinderInfoAttributeName, info)) {
+    case detail::AttributeWrite::Written:
+        return true;
+    case detail::AttributeWrite::NoFile:
+        return false;
+    case detail::AttributeWrite::Refused:
+        break;
+    }
+    std::optional<AppleDouble> ad = AppleDouble::readForFile(path);
+    if (!ad)
+        return false;
+    ad->setFinderInfo(info);
+    return AppleDouble::writeForFile(path, *ad);
 }
 
 FileTypeCode codeAt(const QByteArray &info, qsizetype offset)
@@ -58,11 +76,8 @@ bool setCodeAt(const QString &path, qsizetype offset, FileTypeCode code)
     std::optional<QByteArray> info = readFinderInfo(path);
     if (!info)
         return false;
-    for (int i = 0; i < 4; ++i)
-        (*info)[offset + i] = char((code >> (24 - 8 * i)) & 0xff);
-    const QByteArray native = QFile::encodeName(path);
-    return setxattr(native.constData(), FinderInfoAttributeName, info->constData(), size_t(info->size()), 0)
-        == 0;
+    qToBigEndian(code, info->data() + offset);
+    return writeFinderInfo(path, *info);
 }
 
 } // namespace
@@ -114,6 +129,53 @@ bool setHFSTypeCodeOfFile(const QString &path, FileTypeCode type)
 bool setHFSCreatorCodeOfFile(const QString &path, FileTypeCode creator)
 {
     return setCodeAt(path, CreatorOffset, creator);
+}
+
+std::optional<QByteArray> finderInfoOfFile(const QString &path)
+{
+    std::optional<QByteArray> info = readFinderInfo(path);
+    if (info)
+        info->truncate(FinderInfoSize);
+    return info;
+}
+
+bool setFinderInfoOfFile(const QString &path, const QByteArray &info)
+{
+    std::optional<QByteArray> current = readFinderInfo(path);
+    if (!current)
+        return false;
+    current->replace(0, FinderInfoSize, info.left(FinderInfoSize).leftJustified(FinderInfoSize, '\0'));
+    return writeFinderInfo(path, *current);
+}
+
+quint16 finderFlagsOfFile(const QString &path)
+{
+    const std::optional<QByteArray> info = readFinderInfo(path);
+    return info ? qFromBigEndian<quint16>(info->constData() + FlagsOffset) : 0;
+}
+
+bool setFinderFlagsOfFile(const QString &path, quint16 flags)
+{
+    std::optional<QByteArray> info = readFinderInfo(path);
+    if (!info)
+        return false;
+    qToBigEndian(flags, info->data() + FlagsOffset);
+    return writeFinderInfo(path, *info);
+}
+
+bool hasCustomIconOfFile(const QString &path)
+{
+    return (finderFlagsOfFile(path) & FinderFlag::HasCustomIcon) != 0;
+}
+
+bool setHasCustomIconOfFile(const QString &path, bool flag)
+{
+    const std::optional<QByteArray> info = readFinderInfo(path);
+    if (!info)
+        return false;
+    const quint16 flags = qFromBigEndian<quint16>(info->constData() + FlagsOffset);
+    return setFinderFlagsOfFile(
+        path, flag ? (flags | FinderFlag::HasCustomIcon) : (flags & ~quint16(FinderFlag::HasCustomIcon)));
 }
 
 } // namespace orvel

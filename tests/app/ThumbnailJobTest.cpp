@@ -1,12 +1,16 @@
 // The thumbnail job in this process, on real files with real settings: one setting at a time, the
 // create modes, documents, movies, sharpening against the kernel applied by hand, and bad input.
+#include "app/engine/ClassicIcon.h"
 #include "app/engine/IconService.h"
 #include "files/FileManager.h"
+#include "files/ResourceFork.h"
 #include "testlib/JobFixture.h"
 #include "testlib/MovieMakers.h"
 
+#include <QDir>
 #include <QFileInfo>
 #include <QRegularExpression>
+#include <QtEndian>
 #include <gtest/gtest.h>
 #include <random>
 #include <vips/vips8>
@@ -100,6 +104,42 @@ class ThumbnailJobTest : public ::testing::Test, protected JobFixture
 {
 };
 
+constexpr FileTypeCode IconFamily = 0x69636e73; // 'icns'
+
+bool writeNoisyPng(const QString &path, int side)
+{
+    QImage noise(side, side, QImage::Format_RGB32);
+    std::mt19937 random(7);
+    for (int y = 0; y < side; ++y)
+        for (int x = 0; x < side; ++x)
+            noise.setPixel(x, y, random() & 0xffffff);
+    return noise.save(path, "PNG");
+}
+
+/// The file has the custom-icon flag and an icon family of PNG members of exactly these sides.
+void expectClassicIcon(const QString &path, const QList<int> &sides)
+{
+    SCOPED_TRACE(path.toStdString());
+    EXPECT_TRUE(hasCustomIconOfFile(path));
+    const auto fork = ResourceFork::resourceForkForReadingAtPath(path);
+    ASSERT_NE(fork, nullptr);
+    const QByteArray family = fork->dataForType(IconFamily, ClassicIcon::ResourceID);
+    ASSERT_GE(family.size(), 8);
+    EXPECT_EQ(family.left(4), "icns");
+    EXPECT_EQ(qFromBigEndian<quint32>(family.constData() + 4), quint32(family.size()));
+    QList<int> found;
+    for (qsizetype at = 8; at + 8 <= family.size();) {
+        const quint32 length = qFromBigEndian<quint32>(family.constData() + at + 4);
+        ASSERT_GE(length, 8u);
+        ASSERT_LE(at + qsizetype(length), family.size());
+        const QImage member = QImage::fromData(family.mid(at + 8, length - 8), "PNG");
+        EXPECT_EQ(member.width(), member.height());
+        found << member.width();
+        at += length;
+    }
+    EXPECT_EQ(found, sides);
+}
+
 } // namespace
 
 TEST_F(ThumbnailJobTest, JpegOutputPutsTransparencyOnWhitePngKeepsIt)
@@ -112,21 +152,58 @@ TEST_F(ThumbnailJobTest, JpegOutputPutsTransparencyOnWhitePngKeepsIt)
     EXPECT_EQ(loadImage(file(u"clear_thumb.png"_s)).pixelColor(10, 10).alpha(), 0);
 }
 
-TEST_F(ThumbnailJobTest, IconModesWriteTheThumbnailCacheAndKeepTheSourceDate)
+TEST_F(ThumbnailJobTest, IconModesWriteTheThumbnailCacheAndTheClassicIconAndKeepTheSourceDate)
 {
     ASSERT_TRUE(writeTestImage(file(u"p.png"_s), 60, 30));
     const std::optional<FileTime> before = FileManager::fileModificationDateAtPath(file(u"p.png"_s));
     set(u"create"_s, 2);
     ASSERT_TRUE(run(u"p.png"_s));
-    EXPECT_EQ(entries(), QStringList { u"p.png"_s });
+    EXPECT_EQ(entries().filter(u"_thumb"_s), QStringList()) << "nothing is written but the icon";
     EXPECT_EQ(FileManager::fileModificationDateAtPath(file(u"p.png"_s)), before);
     EXPECT_TRUE(
         QFileInfo::exists(IconService::cachePathForFile(file(u"p.png"_s), IconService::CacheSize::Normal)));
+    expectClassicIcon(file(u"p.png"_s), { 16, 32 });
 
     set(u"create"_s, 1);
     ASSERT_TRUE(run(u"p.png"_s));
     EXPECT_TRUE(QFileInfo::exists(
         IconService::cachePathForFile(file(u"p_thumb.jpg"_s), IconService::CacheSize::Normal)));
+    expectClassicIcon(file(u"p_thumb.jpg"_s), { 16, 32 });
+
+    // A large icon family goes to the companion file, which the next run over the folder passes by.
+    ASSERT_TRUE(writeTestImage(file(u"wide.png"_s), 1200, 600));
+    set(u"create"_s, 2);
+    ASSERT_TRUE(run(u"wide.png"_s));
+    expectClassicIcon(file(u"wide.png"_s), { 16, 32, 64, 128, 256, 512, 1024 });
+    // A thumbnail written again over one with an icon in its companion starts without one. (Noise
+    // makes an icon family too large for an attribute.)
+    ASSERT_TRUE(writeNoisyPng(file(u"n.png"_s), 300));
+    set(u"create"_s, 1);
+    ASSERT_TRUE(run(u"n.png"_s));
+    ASSERT_TRUE(QFileInfo::exists(file(u"._n_thumb.jpg"_s)));
+    set(u"create"_s, 0);
+    ASSERT_TRUE(run(u"n.png"_s));
+    EXPECT_FALSE(QFileInfo::exists(file(u"._n_thumb.jpg"_s)));
+    EXPECT_FALSE(hasCustomIconOfFile(file(u"n_thumb.jpg"_s)));
+    for (const QString &companion : entries().filter(u"._"_s)) {
+        QString why;
+        EXPECT_EQ(ThumbnailJob::run(file(companion), &defaults(), &why), ThumbnailJob::Outcome::Skipped)
+            << companion;
+    }
+}
+
+TEST_F(ThumbnailJobTest, AClassicIconThatCannotBeStoredLeavesTheCacheIconAndTheAnswerYes)
+{
+    ASSERT_TRUE(writeNoisyPng(file(u"n.png"_s), 300));
+    // A folder where the companion file would go: the family is too large for an attribute.
+    ASSERT_TRUE(QDir().mkdir(file(u"._n.png"_s)));
+    set(u"create"_s, 2);
+    ASSERT_TRUE(run(u"n.png"_s));
+    EXPECT_TRUE(
+        QFileInfo::exists(IconService::cachePathForFile(file(u"n.png"_s), IconService::CacheSize::Normal)));
+    EXPECT_FALSE(hasCustomIconOfFile(file(u"n.png"_s))) << "no flag without its icon";
+    const auto fork = ResourceFork::resourceForkForReadingAtPath(file(u"n.png"_s));
+    EXPECT_TRUE(!fork || fork->dataForType(IconFamily, ClassicIcon::ResourceID).isNull());
 }
 
 TEST_F(ThumbnailJobTest, DocumentsAndMoviesGiveTheirPicture)

@@ -1,5 +1,7 @@
 // orvel-thumbs from the outside: the program run as a child process with settings, cache and
 // temporary folders of its own, its exit status, its report and what it leaves behind.
+#include "files/FinderInfo.h"
+#include "files/ResourceFork.h"
 #include "support/NumberFormatter.h"
 #include "testlib/TestSupport.h"
 
@@ -10,6 +12,7 @@
 #include <QRegularExpression>
 
 #include <gtest/gtest.h>
+#include <random>
 #include <sys/stat.h>
 
 using namespace Qt::StringLiterals;
@@ -355,4 +358,42 @@ TEST(CommandLineRun, PathsFromAListAndARunTakenUpWhereItStopped)
     EXPECT_TRUE(out.contains("break.png: skipped (its thumbnail is up to date)\n")) << out.constData();
     EXPECT_TRUE(QFileInfo::exists(dir.file(u"a_thumb.jpg"_s)));
     EXPECT_EQ(readBytes(dir.file(u"line\nbreak_thumb.jpg"_s)), before);
+}
+
+TEST(CommandLineRun, ThumbnailAndIconGivesTheThumbnailAClassicIconAndSaysWhenOneCannotBeStored)
+{
+    TempDir dir;
+    QImage noise(400, 300, QImage::Format_RGB32);
+    std::mt19937 random(11);
+    for (int y = 0; y < noise.height(); ++y)
+        for (int x = 0; x < noise.width(); ++x)
+            noise.setPixel(x, y, random() & 0xffffff);
+    ASSERT_TRUE(noise.save(dir.file(u"pic.png"_s), "PNG"));
+    ASSERT_TRUE(noise.save(dir.file(u"kept.png"_s), "PNG"));
+    // The icon family of a noisy thumbnail is too large for an attribute, and this companion is a folder.
+    ASSERT_TRUE(QDir().mkdir(dir.file(u"._kept_thumb.png"_s)));
+    QByteArray out, err;
+    EXPECT_EQ(runThumbs(dir,
+                  { u"--verbose"_s, u"--create"_s, u"thumbnail+icon"_s, u"-f"_s, u"png"_s,
+                      dir.file(u"pic.png"_s), dir.file(u"kept.png"_s) },
+                  &out, &err),
+        0)
+        << err.constData();
+    const QString thumb = dir.file(u"pic_thumb.png"_s);
+    EXPECT_TRUE(orvel::hasCustomIconOfFile(thumb));
+    const auto fork = orvel::ResourceFork::resourceForkForReadingAtPath(thumb);
+    ASSERT_NE(fork, nullptr);
+    EXPECT_EQ(fork->dataForType(0x69636e73, -16455).left(4), "icns");
+    EXPECT_TRUE(QFile::exists(dir.file(u"._pic_thumb.png"_s)));
+    EXPECT_TRUE(err.contains(
+        QFile::encodeName(dir.file(u"kept_thumb.png"_s)) + ": the classic custom icon was left out: "))
+        << err.constData();
+    EXPECT_FALSE(orvel::hasCustomIconOfFile(dir.file(u"kept_thumb.png"_s)));
+
+    // The companion files are passed by on a run over the folder.
+    QByteArray again;
+    EXPECT_EQ(runThumbs(dir, { u"--verbose"_s, u"--suffix"_s, u"_2"_s, dir.path() }, &out, &again), 0)
+        << again.constData();
+    EXPECT_TRUE(out.contains("._pic_thumb.png: skipped")) << out.constData();
+    EXPECT_FALSE(QFile::exists(dir.file(u"._pic_thumb_2.jpg"_s)));
 }

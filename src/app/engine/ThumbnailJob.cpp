@@ -1,16 +1,21 @@
 // ThumbnailJob: one file in, one thumbnail (or custom icon) out, as the settings say.
 #include "app/engine/ThumbnailJob.h"
 
+#include "app/engine/ClassicIcon.h"
 #include "app/engine/IconService.h"
 #include "app/shared/ThumbnailSettings.h"
+#include "files/AppleDouble.h"
 #include "files/AtomicFile.h"
 #include "files/FileManager.h"
 #include "image/Image.h"
 #include "movie/Movie.h"
 #include "support/Failure.h"
+#include "support/Log.h"
 #include "support/UserDefaults.h"
 
+#include <QFile>
 #include <QMimeDatabase>
+#include <QtEndian>
 
 using namespace Qt::StringLiterals;
 
@@ -30,6 +35,31 @@ using Failure = std::optional<QString>;
 
 /// The answer for a file that is none of the kinds the job reads.
 const QString NotASourceText = u"not an image, PDF, PostScript or movie file"_s;
+/// The answer for the AppleDouble companion of another file, which only looks like a picture.
+const QString CompanionText = u"the Finder info and resource fork of another file"_s;
+
+/// Whether path is an AppleDouble companion "._NAME": such a name with the format's magic.
+bool isAppleDoubleCompanion(const QString &path)
+{
+    if (!path.mid(path.lastIndexOf(u'/') + 1).startsWith(u"._"_s))
+        return false;
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        return false;
+    const QByteArray magic = file.read(4);
+    return magic.size() == 4 && qFromBigEndian<quint32>(magic.constData()) == AppleDouble::Magic;
+}
+
+/// Gives the file its icon: the thumbnail-cache entries Linux file managers show and the classic
+/// icon a Mac shows. The classic icon left out (a place where its companion file cannot be written,
+/// say) is said in the log, and the file still counts as done: it has the icon Linux shows.
+void giveIcon(const QImage &square, const QString &path)
+{
+    IconService::setIconForFile(square, path, ExcludeClassicIconElements);
+    QString why;
+    if (!ClassicIcon::setIconForFile(square, path, &why))
+        logMessage(u"%1: the classic custom icon was left out: %2"_s.arg(path, why));
+}
 
 // The pixels of an image made by focused drawing or rendering, for the icon service.
 QImage pictureOf(const ImagePtr &image)
@@ -92,7 +122,7 @@ Failure giveSourceItsIcon(const ImagePtr &image, const QString &path)
     const ImagePtr square = image->squareImage();
     if (!square)
         return drawFailure(image);
-    IconService::setIconForFile(pictureOf(square), path, ExcludeClassicIconElements);
+    giveIcon(pictureOf(square), path);
     if (date)
         FileManager::setFileModificationDate(date, path);
     return std::nullopt;
@@ -142,13 +172,19 @@ Failure writeThumbnail(const ImagePtr &thumbnail, const QString &path, const Thu
     QString error;
     if (!writeFileAtomically(out, data, &error))
         return u"cannot write %1: %2"_s.arg(out, error);
+    // The new file took the old one's place and, like any new file, has no fork or Finder info of
+    // its own: a companion left from the old one would lend it the old one's icon on a Mac.
+    if (const std::optional<AppleDouble> old = AppleDouble::readForFile(out); old && !old->isEmpty())
+        AppleDouble::writeForFile(out, AppleDouble());
     if (s.createMode() == ThumbnailSettings::CreateMode::ThumbnailAndIcon) // the icon's answer is ignored
-        IconService::setIconForFile(pictureOf(thumbnail->squareImage()), out, ExcludeClassicIconElements);
+        giveIcon(pictureOf(thumbnail->squareImage()), out);
     return std::nullopt;
 }
 
 Failure makeThumbnail(const QString &path, const ThumbnailSettings &s, ThumbnailJob::Mode mode)
 {
+    if (isAppleDoubleCompanion(path))
+        return CompanionText;
     QString error;
     const ImagePtr image = loadSource(path, &error);
     if (!image)
@@ -207,7 +243,7 @@ ThumbnailJob::Outcome ThumbnailJob::run(
     if (!failed)
         return Outcome::Made;
     (void)failure(error, *failed);
-    return *failed == NotASourceText ? Outcome::Skipped : Outcome::Failed;
+    return *failed == NotASourceText || *failed == CompanionText ? Outcome::Skipped : Outcome::Failed;
 }
 
 } // namespace orvel
