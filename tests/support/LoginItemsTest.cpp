@@ -10,6 +10,7 @@
 #include <QDir>
 #include <QFile>
 #include <QProcess>
+#include <QRegularExpression>
 #include <QStandardPaths>
 #include <QThread>
 #include <gtest/gtest.h>
@@ -211,10 +212,14 @@ TEST(LoginItems, ScheduledLaunchIsAMonthlyTimerReplacedByTheNextCall)
     const QDateTime first(QDate(2026, 3, 7), QTime(6, 5, 59));
     QString error;
     const bool loaded = LoginItems::scheduleLaunchAt(first, defaults, session.app, &error);
+    // A running user manager reads its own configuration folder, not this test's: only its absence
+    // has a known answer.
     const bool manager
         = runProgram(u"systemctl"_s, { u"--user"_s, u"show-environment"_s }, nullptr, nullptr, 10000) == 0;
-    EXPECT_EQ(loaded, manager) << error;
-    EXPECT_EQ(error.isEmpty(), manager) << error;
+    if (!manager) {
+        EXPECT_FALSE(loaded);
+        EXPECT_FALSE(error.isEmpty());
+    }
     const QString timer = LoginItems::timerPath(session.app);
     ASSERT_TRUE(QFile::exists(timer));
     ASSERT_TRUE(QFile::exists(LoginItems::servicePath(session.app)));
@@ -228,14 +233,18 @@ TEST(LoginItems, ScheduledLaunchIsAMonthlyTimerReplacedByTheNextCall)
     else
         EXPECT_EQ(verified, 0) << err.constData();
     if (hasTool(u"systemd-analyze"_s)) {
-        ASSERT_EQ(runProgram(u"systemd-analyze"_s,
-                      { u"calendar"_s, u"--iterations=2"_s, u"*-*-07 06:05:00"_s }, &out),
-            0);
-        EXPECT_TRUE(out.contains("-07 06:05:00")) << out.constData();
+        // The timer's own expression, as systemd reads it: normalised unchanged, next on a 7th.
+        const QByteArray text = readBytes(timer);
+        const qsizetype at = text.indexOf("OnCalendar=") + 11;
+        const QString calendar = QString::fromUtf8(text.mid(at, text.indexOf('\n', at) - at));
+        ASSERT_EQ(runProgram(u"systemd-analyze"_s, { u"calendar"_s, calendar }, &out), 0) << calendar;
+        EXPECT_TRUE(out.contains("Normalized form: " + calendar.toUtf8() + "\n")) << out.constData();
+        EXPECT_TRUE(QString::fromUtf8(out).contains(QRegularExpression(u"Next elapse: .*-07 06:05:00"_s)))
+            << out.constData();
     }
 
     const QDateTime second(QDate(2026, 4, 30), QTime(23, 59));
-    EXPECT_EQ(LoginItems::scheduleLaunchAt(second, defaults, session.app), manager);
+    EXPECT_FALSE(LoginItems::scheduleLaunchAt(second, defaults, session.app) && !manager);
     EXPECT_TRUE(readBytes(timer).contains("\nOnCalendar=*-*-30 23:59:00\n"));
     EXPECT_FALSE(readBytes(timer).contains("*-*-07"));
 
