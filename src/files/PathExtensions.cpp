@@ -1,0 +1,677 @@
+// Path strings, worked on as UTF-16 views in one pass where it matters: standardisation, relative
+// paths and file names run on every file of a batch.
+#include "files/PathExtensions.h"
+
+#include "files/FinderInfo.h"
+#include "strings/CharacterTables.h"
+#include "strings/FastCompare.h"
+#include "strings/StringCharacters.h"
+#include "strings/StringExtensions.h"
+
+#include <QDir>
+#include <QFileInfo>
+#include <QVarLengthArray>
+
+#include <pwd.h>
+#include <unistd.h>
+
+namespace orvel {
+
+namespace {
+
+using namespace Qt::StringLiterals;
+
+/// Path components as views; paths rarely have more than 64.
+using Components = QVarLengthArray<QStringView, 64>;
+
+bool isDigit(char16_t c) { return c >= u'0' && c <= u'9'; }
+
+bool equalNoCase(QStringView a, QStringView b)
+{
+    return a.size() == b.size() && fastCaseInsensitiveCompareUnichars(a.utf16(), a.size(), b.utf16(), b.size()) == 0;
+}
+
+bool containsStringNoCase(const QStringList &list, QStringView s)
+{
+    for (const QString &item : list) {
+        if (equalNoCase(item, s))
+            return true;
+    }
+    return false;
+}
+
+/// The home folder of user (the current user for an empty name), or a null string.
+QString homeOfUser(QStringView user)
+{
+    if (user.isEmpty())
+        return QDir::homePath();
+    const QByteArray name = user.toUtf8();
+    passwd entry {};
+    passwd *found = nullptr;
+    QVarLengthArray<char, 1024> buffer(1024);
+    while (getpwnam_r(name.constData(), &entry, buffer.data(), size_t(buffer.size()), &found) == ERANGE
+        && buffer.size() < (1 << 20))
+        buffer.resize(buffer.size() * 2);
+    if (!found || !entry.pw_dir)
+        return QString();
+    return QFile::decodeName(entry.pw_dir);
+}
+
+QString currentUserName()
+{
+    passwd entry {};
+    passwd *found = nullptr;
+    char buffer[4096];
+    if (getpwuid_r(getuid(), &entry, buffer, sizeof buffer, &found) == 0 && found && entry.pw_name)
+        return QFile::decodeName(entry.pw_name);
+    return qEnvironmentVariable("USER");
+}
+
+/// "~" and "~/x" with the home folder, "~ann/x" with ann's; anything else (and an unknown user) as is.
+QString expandingTilde(const QString &s)
+{
+    if (!s.startsWith(u'~'))
+        return s;
+    qsizetype slash = s.indexOf(u'/');
+    if (slash < 0)
+        slash = s.size();
+    const QString home = homeOfUser(QStringView(s).sliced(1, slash - 1));
+    if (home.isEmpty())
+        return s;
+    QString out = home;
+    if (out.endsWith(u'/') && slash < s.size())
+        out.chop(1);
+    return out.append(QStringView(s).sliced(slash));
+}
+
+/// The home folder replaced by "~".
+QString abbreviatingWithTilde(QStringView s)
+{
+    const QString home = QDir::homePath();
+    if (home.isEmpty() || home == u"/" || !s.startsWith(home))
+        return s.toString();
+    if (s.size() == home.size())
+        return u"~"_s;
+    if (s[home.size()] != u'/')
+        return s.toString();
+    return QString(u'~').append(s.sliced(home.size()));
+}
+
+/// Calls f with each non-empty component; a leading "/" comes first as its own component.
+template <typename F> void forEachComponent(QStringView s, F &&f)
+{
+    const qsizetype n = s.size();
+    qsizetype i = 0;
+    if (n > 0 && s[0] == u'/') {
+        f(s.first(1));
+        i = 1;
+    }
+    while (i < n) {
+        while (i < n && s[i] == u'/')
+            ++i;
+        const qsizetype start = i;
+        while (i < n && s[i] != u'/')
+            ++i;
+        if (i > start)
+            f(s.sliced(start, i - start));
+    }
+}
+
+bool isRootComponent(QStringView c) { return c.size() == 1 && c[0] == u'/'; }
+bool isDot(QStringView c) { return c.size() == 1 && c[0] == u'.'; }
+bool isDotDot(QStringView c) { return c.size() == 2 && c[0] == u'.' && c[1] == u'.'; }
+
+/// The walk of standardizedPathComponents(): ".." takes back whatever comes before it, the root too.
+void standardizedComponents(QStringView s, Components &out)
+{
+    forEachComponent(s, [&out](QStringView c) {
+        if (isDot(c))
+            return;
+        if (isDotDot(c)) {
+            if (!out.isEmpty())
+                out.removeLast();
+            return;
+        }
+        out.append(c);
+    });
+}
+
+/// The platform's standardisation before comparing folders: ".." stops at the root of an absolute
+/// path and stays in a relative one. The views point into s.
+void comparableComponents(QStringView s, Components &out)
+{
+    const bool absolute = s.startsWith(u'/');
+    forEachComponent(s, [&out, absolute](QStringView c) {
+        if (isDot(c))
+            return;
+        if (isDotDot(c) && absolute) {
+            if (out.size() > 1)
+                out.removeLast();
+            return;
+        }
+        out.append(c);
+    });
+}
+
+/// The length of the longest prefix of s whose UTF-8 form takes at most maxBytes; a surrogate pair
+/// stays whole.
+qsizetype prefixFittingUtf8(QStringView s, qsizetype maxBytes)
+{
+    const qsizetype n = s.size();
+    qsizetype bytes = 0;
+    qsizetype i = 0;
+    while (i < n) {
+        const char16_t c = s[i].unicode();
+        qsizetype units = 1;
+        qsizetype b = 3;
+        if (c < 0x80)
+            b = 1;
+        else if (c < 0x800)
+            b = 2;
+        else if (QChar::isHighSurrogate(c) && i + 1 < n && QChar::isLowSurrogate(s[i + 1].unicode())) {
+            b = 4;
+            units = 2;
+        }
+        if (bytes + b > maxBytes)
+            break;
+        bytes += b;
+        i += units;
+    }
+    return i;
+}
+
+bool isSeparatorInFilename(char16_t c) { return c == u'/' || c == u':' || c == u'~'; }
+bool isFilenameTrimCharacter(char16_t c) { return c == u'.' || isSeparatorInFilename(c); }
+
+template <typename Map> qsizetype compareNumericAware(QStringView a, QStringView b, Map map)
+{
+    if (b.isNull())
+        return -1;
+    if (a.isEmpty() || b.isEmpty())
+        return a.size() - b.size();
+    qsizetype i = 0;
+    qsizetype j = 0;
+    while (i < a.size() && j < b.size()) {
+        const char16_t ca = a[i].unicode();
+        const char16_t cb = b[j].unicode();
+        if (isDigit(ca) && isDigit(cb)) {
+            // Numbers of any length: leading zeros skipped, then the longer run is the larger number,
+            // and runs of one length compare digit by digit.
+            qsizetype endA = i;
+            while (endA < a.size() && isDigit(a[endA].unicode()))
+                ++endA;
+            qsizetype endB = j;
+            while (endB < b.size() && isDigit(b[endB].unicode()))
+                ++endB;
+            while (i < endA && a[i] == u'0')
+                ++i;
+            while (j < endB && b[j] == u'0')
+                ++j;
+            if (endA - i != endB - j)
+                return endA - i < endB - j ? -1 : 1;
+            for (; i < endA; ++i, ++j) {
+                if (a[i] != b[j])
+                    return a[i] < b[j] ? -1 : 1;
+            }
+            j = endB;
+            continue;
+        }
+        const char16_t ma = map(ca);
+        const char16_t mb = map(cb);
+        if (ma != mb)
+            return qsizetype(ma) - qsizetype(mb);
+        ++i;
+        ++j;
+    }
+    return a.size() - b.size();
+}
+
+QString stringByDeletingLastPathComponent(QStringView s)
+{
+    qsizetype end = s.size();
+    while (end > 1 && s[end - 1] == u'/')
+        --end;
+    const qsizetype slash = s.first(end).lastIndexOf(u'/');
+    if (slash < 0)
+        return u""_s;
+    qsizetype keep = slash;
+    while (keep > 0 && s[keep - 1] == u'/')
+        --keep;
+    return keep == 0 ? u"/"_s : s.first(keep).toString();
+}
+
+/// The path without trailing "/" (the root keeps its one).
+QStringView withoutTrailingSlashes(QStringView s)
+{
+    qsizetype end = s.size();
+    while (end > 1 && s[end - 1] == u'/')
+        --end;
+    return s.first(end);
+}
+
+QString stringByDeletingPathExtension(QStringView s)
+{
+    const QStringView trimmed = withoutTrailingSlashes(s);
+    const qsizetype extension = pathExtension(trimmed).size();
+    return extension == 0 ? trimmed.toString() : trimmed.chopped(extension + 1).toString();
+}
+
+/// "." and extension after the last component; a path without a name ("" or "/") stays as it is.
+QString stringByAppendingPathExtension(const QString &s, QStringView extension)
+{
+    const QStringView trimmed = withoutTrailingSlashes(s);
+    if (trimmed.isEmpty() || trimmed == u"/")
+        return s;
+    return trimmed.toString().append(u'.').append(extension);
+}
+
+/// A name inside a colon-separated form from a POSIX one and back: "/" and ":" trade places.
+void appendSwappingSeparators(QString &out, QStringView name)
+{
+    for (QChar c : name)
+        out += c == u':' ? u'/' : c == u'/' ? u':' : c;
+}
+
+/// Where a removable volume of this name is mounted.
+QString mountPointOfVolume(const QString &name)
+{
+    const QString user = currentUserName();
+    const QString under = user.isEmpty() ? QString() : user + u'/';
+    const QString run = u"/run/media/"_s + under + name;
+    if (QFileInfo::exists(run))
+        return run;
+    return u"/media/"_s + under + name;
+}
+
+} // namespace
+
+// --- Fitting the file system ----------------------------------------------------------------------
+
+void createFileSystemRepresentation(QString &s)
+{
+    const qsizetype keep = prefixFittingUtf8(s, FileSystemRepresentationLimit - 1);
+    if (keep < s.size())
+        s.truncate(keep);
+}
+
+void createFileSystemRepresentationAndAppendExtension(QString &s, QStringView extension)
+{
+    if (extension.isEmpty() || extension.size() > MaximumPathExtensionLength) {
+        createFileSystemRepresentation(s);
+        return;
+    }
+    // A buffer of 249 minus the extension's length, its terminating zero included.
+    const qsizetype keep = prefixFittingUtf8(s, FileSystemRepresentationLimit - 2 - extension.size());
+    if (keep < s.size())
+        s.truncate(keep);
+    if (!(s.endsWith(extension) && s.size() > extension.size() && s[s.size() - extension.size() - 1] == u'.'))
+        s.append(u'.').append(extension);
+}
+
+QString stringByCreatingFileSystemRepresentation(const QString &s)
+{
+    if (s.isEmpty())
+        return s;
+    QString out = s;
+    createFileSystemRepresentation(out);
+    return out;
+}
+
+QString stringByCreatingFileSystemRepresentationByAppendingExtension(const QString &s, QStringView extension)
+{
+    if (s.isEmpty())
+        return s;
+    QString out = s;
+    createFileSystemRepresentationAndAppendExtension(out, extension);
+    return out;
+}
+
+// --- File names -----------------------------------------------------------------------------------
+
+void trimInvalidFilenameCharacters(QString &s)
+{
+    qsizetype begin = 0;
+    qsizetype end = s.size();
+    while (begin < end && isFilenameTrimCharacter(s[begin].unicode()))
+        ++begin;
+    while (end > begin && isFilenameTrimCharacter(s[end - 1].unicode()))
+        --end;
+    if (begin > 0 || end < s.size())
+        s = QStringView(s).sliced(begin, end - begin).toString();
+}
+
+void createFilename(QString &s)
+{
+    // Composition changes nothing below U+0300, where the first combining marks begin.
+    const char16_t *units = reinterpret_cast<const char16_t *>(s.constData());
+    for (qsizetype i = 0; i < s.size(); ++i) {
+        if (units[i] >= 0x300) {
+            s = s.normalized(QString::NormalizationForm_C);
+            break;
+        }
+    }
+    const QStringView v(s);
+    qsizetype begin = 0;
+    qsizetype end = v.size();
+    while (begin < end && isFilenameTrimCharacter(v[begin].unicode()))
+        ++begin;
+    while (end > begin && isFilenameTrimCharacter(v[end - 1].unicode()))
+        --end;
+    // Inner "." stay; only "/", ":" and "~" are replaced.
+    bool replaces = false;
+    for (qsizetype i = begin; i < end && !replaces; ++i)
+        replaces = isSeparatorInFilename(v[i].unicode());
+    if (begin == 0 && end == v.size() && !replaces)
+        return;
+    QString out(end - begin, Qt::Uninitialized);
+    char16_t *o = reinterpret_cast<char16_t *>(out.data());
+    const char16_t *in = v.utf16();
+    for (qsizetype i = begin; i < end; ++i) {
+        const char16_t c = in[i];
+        *o++ = isSeparatorInFilename(c) ? u'-' : c;
+    }
+    s = std::move(out);
+}
+
+QString stringByTrimmingInvalidFilenameCharacters(const QString &s)
+{
+    QString out = s;
+    trimInvalidFilenameCharacters(out);
+    return out;
+}
+
+QString stringByCreatingFilename(const QString &s)
+{
+    if (s.isEmpty())
+        return s;
+    QString out = s;
+    createFilename(out);
+    return out;
+}
+
+// --- Ordering -------------------------------------------------------------------------------------
+
+qsizetype compareWithLastPathComponent(QStringView s, QStringView other)
+{
+    return compareNumericAware(s, other, [](char16_t c) { return c; });
+}
+
+qsizetype caseInsensitiveCompareWithLastPathComponent(QStringView s, QStringView other)
+{
+    const ConversionTable table = upperCharsTable();
+    return compareNumericAware(s, other, [table](char16_t c) { return table[c]; });
+}
+
+qsizetype nonUmlautedCaseInsensitiveCompareWithLastPathComponent(QStringView s, QStringView other)
+{
+    const ConversionTable table = upperUmlautsCharsTable();
+    return compareNumericAware(s, other, [table](char16_t c) { return table[c]; });
+}
+
+// --- Relations between paths ----------------------------------------------------------------------
+
+QString relativePathToDirectory(QStringView s, QStringView directory)
+{
+    // Tilde expansion is rare; the expanded text must outlive the views into it.
+    QString expandedPath;
+    QString expandedDirectory;
+    if (s.startsWith(u'~')) {
+        expandedPath = expandingTilde(s.toString());
+        s = expandedPath;
+    }
+    if (directory.startsWith(u'~')) {
+        expandedDirectory = expandingTilde(directory.toString());
+        directory = expandedDirectory;
+    }
+    Components path;
+    Components folder;
+    comparableComponents(s, path);
+    comparableComponents(directory, folder);
+    qsizetype common = 0;
+    while (common < path.size() && common < folder.size() && path[common] == folder[common])
+        ++common;
+
+    qsizetype length = common == folder.size() ? 2 : 3 * (folder.size() - common);
+    for (qsizetype i = common; i < path.size(); ++i)
+        length += path[i].size() + 1;
+    QString out;
+    out.reserve(length);
+    if (common == folder.size()) {
+        out += u"./";
+    } else {
+        for (qsizetype i = common; i < folder.size(); ++i)
+            out += u"../";
+    }
+    for (qsizetype i = common; i < path.size(); ++i) {
+        if (i > common)
+            out += u'/';
+        out += path[i];
+    }
+    return out;
+}
+
+bool pathIsInDirectory(QStringView s, QStringView directory)
+{
+    if (directory.isNull() || (s.data() == directory.data() && s.size() == directory.size()))
+        return false;
+    qsizetype n = directory.size();
+    while (n > 0 && directory[n - 1] == u'/')
+        --n;
+    // Nothing lies in the root folder: kept on purpose.
+    if (n == 0 || !s.startsWith(directory.first(n)))
+        return false;
+    return s.size() == n || s[n] == u'/';
+}
+
+bool pathIsInDirectories(QStringView s, const QStringList &directories)
+{
+    for (const QString &directory : directories) {
+        if (pathIsInDirectory(s, directory))
+            return true;
+    }
+    return false;
+}
+
+QString stringByDeletingFileComponent(const QString &s)
+{
+    if (s.isEmpty())
+        return u""_s;
+    if (!s.endsWith(u'/'))
+        return stringByDeletingLastPathComponent(s);
+    return s.size() == 1 ? u""_s : s.chopped(1);
+}
+
+// --- Standardisation ------------------------------------------------------------------------------
+
+QStringList standardizedPathComponents(QStringView s)
+{
+    Components components;
+    standardizedComponents(s, components);
+    QStringList out;
+    out.reserve(components.size());
+    for (QStringView c : components)
+        out.append(c.toString());
+    return out;
+}
+
+QString standardizedPath(const QString &s)
+{
+    Components components;
+    standardizedComponents(s, components);
+    qsizetype length = 0;
+    for (qsizetype i = 0; i < components.size(); ++i)
+        length += (i > 0 ? 1 : 0) + (i == 0 && isRootComponent(components[i]) ? 0 : components[i].size());
+    // The kept components appear in s in order; as long as s they are s.
+    if (length == s.size())
+        return s;
+    QString out(length, Qt::Uninitialized);
+    char16_t *o = reinterpret_cast<char16_t *>(out.data());
+    for (qsizetype i = 0; i < components.size(); ++i) {
+        if (i > 0)
+            *o++ = u'/';
+        if (i == 0 && isRootComponent(components[i]))
+            continue;
+        const QStringView c = components[i];
+        std::copy(c.utf16(), c.utf16() + c.size(), o);
+        o += c.size();
+    }
+    return out;
+}
+
+// --- Extensions -----------------------------------------------------------------------------------
+
+QString pathExtension(QStringView s)
+{
+    const QStringView trimmed = withoutTrailingSlashes(s);
+    const QStringView name = trimmed.sliced(trimmed.lastIndexOf(u'/') + 1);
+    const qsizetype dot = name.lastIndexOf(u'.');
+    // A name that starts with its only dot (".profile") is hidden, not extended.
+    if (dot <= 0)
+        return u""_s;
+    return name.sliced(dot + 1).toString();
+}
+
+QString stringByAppendingPathExtensionIfNecessary(const QString &s, QStringView extension)
+{
+    if (extension.isEmpty() || equalNoCase(pathExtension(s), extension))
+        return s;
+    return stringByAppendingPathExtension(s, extension);
+}
+
+QString stringByReplacingPathExtensionWith(const QString &s, QStringView extension)
+{
+    if (pathExtension(s) == extension)
+        return s;
+    const QString stem = stringByDeletingPathExtension(s);
+    return extension.isEmpty() ? stem : stringByAppendingPathExtension(stem, extension);
+}
+
+bool isValidPathExtension(QStringView s)
+{
+    return s.size() >= 1 && s.size() <= MaximumPathExtensionLength && isAlphaNumString(s);
+}
+
+QString validPathExtension(QStringView s)
+{
+    QString extension = pathExtension(s);
+    const qsizetype cut = findOneOf(extension, u"?&;=#");
+    if (cut != NotFound)
+        extension.truncate(cut);
+    return isValidPathExtension(extension) ? extension : u""_s;
+}
+
+bool pathMatchingExtensions(QStringView s, const QStringList &extensions)
+{
+    return containsStringNoCase(extensions, pathExtension(s));
+}
+
+bool pathMatchingExtensionsOrTypes(const QString &s, const QStringList &types)
+{
+    if (types.isEmpty() || s.isEmpty())
+        return false;
+    if (containsStringNoCase(types, pathExtension(s)))
+        return true;
+    return types.contains(HFSTypeOfFile(s));
+}
+
+// --- Colon-separated (HFS) forms ------------------------------------------------------------------
+
+QString HFSPath(const QString &s)
+{
+    if (!s.contains(u'/'))
+        return s;
+    QString out;
+    QStringView rest = s;
+    if (!s.startsWith(u'/')) {
+        out = u":"_s;
+    } else {
+        // A removable volume is mounted at /media/USER/NAME (or /run/media/USER/NAME).
+        QString volume = QString::fromUtf16(RootVolumeName);
+        rest = QStringView(s).sliced(1);
+        const QString user = currentUserName();
+        for (const QString &base : { u"/media/"_s, u"/run/media/"_s }) {
+            const QString prefix = base + user + u'/';
+            if (user.isEmpty() || !s.startsWith(prefix) || s.size() == prefix.size())
+                continue;
+            QStringView tail = QStringView(s).sliced(prefix.size());
+            const qsizetype slash = tail.indexOf(u'/');
+            volume.clear();
+            appendSwappingSeparators(volume, slash < 0 ? tail : tail.first(slash));
+            rest = slash < 0 ? QStringView() : tail.sliced(slash + 1);
+            break;
+        }
+        out = volume + u':';
+    }
+    bool first = true;
+    forEachComponent(rest, [&](QStringView c) {
+        if (isRootComponent(c))
+            return;
+        if (!first)
+            out += u':';
+        appendSwappingSeparators(out, c);
+        first = false;
+    });
+    if (!first && rest.endsWith(u'/'))
+        out += u':';
+    return out;
+}
+
+QString POSIXPath(const QString &s)
+{
+    if (s.isEmpty())
+        return s;
+    if (s.startsWith(u'/') || s.startsWith(u'~'))
+        return expandingTilde(s);
+    if (!s.contains(u':'))
+        return u'/' + s;
+    const QList<QStringView> parts = QStringView(s).split(u':');
+    QString out;
+    if (!parts.first().isEmpty() && parts.first() != RootVolumeName) {
+        QString volume;
+        appendSwappingSeparators(volume, parts.first());
+        out = mountPointOfVolume(volume);
+    }
+    for (qsizetype i = 1; i < parts.size(); ++i) {
+        const QStringView part = parts.at(i);
+        if (part.isEmpty() && i + 1 == parts.size()) {
+            // A trailing ":" marks a folder.
+            if (!out.endsWith(u'/'))
+                out += u'/';
+            break;
+        }
+        out += u'/';
+        if (part.isEmpty())
+            out += u"..";
+        else
+            appendSwappingSeparators(out, part);
+    }
+    return out.isEmpty() ? u"/"_s : out;
+}
+
+// --- Temporary locations --------------------------------------------------------------------------
+
+bool isTemporaryPath(QStringView s)
+{
+    if (s.isNull())
+        return false;
+    // A plain prefix test: "/tmpfoo" counts, as it always has.
+    if (s.startsWith(u"/tmp") || s.startsWith(u"/var/tmp/"))
+        return true;
+    // The process's temporary folder as its environment names it, not canonicalised.
+    QString temporary = qEnvironmentVariable("TMPDIR");
+    if (temporary.startsWith(u'/') && temporary != u"/") {
+        if (!temporary.endsWith(u'/'))
+            temporary += u'/';
+        if (s.startsWith(temporary))
+            return true;
+    }
+    if (!s.contains(u"/mimetmp/"))
+        return false;
+    const QString abbreviated = abbreviatingWithTilde(s);
+    if (!abbreviated.startsWith(u"~/."))
+        return false;
+    const qsizetype slash = abbreviated.indexOf(u'/', 3);
+    return slash > 3 && QStringView(abbreviated).sliced(slash).startsWith(u"/mimetmp/");
+}
+
+} // namespace orvel
