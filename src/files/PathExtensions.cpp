@@ -10,10 +10,14 @@
 
 #include <QDir>
 #include <QFileInfo>
+#include <QHash>
 #include <QVarLengthArray>
 
 #include <pwd.h>
 #include <unistd.h>
+#ifdef __SSE2__
+#include <emmintrin.h>
+#endif
 
 namespace orvel {
 
@@ -28,7 +32,8 @@ bool isDigit(char16_t c) { return c >= u'0' && c <= u'9'; }
 
 bool equalNoCase(QStringView a, QStringView b)
 {
-    return a.size() == b.size() && fastCaseInsensitiveCompareUnichars(a.utf16(), a.size(), b.utf16(), b.size()) == 0;
+    return a.size() == b.size()
+        && fastCaseInsensitiveCompareUnichars(a.utf16(), a.size(), b.utf16(), b.size()) == 0;
 }
 
 bool containsStringNoCase(const QStringList &list, QStringView s)
@@ -136,6 +141,45 @@ void standardizedComponents(QStringView s, Components &out)
     });
 }
 
+/// Whether standardizing changes nothing: no trailing "/" (so not "/" either), no empty, "." or ".."
+/// component. Most paths are so. A "/" followed by "/" or "." is rare enough ("/.cache" aside) that a
+/// search for those pairs, eight units at a time, settles nearly every path; a pair found is looked at
+/// closely.
+bool isStandardized(QStringView s)
+{
+    const qsizetype n = s.size();
+    if (n == 0)
+        return true;
+    const char16_t *p = s.utf16();
+    if (p[n - 1] == u'/' || p[0] == u'.')
+        return false;
+    qsizetype i = 0;
+#ifdef __SSE2__
+    const __m128i slash = _mm_set1_epi16(u'/');
+    const __m128i dot = _mm_set1_epi16(u'.');
+    for (; i + 9 <= n; i += 8) {
+        const __m128i here = _mm_loadu_si128(reinterpret_cast<const __m128i *>(p + i));
+        const __m128i next = _mm_loadu_si128(reinterpret_cast<const __m128i *>(p + i + 1));
+        const __m128i pair = _mm_and_si128(_mm_cmpeq_epi16(here, slash),
+            _mm_or_si128(_mm_cmpeq_epi16(next, slash), _mm_cmpeq_epi16(next, dot)));
+        if (_mm_movemask_epi8(pair) != 0)
+            break;
+    }
+#endif
+    for (; i + 1 < n; ++i) {
+        if (p[i] != u'/' || (p[i + 1] != u'/' && p[i + 1] != u'.'))
+            continue;
+        if (p[i + 1] == u'/')
+            return false;
+        // "/." ends the path or is followed by "/", "./" or a final ".".
+        if (i + 2 == n || p[i + 2] == u'/')
+            return false;
+        if (p[i + 2] == u'.' && (i + 3 == n || p[i + 3] == u'/'))
+            return false;
+    }
+    return true;
+}
+
 /// The platform's standardisation before comparing folders: ".." stops at the root of an absolute
 /// path and stays in a relative one. The views point into s.
 void comparableComponents(QStringView s, Components &out)
@@ -181,7 +225,96 @@ qsizetype prefixFittingUtf8(QStringView s, qsizetype maxBytes)
 }
 
 bool isSeparatorInFilename(char16_t c) { return c == u'/' || c == u':' || c == u'~'; }
-bool isFilenameTrimCharacter(char16_t c) { return c == u'.' || isSeparatorInFilename(c); }
+/// ".", "/", ":" and "~", one bit each of two 64-bit masks.
+bool isFilenameTrimCharacter(char16_t c)
+{
+    constexpr quint64 low = (quint64(1) << u'.') | (quint64(1) << u'/') | (quint64(1) << u':');
+    constexpr quint64 high = quint64(1) << (u'~' - 64);
+    return c < 64 ? (low >> c) & 1 : c < 128 ? (high >> (c - 64)) & 1 : false;
+}
+
+/// The index of the first unit in p[0, n) that is "/", ":", "~" or U+0300 and above (where
+/// composition may change the text), or n.
+qsizetype findSeparatorOrMark(const char16_t *p, qsizetype n)
+{
+    qsizetype i = 0;
+#ifdef __SSE2__
+    const __m128i slash = _mm_set1_epi16(u'/');
+    const __m128i colon = _mm_set1_epi16(u':');
+    const __m128i tilde = _mm_set1_epi16(u'~');
+    const __m128i below = _mm_set1_epi16(0x2FF);
+    for (; i + 8 <= n; i += 8) {
+        const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i *>(p + i));
+        // Saturating subtraction leaves non-zero lanes exactly where a unit exceeds U+02FF.
+        const __m128i high = _mm_cmpeq_epi16(_mm_subs_epu16(v, below), _mm_setzero_si128());
+        const __m128i separator = _mm_or_si128(
+            _mm_or_si128(_mm_cmpeq_epi16(v, slash), _mm_cmpeq_epi16(v, colon)), _mm_cmpeq_epi16(v, tilde));
+        const int mask = _mm_movemask_epi8(separator) | (~_mm_movemask_epi8(high) & 0xFFFF);
+        if (mask != 0)
+            return i + __builtin_ctz(unsigned(mask)) / 2;
+    }
+#endif
+    for (; i < n; ++i) {
+        if (p[i] >= 0x300 || isSeparatorInFilename(p[i]))
+            return i;
+    }
+    return n;
+}
+
+/// Canonical compositions of a Latin letter (below U+0250) with one combining mark of U+0300..U+036F,
+/// keyed base << 16 | mark; each checked against Qt's own composition when the table is built.
+const QHash<quint32, char16_t> &latinCompositions()
+{
+    static const QHash<quint32, char16_t> table = [] {
+        QHash<quint32, char16_t> t;
+        for (char32_t c = 0xC0; c < 0x10000; ++c) {
+            if (QChar::isSurrogate(c) || QChar::decompositionTag(c) != QChar::Canonical)
+                continue;
+            const QString parts = QChar::decomposition(c);
+            if (parts.size() != 2 || parts[0].unicode() >= 0x250 || parts[1].unicode() < 0x300
+                || parts[1].unicode() > 0x36F)
+                continue;
+            if (parts.normalized(QString::NormalizationForm_C) == QChar(char16_t(c)))
+                t.insert(quint32(parts[0].unicode()) << 16 | parts[1].unicode(), char16_t(c));
+        }
+        return t;
+    }();
+    return table;
+}
+
+/// Composes s (Unicode NFC) when it is Latin text with single combining marks, as names from a Mac
+/// disk come decomposed; false, leaving s alone, for anything else (two marks in a row, other
+/// scripts), which the general normalisation handles.
+bool composeLatin(QString &s)
+{
+    const QHash<quint32, char16_t> &table = latinCompositions();
+    const char16_t *p = reinterpret_cast<const char16_t *>(s.constData());
+    const qsizetype n = s.size();
+    QString out(n, Qt::Uninitialized);
+    char16_t *begin = reinterpret_cast<char16_t *>(out.data());
+    char16_t *o = begin;
+    for (qsizetype i = 0; i < n; ++i) {
+        const char16_t c = p[i];
+        if (c < 0x300) {
+            *o++ = c;
+            continue;
+        }
+        // U+0340, U+0341, U+0343 and U+0344 are replaced by other marks, and a mark after a composed
+        // letter may have to go before the letter's own mark ("À" and a dot below): the full way.
+        const char16_t base = o == begin ? 0 : p[i - 1];
+        if (c > 0x36F || base == 0 || base >= 0x250 || (c >= 0x340 && c <= 0x344 && c != 0x342)
+            || (base >= 0xC0 && QChar::decompositionTag(base) == QChar::Canonical))
+            return false;
+        const auto found = table.constFind(quint32(p[i - 1]) << 16 | c);
+        if (found != table.constEnd())
+            o[-1] = *found;
+        else
+            *o++ = c;
+    }
+    out.truncate(o - begin);
+    s = std::move(out);
+    return true;
+}
 
 template <typename Map> qsizetype compareNumericAware(QStringView a, QStringView b, Map map)
 {
@@ -346,7 +479,8 @@ void createFilename(QString &s)
     const char16_t *units = reinterpret_cast<const char16_t *>(s.constData());
     for (qsizetype i = 0; i < s.size(); ++i) {
         if (units[i] >= 0x300) {
-            s = s.normalized(QString::NormalizationForm_C);
+            if (!composeLatin(s))
+                s = s.normalized(QString::NormalizationForm_C);
             break;
         }
     }
@@ -363,6 +497,14 @@ void createFilename(QString &s)
         replaces = isSeparatorInFilename(v[i].unicode());
     if (begin == 0 && end == v.size() && !replaces)
         return;
+    if (s.isDetached()) {
+        // Composition made a buffer of our own: trim and replace in it.
+        char16_t *d = reinterpret_cast<char16_t *>(s.data());
+        for (qsizetype i = begin; i < end; ++i)
+            d[i - begin] = isSeparatorInFilename(d[i]) ? u'-' : d[i];
+        s.truncate(end - begin);
+        return;
+    }
     QString out(end - begin, Qt::Uninitialized);
     char16_t *o = reinterpret_cast<char16_t *>(out.data());
     const char16_t *in = v.utf16();
@@ -384,8 +526,35 @@ QString stringByCreatingFilename(const QString &s)
 {
     if (s.isEmpty())
         return s;
-    QString out = s;
-    createFilename(out);
+    const char16_t *units = reinterpret_cast<const char16_t *>(s.constData());
+    const qsizetype n = s.size();
+    qsizetype begin = 0;
+    while (begin < n && isFilenameTrimCharacter(units[begin]))
+        ++begin;
+    qsizetype end = n;
+    while (end > begin && isFilenameTrimCharacter(units[end - 1]))
+        --end;
+    // Between the trimmed ends: text that needs composition takes the general way; "/", ":" and "~"
+    // are replaced. Most names have neither.
+    const qsizetype first = begin + findSeparatorOrMark(units + begin, end - begin);
+    if (first == end) {
+        if (begin == 0 && end == n)
+            return s;
+        return QString(s.constData() + begin, end - begin);
+    }
+    QString out(end - begin, Qt::Uninitialized);
+    char16_t *o = reinterpret_cast<char16_t *>(out.data());
+    std::copy(units + begin, units + first, o);
+    o += first - begin;
+    for (qsizetype i = first; i < end; ++i) {
+        const char16_t c = units[i];
+        if (c >= 0x300) {
+            out = s;
+            createFilename(out);
+            return out;
+        }
+        *o++ = isSeparatorInFilename(c) ? u'-' : c;
+    }
     return out;
 }
 
@@ -496,25 +665,44 @@ QStringList standardizedPathComponents(QStringView s)
 
 QString standardizedPath(const QString &s)
 {
-    Components components;
-    standardizedComponents(s, components);
-    qsizetype length = 0;
-    for (qsizetype i = 0; i < components.size(); ++i)
-        length += (i > 0 ? 1 : 0) + (i == 0 && isRootComponent(components[i]) ? 0 : components[i].size());
-    // The kept components appear in s in order; as long as s they are s.
-    if (length == s.size())
+    if (isStandardized(s))
         return s;
-    QString out(length, Qt::Uninitialized);
+    // One pass into a buffer as long as s: each kept component is written after a "/" (the root
+    // component writes nothing), and ".." sets the length back to where its predecessor began.
+    const qsizetype n = s.size();
+    const char16_t *p = reinterpret_cast<const char16_t *>(s.constData());
+    QString out(n, Qt::Uninitialized);
     char16_t *o = reinterpret_cast<char16_t *>(out.data());
-    for (qsizetype i = 0; i < components.size(); ++i) {
-        if (i > 0)
-            *o++ = u'/';
-        if (i == 0 && isRootComponent(components[i]))
-            continue;
-        const QStringView c = components[i];
-        std::copy(c.utf16(), c.utf16() + c.size(), o);
-        o += c.size();
+    QVarLengthArray<qsizetype, 64> begins;
+    qsizetype length = 0;
+    qsizetype i = 0;
+    if (p[0] == u'/') {
+        begins.append(0);
+        i = 1;
     }
+    while (i < n) {
+        while (i < n && p[i] == u'/')
+            ++i;
+        const qsizetype start = i;
+        while (i < n && p[i] != u'/')
+            ++i;
+        const qsizetype size = i - start;
+        if (size == 0 || (size == 1 && p[start] == u'.'))
+            continue;
+        if (size == 2 && p[start] == u'.' && p[start + 1] == u'.') {
+            if (!begins.isEmpty()) {
+                length = begins.last();
+                begins.removeLast();
+            }
+            continue;
+        }
+        begins.append(length);
+        if (begins.size() > 1)
+            o[length++] = u'/';
+        std::copy(p + start, p + i, o + length);
+        length += size;
+    }
+    out.truncate(length);
     return out;
 }
 

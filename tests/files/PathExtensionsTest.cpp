@@ -1,8 +1,8 @@
 // Path strings: standardisation and relative paths against independent references, containment,
 // ordering, file-system fitting of multi-byte text, names, extensions, colon forms, temporary paths.
+#include "files/PathExtensions.h"
 #include "files/Base64.h"
 #include "files/FinderInfo.h"
-#include "files/PathExtensions.h"
 
 #include "testlib/TestSupport.h"
 
@@ -184,14 +184,17 @@ TEST(FileSystemRepresentation, KeepsTheLongestFittingPrefixOfWholeCharacters)
                 EXPECT_TRUE(original.startsWith(body));
                 EXPECT_EQ(QString::fromUtf8(body.toUtf8()), body) << "no half of a surrogate pair";
                 EXPECT_LE(body.toUtf8().size(), limit);
-                EXPECT_GT(body.toUtf8().size() + character.toUtf8().size(), limit) << "nothing cut needlessly";
+                EXPECT_GT(body.toUtf8().size() + character.toUtf8().size(), limit)
+                    << "nothing cut needlessly";
             }
         }
     }
-    EXPECT_EQ(stringByCreatingFileSystemRepresentationByAppendingExtension(u"photo.jpg"_s, u"jpg"), u"photo.jpg"_s);
+    EXPECT_EQ(
+        stringByCreatingFileSystemRepresentationByAppendingExtension(u"photo.jpg"_s, u"jpg"), u"photo.jpg"_s);
     EXPECT_EQ(stringByCreatingFileSystemRepresentationByAppendingExtension(u"photo.JPG"_s, u"jpg"),
         u"photo.JPG.jpg"_s);
-    EXPECT_EQ(stringByCreatingFileSystemRepresentationByAppendingExtension(u"a"_s, QString(18, u'x')), u"a"_s);
+    EXPECT_EQ(
+        stringByCreatingFileSystemRepresentationByAppendingExtension(u"a"_s, QString(18, u'x')), u"a"_s);
     EXPECT_TRUE(stringByCreatingFileSystemRepresentation(QString()).isNull());
     EXPECT_EQ(stringByCreatingFileSystemRepresentation(u""_s), u""_s);
 }
@@ -210,6 +213,28 @@ TEST(FileNames, TrimsTheEndsReplacesSeparatorsAndComposes)
     EXPECT_EQ(stringByTrimmingInvalidFilenameCharacters(u"~..a/b:c~.x"_s), u"a/b:c~.x"_s);
     const QString clean = u"Holiday 2024"_s;
     EXPECT_EQ(stringByCreatingFilename(clean).constData(), clean.constData());
+}
+
+TEST(FileNames, ComposeAsQtDoesForEveryLatinBaseAndMark)
+{
+    const auto reference = [](const QString &text) {
+        QString s = text.normalized(QString::NormalizationForm_C);
+        const auto trimmed = [](QChar c) { return c == u'.' || c == u'/' || c == u':' || c == u'~'; };
+        while (!s.isEmpty() && trimmed(s.front()))
+            s.remove(0, 1);
+        while (!s.isEmpty() && trimmed(s.back()))
+            s.chop(1);
+        return s.replace(u'/', u'-').replace(u':', u'-').replace(u'~', u'-');
+    };
+    for (char16_t base = 0x20; base < 0x370; ++base) {
+        for (char16_t mark = 0x300; mark < 0x370; ++mark) {
+            QString text = u"x"_s;
+            text.append(QChar(base)).append(QChar(mark)).append(u'y');
+            ASSERT_EQ(stringByCreatingFilename(text), reference(text)) << int(base) << " " << int(mark);
+            text.insert(3, QChar(char16_t(0x301))); // a second mark
+            ASSERT_EQ(stringByCreatingFilename(text), reference(text)) << int(base) << " " << int(mark);
+        }
+    }
 }
 
 TEST(PathExtensionNames, ExtensionsAreCleanedMatchedAppendedAndReplaced)

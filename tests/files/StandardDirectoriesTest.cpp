@@ -22,7 +22,8 @@ QMap<QString, QString> foldersIn(const TempDir &dir, QStringList env)
     const QString report = dir.file(u"report.txt"_s);
     env << u"ORVEL_FOLDERS_REPORT="_s + report;
     // Whatever this process inherited must not decide for the child.
-    for (const char *name : { "XDG_CONFIG_HOME", "XDG_CACHE_HOME", "XDG_DATA_HOME", "FLATPAK_ID", "HOST_XDG_DATA_HOME" }) {
+    for (const char *name :
+        { "XDG_CONFIG_HOME", "XDG_CACHE_HOME", "XDG_DATA_HOME", "FLATPAK_ID", "HOST_XDG_DATA_HOME" }) {
         const QString prefix = QString::fromLatin1(name) + u'=';
         if (std::none_of(env.begin(), env.end(), [&](const QString &kv) { return kv.startsWith(prefix); }))
             env << prefix;
@@ -32,7 +33,8 @@ QMap<QString, QString> foldersIn(const TempDir &dir, QStringList env)
         { u"--gtest_filter=StandardFoldersChild.*"_s }, &out, &out, 60000, env);
     EXPECT_EQ(code, 0) << out.constData();
     QMap<QString, QString> found;
-    const QStringList lines = QString::fromUtf8(orvel::test::readBytes(report)).split(u'\n', Qt::SkipEmptyParts);
+    const QStringList lines
+        = QString::fromUtf8(orvel::test::readBytes(report)).split(u'\n', Qt::SkipEmptyParts);
     for (const QString &line : lines)
         found.insert(line.section(u'\t', 0, 0), line.section(u'\t', 1));
     return found;
@@ -48,11 +50,12 @@ TEST(StandardFoldersChild, Report)
     // Twice, so that a cache that answered differently the second time would show.
     QString text;
     for (int round = 0; round < 2; ++round) {
-        text = u"desktop\t"_s + desktopDirectory() + u"\ndownloads\t"_s + downloadsDirectory() + u"\nlibrary\t"_s
-            + pathInLibraryDirectory(u"Logs") + u"\npreferences\t"_s + pathInPreferencesDirectory(u"/x.conf")
-            + u"\ncaches\t"_s + cachesDirectory() + u"\nsupport\t"_s + applicationSupportDirectory() + u"\nuserHome\t"_s
-            + userHomeDirectory() + u"\nuserLibrary\t"_s + pathInUserLibrary(u"Logs") + u"\nhome\t"_s
-            + pathInHomeDirectory(u"a") + u"\ntmp\t"_s + temporaryDirectory() + u'\n';
+        text = u"desktop\t"_s + desktopDirectory() + u"\ndownloads\t"_s + downloadsDirectory()
+            + u"\nlibrary\t"_s + pathInLibraryDirectory(u"Logs") + u"\npreferences\t"_s
+            + pathInPreferencesDirectory(u"/x.conf") + u"\ncaches\t"_s + cachesDirectory() + u"\nsupport\t"_s
+            + applicationSupportDirectory() + u"\nuserHome\t"_s + userHomeDirectory() + u"\nuserLibrary\t"_s
+            + pathInUserLibrary(u"Logs") + u"\nhome\t"_s + pathInHomeDirectory(u"a") + u"\ntmp\t"_s
+            + temporaryDirectory() + u'\n';
     }
     ASSERT_TRUE(orvel::test::writeBytes(report, text.toUtf8()));
 }
@@ -66,8 +69,8 @@ TEST(StandardFolders, XdgVariablesAndUserDirsDecide)
         "# written by xdg-user-dirs-update\nXDG_DESKTOP_DIR=\"$HOME/Schreibtisch\"\n"
         "XDG_DOWNLOAD_DIR=\"/srv/downloads/ann\"\n"));
     const auto found = foldersIn(dir,
-        { u"HOME="_s + home, u"XDG_CONFIG_HOME="_s + dir.file(u"config/"_s), u"XDG_CACHE_HOME="_s + dir.file(u"cache"_s),
-            u"XDG_DATA_HOME="_s + dir.file(u"data"_s) });
+        { u"HOME="_s + home, u"XDG_CONFIG_HOME="_s + dir.file(u"config/"_s),
+            u"XDG_CACHE_HOME="_s + dir.file(u"cache"_s), u"XDG_DATA_HOME="_s + dir.file(u"data"_s) });
     EXPECT_EQ(found.value(u"desktop"_s), home + u"/Schreibtisch"_s);
     EXPECT_EQ(found.value(u"downloads"_s), u"/srv/downloads/ann"_s);
     EXPECT_EQ(found.value(u"library"_s), dir.file(u"data/Logs"_s));
