@@ -141,18 +141,10 @@ void standardizedComponents(QStringView s, Components &out)
     });
 }
 
-/// Whether standardizing changes nothing: no trailing "/" (so not "/" either), no empty, "." or ".."
-/// component. Most paths are so. A "/" followed by "/" or "." is rare enough ("/.cache" aside) that a
-/// search for those pairs, eight units at a time, settles nearly every path; a pair found is looked at
-/// closely.
-bool isStandardized(QStringView s)
+/// The index of the first "/" in p[0, n) that ends the text or is followed by "/" or ".", or n: the
+/// only places where a path can need standardising. Eight units at a time where the processor can.
+qsizetype findSlashPair(const char16_t *p, qsizetype n)
 {
-    const qsizetype n = s.size();
-    if (n == 0)
-        return true;
-    const char16_t *p = s.utf16();
-    if (p[n - 1] == u'/' || p[0] == u'.')
-        return false;
     qsizetype i = 0;
 #ifdef __SSE2__
     const __m128i slash = _mm_set1_epi16(u'/');
@@ -162,19 +154,34 @@ bool isStandardized(QStringView s)
         const __m128i next = _mm_loadu_si128(reinterpret_cast<const __m128i *>(p + i + 1));
         const __m128i pair = _mm_and_si128(_mm_cmpeq_epi16(here, slash),
             _mm_or_si128(_mm_cmpeq_epi16(next, slash), _mm_cmpeq_epi16(next, dot)));
-        if (_mm_movemask_epi8(pair) != 0)
-            break;
+        const int mask = _mm_movemask_epi8(pair);
+        if (mask != 0)
+            return i + __builtin_ctz(unsigned(mask)) / 2;
     }
 #endif
-    for (; i + 1 < n; ++i) {
-        if (p[i] != u'/' || (p[i + 1] != u'/' && p[i + 1] != u'.'))
-            continue;
-        if (p[i + 1] == u'/')
+    for (; i < n; ++i) {
+        if (p[i] == u'/' && (i + 1 == n || p[i + 1] == u'/' || p[i + 1] == u'.'))
+            return i;
+    }
+    return n;
+}
+
+/// Whether standardizing changes nothing: no trailing "/" (so not "/" either), no empty, "." or ".."
+/// component. Most paths are so; only the places findSlashPair() finds ("/.cache" among them) and the
+/// start of a relative path are looked at closely.
+bool isStandardized(QStringView s)
+{
+    const qsizetype n = s.size();
+    if (n == 0)
+        return true;
+    const char16_t *p = s.utf16();
+    if (p[0] == u'.')
+        return false;
+    for (qsizetype i = findSlashPair(p, n); i < n; i += 1 + findSlashPair(p + i + 1, n - i - 1)) {
+        if (i + 1 == n || p[i + 1] == u'/')
             return false;
-        // "/." ends the path or is followed by "/", "./" or a final ".".
-        if (i + 2 == n || p[i + 2] == u'/')
-            return false;
-        if (p[i + 2] == u'.' && (i + 3 == n || p[i + 3] == u'/'))
+        // "/." followed by the end or "/", or by "." and the end or "/".
+        if (i + 2 == n || p[i + 2] == u'/' || (p[i + 2] == u'.' && (i + 3 == n || p[i + 3] == u'/')))
             return false;
     }
     return true;
@@ -667,40 +674,48 @@ QString standardizedPath(const QString &s)
 {
     if (isStandardized(s))
         return s;
-    // One pass into a buffer as long as s: each kept component is written after a "/" (the root
-    // component writes nothing), and ".." sets the length back to where its predecessor began.
+    // One pass into a buffer as long as s. The output is the standardised path so far; the root
+    // component writes nothing but makes the next component start with "/". Components are looked
+    // at one by one only where findSlashPair() stops; the runs between are copied whole.
     const qsizetype n = s.size();
     const char16_t *p = reinterpret_cast<const char16_t *>(s.constData());
     QString out(n, Qt::Uninitialized);
     char16_t *o = reinterpret_cast<char16_t *>(out.data());
-    QVarLengthArray<qsizetype, 64> begins;
     qsizetype length = 0;
-    qsizetype i = 0;
-    if (p[0] == u'/') {
-        begins.append(0);
-        i = 1;
-    }
+    bool root = p[0] == u'/';
+    qsizetype i = root ? 1 : 0;
     while (i < n) {
         while (i < n && p[i] == u'/')
             ++i;
-        const qsizetype start = i;
-        while (i < n && p[i] != u'/')
-            ++i;
-        const qsizetype size = i - start;
-        if (size == 0 || (size == 1 && p[start] == u'.'))
-            continue;
-        if (size == 2 && p[start] == u'.' && p[start + 1] == u'.') {
-            if (!begins.isEmpty()) {
-                length = begins.last();
-                begins.removeLast();
+        if (i == n)
+            break;
+        qsizetype end = i;
+        while (end < n && p[end] != u'/')
+            ++end;
+        const qsizetype size = end - i;
+        if (size == 2 && p[i] == u'.' && p[i + 1] == u'.') {
+            // Takes back the component before it, or the root when it is first.
+            if (length > 0) {
+                while (length > 0 && o[length - 1] != u'/')
+                    --length;
+                length = length > 0 ? length - 1 : 0;
+            } else {
+                root = false;
             }
-            continue;
+        } else if (size != 1 || p[i] != u'.') {
+            if (root || length > 0)
+                o[length++] = u'/';
+            std::copy(p + i, p + end, o + length);
+            length += size;
         }
-        begins.append(length);
-        if (begins.size() > 1)
-            o[length++] = u'/';
-        std::copy(p + start, p + i, o + length);
-        length += size;
+        // Up to the next place that needs a look: "/name/name..." of plain names.
+        const qsizetype next = end + findSlashPair(p + end, n - end);
+        if (next > end) {
+            const qsizetype from = (root || length > 0) ? end : end + 1;
+            std::copy(p + from, p + next, o + length);
+            length += next - from;
+        }
+        i = next;
     }
     out.truncate(length);
     return out;
