@@ -34,9 +34,9 @@ QString messyOrCleanPath(QRandomGenerator &rng, QString *folder)
 {
     static const QStringList roots = { u"/home/ann"_s, u"/home/bob"_s, u"/media/ann/USB Stick"_s,
         u"/srv/photos"_s, u"/mnt/nas/family"_s, u"/home/ann/.cache"_s };
-    static const QStringList folders = { u"Pictures"_s, u"2024"_s, u"Holiday Trip"_s, u"Bücher"_s,
-        u"Projects"_s, u"src"_s, u"Documents"_s, u"Scans"_s, u"Musik"_s, u"thumbnails"_s, u"raw"_s,
-        u"Camera Roll"_s, u"Old"_s, u"exports"_s };
+    static const QStringList folders
+        = { u"Pictures"_s, u"2024"_s, u"Holiday Trip"_s, u"Bücher"_s, u"Projects"_s, u"src"_s, u"Documents"_s,
+              u"Scans"_s, u"Musik"_s, u"thumbnails"_s, u"raw"_s, u"Camera Roll"_s, u"Old"_s, u"exports"_s };
     QString path = pick(rng, roots);
     const int depth = 1 + int(rng.bounded(5));
     for (int i = 0; i < depth; ++i)
@@ -66,9 +66,12 @@ const Corpus &corpus()
     static const Corpus c = [] {
         QRandomGenerator rng(4101);
         Corpus k;
-        static const QStringList titles = { u"Holiday: Day %1/3"_s, u"~draft %1~"_s, u"Résumé %1"_s,
-            u"...hidden %1"_s, u"Meeting notes %1"_s, u"Q%1 figures: final"_s, u"Cafe\u0301 %1"_s,
-            u"Invoice %1.pdf"_s };
+        // Titles of documents, mails and pages, as a program names files after them.
+        static const QStringList titles = { u"Holiday in Provence: day %1/3, the lavender fields"_s,
+            u"~draft %1~ annual report for the board"_s, u"Résumé of Jeanne Dupont, Lyon %1"_s,
+            u"...notes from the planning meeting %1"_s, u"Meeting notes %1 with the design team"_s,
+            u"Q%1 figures: final numbers for the region"_s, u"Cafe\u0301 de Flore, Paris %1 (photos)"_s,
+            u"Invoice %1 from the hardware store.pdf"_s };
         // One list after the other, so that each lies in memory in order, as a folder listing's
         // names do, rather than interleaved with the others; the folders of the paths come from a
         // second run of the generator over the same sequence.
