@@ -72,6 +72,17 @@ TEST(PathStandardisation, MatchesTheListWalkAndKeepsItsQuirks)
     EXPECT_EQ(standardizedPath(clean).constData(), clean.constData()) << "a clean path is the receiver";
 }
 
+TEST(PathStandardisation, AHugeHostilePathIsHandledInLinearTime)
+{
+    const QString deep = u"/"_s + u"a/"_s.repeated(300000) + u"../"_s.repeated(300000) + u"end"_s;
+    EXPECT_EQ(standardizedPath(deep), u"/end"_s);
+    EXPECT_EQ(standardizedPathComponents(deep).size(), 2);
+    EXPECT_EQ(relativePathToDirectory(deep, u"/"), u"./end"_s);
+    EXPECT_EQ(stringByCreatingFileSystemRepresentation(deep).size(), 249);
+    EXPECT_EQ(
+        HFSPath(deep).size(), deep.size() + QStringView(RootVolumeName).size()); // "/" became "Computer:"
+}
+
 TEST(PathRelations, RelativePathsAgreeWithQtOnCleanAbsolutePaths)
 {
     const QString cases[][3] = {
