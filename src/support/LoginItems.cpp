@@ -67,6 +67,8 @@ TaskResult runTask(
     return result;
 }
 
+// $XDG_CONFIG_HOME (~/.config), read on every call: the standard folders of the files module are
+// cached for the process, and that module builds on this one.
 QString configFolder() { return QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation); }
 
 /// value escaped for a desktop entry's string value.
