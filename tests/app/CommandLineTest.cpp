@@ -119,6 +119,26 @@ TEST(CommandLine, RunOptionsAndPaths)
     EXPECT_EQ(parseCommandLine({ u"./defaults"_s }).mode, CommandLineOptions::Mode::Run);
 }
 
+TEST(CommandLine, TheThumbnailerModeTakesAPathOrAFileUriAndASize)
+{
+    CommandLineOptions o = parseCommandLine({ u"--thumbnailer"_s, u"-s"_s, u"256"_s,
+        u"file:///home/u/My%20Pictures/%C3%A9t%C3%A9.jpg"_s, u"/tmp/out.png"_s });
+    ASSERT_TRUE(o.error.isEmpty()) << o.error.toStdString();
+    EXPECT_EQ(o.mode, CommandLineOptions::Mode::Thumbnailer);
+    EXPECT_EQ(o.thumbnailerSource, u"/home/u/My Pictures/été.jpg"_s);
+    EXPECT_EQ(o.thumbnailerOutput, u"/tmp/out.png"_s);
+    EXPECT_EQ(o.thumbnailerSize, 256);
+    EXPECT_TRUE(o.settings.isEmpty() && o.paths.isEmpty());
+
+    // A path stays a path, whatever it looks like; the size is the box's longer side.
+    o = parseCommandLine({ u"a:b.png"_s, u"--size=300x200"_s, u"out.png"_s, u"--thumbnailer"_s });
+    ASSERT_TRUE(o.error.isEmpty()) << o.error.toStdString();
+    EXPECT_EQ(o.thumbnailerSource, u"a:b.png"_s);
+    EXPECT_EQ(o.thumbnailerSize, 300);
+    EXPECT_EQ(parseCommandLine({ u"--thumbnailer"_s, u"a"_s, u"b"_s }).thumbnailerSize,
+        CommandLineOptions::DefaultThumbnailerSize);
+}
+
 TEST(CommandLine, UsageErrorsAreReported)
 {
     const QList<QPair<QStringList, QString>> bad = {
@@ -165,6 +185,18 @@ TEST(CommandLine, UsageErrorsAreReported)
         { { u"--set"_s, u"quality=1.5"_s, u"x"_s }, u"quality takes a number from 0 to 1, not '1.5'"_s },
         { { u"--set"_s, u"QuitWhenDone=yes"_s, u"x"_s }, u"QuitWhenDone takes true or false, not 'yes'"_s },
         { { u"--worker-threads"_s, u"2"_s, u"x"_s }, u"unknown option --worker-threads"_s },
+        // The thumbnailer mode takes a source, an output and a size, and nothing it would not use.
+        { { u"--thumbnailer"_s, u"in.png"_s }, u"--thumbnailer takes two paths, SOURCE and OUTPUT"_s },
+        { { u"--thumbnailer"_s, u"a"_s, u"b"_s, u"c"_s },
+            u"--thumbnailer takes two paths, SOURCE and OUTPUT"_s },
+        { { u"--thumbnailer"_s, u"--files-from"_s, u"list"_s, u"a"_s, u"b"_s },
+            u"--thumbnailer takes two paths, SOURCE and OUTPUT"_s },
+        { { u"--thumbnailer"_s, u"--format"_s, u"png"_s, u"a"_s, u"b"_s },
+            u"--thumbnailer reads no settings; only -s sets its size"_s },
+        { { u"--thumbnailer"_s, u"sftp://host/a.png"_s, u"b"_s },
+            u"--thumbnailer reads local files only, not sftp://host/a.png"_s },
+        { { u"--thumbnailer"_s, u"file://host/a.png"_s, u"b"_s },
+            u"--thumbnailer reads local files only, not file://host/a.png"_s },
     };
     for (const auto &[arguments, error] : bad) {
         const CommandLineOptions o = parseCommandLine(arguments);
