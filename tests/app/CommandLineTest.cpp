@@ -14,6 +14,7 @@
 #include <QFileInfo>
 #include <QMap>
 #include <QRegularExpression>
+#include <QStandardPaths>
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
@@ -503,6 +504,27 @@ TEST(SettingsSchema, TheBashCompletionKnowsEveryOptionAndSetting)
                   &out),
         0);
     EXPECT_EQ(out, "width=\n");
+}
+
+TEST(SettingsSchema, TheZshCompletionKnowsEveryOptionAndSettingAndParses)
+{
+    const QString file = QStringLiteral(ORVEL_SOURCE_DIR "/data/completion/_orvel-thumbs");
+    const QString script = QString::fromUtf8(orvel::test::readBytes(file));
+    ASSERT_TRUE(script.startsWith(u"#compdef orvel-thumbs\n"_s));
+    const qsizetype keysAt = script.indexOf(u"keys=("_s);
+    const QString keys = script.mid(keysAt, script.indexOf(u')', keysAt) - keysAt) + u' ';
+    for (const SettingKey &key : settingKeys())
+        EXPECT_TRUE(keys.contains(u' ' + key.key() + u' ') || keys.contains(u'(' + key.key() + u' '))
+            << key.key();
+    // Each option is described once, as --name[ or as the long half of a {-x,--name} pair.
+    for (const QString &name : longOptionsInHelp())
+        EXPECT_TRUE(
+            QRegularExpression(QRegularExpression::escape(name) + u"[=+]?['\\[}]"_s).match(script).hasMatch())
+            << name;
+    if (QStandardPaths::findExecutable(u"zsh"_s).isEmpty())
+        GTEST_SKIP() << "zsh is not installed";
+    QByteArray err;
+    EXPECT_EQ(orvel::test::runProgram(u"zsh"_s, { u"-n"_s, file }, nullptr, &err), 0) << err.toStdString();
 }
 
 TEST(SettingsSchema, TheManualPageListsEveryOptionAndSettingAndRendersCleanly)
