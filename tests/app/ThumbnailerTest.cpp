@@ -13,8 +13,6 @@
 
 #include <algorithm>
 #include <functional>
-#include <sys/stat.h>
-#include <unistd.h>
 
 using namespace Qt::StringLiterals;
 using namespace orvel::test;
@@ -33,8 +31,7 @@ QString entryExecLine()
     return {};
 }
 
-/// The entry's command with its field codes filled in: %s the size, %i the input path, %u its URI,
-/// %o the output path.
+/// The entry's command with its field codes filled in: %s the size, %i the input, %o the output.
 QStringList filledExec(const QString &input, const QString &output, int size)
 {
     QStringList command;
@@ -43,8 +40,6 @@ QStringList filledExec(const QString &input, const QString &output, int size)
             command << QString::number(size);
         else if (word == u"%i")
             command << input;
-        else if (word == u"%u")
-            command << QUrl::fromLocalFile(input).toString(QUrl::FullyEncoded);
         else if (word == u"%o")
             command << output;
         else
@@ -83,42 +78,28 @@ QStringList sandboxed(
     + command;
 }
 
-/// A source of the table: how to make it, the size asked for and what comes out.
+/// A source of the table: how to make it, the size asked for, the thumbnail's size and the colour
+/// at its centre (none for the picture, whose alpha falls from opaque at the left to clear at the right).
 struct Source
 {
     const char *name;
     std::function<bool(const QString &)> make;
     int size;
     QSize expected;
-    /// Checks the pixels of the thumbnail; empty when they are right.
-    std::function<QString(const QImage &)> pixels;
+    QColor centre;
 };
-
-QString colourAt(const QImage &image, int x, int y, QColor expected, int tolerance = 24)
-{
-    const QColor c = image.pixelColor(x, y);
-    return colourNear(c, expected, tolerance) ? QString()
-                                              : u"pixel (%1, %2) is %3, not near %4"_s.arg(x).arg(y).arg(
-                                                  c.name(QColor::HexArgb), expected.name(QColor::HexArgb));
-}
 
 const Source Sources[] = {
     { "picture.png", [](const QString &p) { return writeTestImage(p, 300, 200, true); }, 128, { 128, 85 },
-        [](const QImage &t) {
-            // The alpha falls from opaque at the left to transparent at the right.
-            if (qAlpha(t.pixel(0, 40)) < 240 || qAlpha(t.pixel(127, 40)) > 16)
-                return u"alpha %1 at the left, %2 at the right"_s.arg(qAlpha(t.pixel(0, 40)))
-                    .arg(qAlpha(t.pixel(127, 40)));
-            return QString();
-        } },
+        {} },
     { "small.jpg", [](const QString &p) { return writeSolidImage(p, 40, 30, QColor(200, 30, 30)); }, 256,
-        { 40, 30 }, [](const QImage &t) { return colourAt(t, 20, 15, QColor(200, 30, 30)); } },
+        { 40, 30 }, QColor(200, 30, 30) },
     { "page.pdf", [](const QString &p) { return writeTestPdf(p, 100, 50, QColor(30, 30, 200)); }, 256,
-        { 256, 128 }, [](const QImage &t) { return colourAt(t, 128, 64, QColor(30, 30, 200)); } },
+        { 256, 128 }, QColor(30, 30, 200) },
     { "drawing.eps", [](const QString &p) { return writeTestEps(p, 60, 40, QColor(30, 160, 30)); }, 128,
-        { 128, 85 }, [](const QImage &t) { return colourAt(t, 64, 42, QColor(30, 160, 30)); } },
+        { 128, 85 }, QColor(30, 160, 30) },
     { "movie.mp4", [](const QString &p) { return writeSecondsMovie(p, 2.0, 160, 120); }, 128, { 128, 96 },
-        [](const QImage &t) { return colourAt(t, 64, 48, colourOfSecond(1), 40); } },
+        colourOfSecond(1) },
 };
 
 void PrintTo(const Source &source, std::ostream *os) { *os << source.name; }
@@ -137,25 +118,24 @@ TEST_P(ThumbnailerSource, MakesOnePngOfAtMostTheSizeAndNothingElse)
     ASSERT_TRUE(source.make(input)) << source.name;
     ASSERT_TRUE(QDir().mkpath(dir.file(u"out"_s)));
     const QString output = dir.file(u"out/thumbnail.png"_s);
+    const QString inside = inSandbox ? u"/tmp/file-to-thumbnail."_s + QFileInfo(input).suffix() : input;
+    QStringList command = filledExec(inside, output, source.size);
+    if (inSandbox)
+        command = QStringList { u"bwrap"_s } + sandboxed(input, inside, dir.file(u"out"_s), command);
 
     QByteArray out, err;
-    int status;
-    if (inSandbox) {
-        const QString inside = u"/tmp/file-to-thumbnail."_s + QFileInfo(input).suffix();
-        const QStringList command = filledExec(inside, output, source.size);
-        status = runProgram(u"bwrap"_s, sandboxed(input, inside, dir.file(u"out"_s), command), &out, &err);
-    } else {
-        const QStringList command = filledExec(input, output, source.size);
-        status = runProgram(command.first(), command.mid(1), &out, &err);
-    }
-    ASSERT_EQ(status, 0) << err.toStdString();
-    EXPECT_TRUE(out.isEmpty()) << out.toStdString();
-    EXPECT_TRUE(err.isEmpty()) << err.toStdString();
+    ASSERT_EQ(runProgram(command.first(), command.mid(1), &out, &err), 0) << err.toStdString();
+    EXPECT_TRUE(out.isEmpty() && err.isEmpty()) << out.toStdString() << err.toStdString();
     EXPECT_TRUE(readBytes(output).startsWith("\x89PNG\r\n\x1a\n"));
     const QImage thumbnail = loadImage(output);
-    EXPECT_EQ(thumbnail.width(), source.expected.width());
-    EXPECT_EQ(thumbnail.height(), source.expected.height());
-    EXPECT_EQ(source.pixels(thumbnail), QString());
+    ASSERT_EQ(thumbnail.width(), source.expected.width());
+    ASSERT_EQ(thumbnail.height(), source.expected.height());
+    const int w = thumbnail.width(), h = thumbnail.height();
+    const QColor middle = thumbnail.pixelColor(w / 2, h / 2);
+    EXPECT_TRUE(source.centre.isValid()
+            ? colourNear(middle, source.centre, 40)
+            : qAlpha(thumbnail.pixel(0, h / 2)) > 240 && qAlpha(thumbnail.pixel(w - 1, h / 2)) < 16)
+        << middle.name(QColor::HexArgb).toStdString();
     EXPECT_EQ(QDir(dir.file(u"out"_s)).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot),
         QStringList { u"thumbnail.png"_s });
 }
@@ -175,27 +155,15 @@ TEST(Thumbnailer, ABadSourceOrPlaceExitsNonZeroAndLeavesNoOutput)
     const QByteArray jpeg = readBytes(dir.file(u"cut.jpg"_s));
     ASSERT_TRUE(writeBytes(dir.file(u"cut.jpg"_s), jpeg.left(jpeg.indexOf("\xFF\xDA") + 30)));
     ASSERT_TRUE(writeBytes(dir.file(u"words.png"_s), "not a picture at all"));
-    ASSERT_TRUE(writeBytes(dir.file(u"notes.txt"_s), "hello"));
     ASSERT_TRUE(writeBytes(dir.file(u"bomb.png"_s), pngDeclaring(300000, 300000)));
     ASSERT_TRUE(writeTestImage(dir.file(u"good.png"_s), 50, 50));
     ASSERT_TRUE(QDir().mkpath(dir.file(u"out"_s)));
-    ASSERT_TRUE(QDir().mkpath(dir.file(u"locked"_s)));
-    ::chmod(QFile::encodeName(dir.file(u"locked"_s)).constData(), 0500);
-    const bool locked = ::access(QFile::encodeName(dir.file(u"locked"_s)).constData(), W_OK) != 0;
-
-    const std::pair<QString, QString> cases[] = {
-        { u"cut.jpg"_s, u"out/t.png"_s },
-        { u"words.png"_s, u"out/t.png"_s },
-        { u"notes.txt"_s, u"out/t.png"_s },
-        { u"bomb.png"_s, u"out/t.png"_s },
-        { u"missing.png"_s, u"out/t.png"_s },
-        { u"out"_s, u"out/t.png"_s },
-        { u"good.png"_s, u"nowhere/t.png"_s },
-        { u"good.png"_s, u"locked/t.png"_s },
-    };
+    // Broken, hostile, missing and not a file; then a good source with nowhere to go.
+    const std::pair<QString, QString> cases[]
+        = { { u"cut.jpg"_s, u"out/t.png"_s }, { u"words.png"_s, u"out/t.png"_s },
+              { u"bomb.png"_s, u"out/t.png"_s }, { u"missing.png"_s, u"out/t.png"_s },
+              { u"out"_s, u"out/t.png"_s }, { u"good.png"_s, u"no/t.png"_s } };
     for (const auto &[source, output] : cases) {
-        if (output.startsWith(u"locked"_s) && !locked)
-            continue; // root writes anywhere
         const QStringList command = filledExec(dir.file(source), dir.file(output), 128);
         QByteArray out, err;
         EXPECT_EQ(runProgram(command.first(), command.mid(1), &out, &err), 1) << source << " to " << output;
@@ -204,10 +172,7 @@ TEST(Thumbnailer, ABadSourceOrPlaceExitsNonZeroAndLeavesNoOutput)
         EXPECT_EQ(err.count('\n'), 1) << err.toStdString();
         EXPECT_TRUE(out.isEmpty());
     }
-    ::chmod(QFile::encodeName(dir.file(u"locked"_s)).constData(), 0700);
-    for (const QString &folder : { u"out"_s, u"locked"_s })
-        EXPECT_TRUE(QDir(dir.file(folder)).isEmpty(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot))
-            << folder;
+    EXPECT_TRUE(QDir(dir.file(u"out"_s)).isEmpty(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot));
 }
 
 TEST(Thumbnailer, ReadsNoSettingsAndWritesNoCacheOrIcon)
@@ -230,16 +195,6 @@ TEST(Thumbnailer, ReadsNoSettingsAndWritesNoCacheOrIcon)
     EXPECT_EQ(loadImage(dir.file(u"t.png"_s)).height(), 50);
     EXPECT_EQ(QDir(dir.path()).entryList(QDir::Files), (QStringList { u"photo name.png"_s, u"t.png"_s }));
     EXPECT_FALSE(QFileInfo::exists(home.file(u"cache/thumbnails"_s)));
-
-    // Only local files and only its size: anything else is a usage error.
-    const QStringList wrong[] = {
-        { u"--thumbnailer"_s, u"https://example.org/a.png"_s, dir.file(u"u.png"_s) },
-        { u"--thumbnailer"_s, u"-f"_s, u"jpeg"_s, dir.file(u"photo name.png"_s), dir.file(u"u.png"_s) },
-        { u"--thumbnailer"_s, dir.file(u"photo name.png"_s) },
-    };
-    for (const QStringList &arguments : wrong)
-        EXPECT_EQ(runThumbs(home, arguments, nullptr, &err), 2) << arguments.join(u' ');
-    EXPECT_FALSE(QFileInfo::exists(dir.file(u"u.png"_s)));
 }
 
 } // namespace
