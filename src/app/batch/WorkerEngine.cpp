@@ -38,7 +38,7 @@ void *engineEntry(const char *symbol)
             WorkerEngine::FileName, qUtf8Printable(folder));
         return nullptr;
     }
-    // Never unloaded: the process ends with the worker.
+    // Never unloaded: the process ends with the work it was loaded for.
     void *module = ::dlopen(QFile::encodeName(path).constData(), RTLD_LAZY | RTLD_LOCAL);
     if (!module) {
         std::fprintf(stderr, "orvel-thumbs: cannot load the thumbnail engine: %s\n", ::dlerror());

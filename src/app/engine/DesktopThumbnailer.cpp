@@ -2,6 +2,7 @@
 #include "app/engine/DesktopThumbnailer.h"
 
 #include "app/engine/ThumbnailJob.h"
+#include "app/shared/ThumbnailSettings.h"
 #include "files/AtomicFile.h"
 #include "files/FileManager.h"
 #include "image/BitmapFileType.h"
@@ -25,8 +26,8 @@ namespace orvel {
 
 namespace {
 
-/// Interpolation code for the scaling: high (Lanczos), as for the job's default.
-constexpr int HighInterpolation = 3;
+/// Interpolation code for the scaling: high (Lanczos), the job's default.
+constexpr int HighInterpolation = int(ThumbnailSettings::Interpolation::High);
 
 /// The compression factor handed to the encoder; PNG is lossless, so only the effort depends on it.
 constexpr float PNGCompression = 0.8f;
@@ -103,7 +104,7 @@ int DesktopThumbnailer::run(const QString &source, const QString &output, int si
         std::fprintf(stderr, "orvel-thumbs: cannot start libvips\n");
         return 1;
     }
-    // One file: no operation cache to fill, and no more threads than the picture can use.
+    // One file: no operation cache worth filling.
     vips_cache_set_max(0);
     setLogToStandardError(limits.verbose);
     routeToolkitQtMessages();
