@@ -71,11 +71,16 @@ QString sandboxUnavailable()
 QStringList sandboxed(
     const QString &source, const QString &inside, const QString &outputFolder, const QStringList &command)
 {
-    return QStringList { u"--ro-bind"_s, u"/"_s, u"/"_s, u"--dev"_s, u"/dev"_s, u"--proc"_s, u"/proc"_s,
+    QStringList arguments { u"--ro-bind"_s, u"/"_s, u"/"_s, u"--dev"_s, u"/dev"_s, u"--proc"_s, u"/proc"_s,
         u"--tmpfs"_s, u"/tmp"_s, u"--ro-bind"_s, source, inside, u"--bind"_s, outputFolder, outputFolder,
         u"--unshare-all"_s, u"--die-with-parent"_s, u"--clearenv"_s, u"--setenv"_s, u"PATH"_s,
-        u"/usr/bin:/bin"_s, u"--setenv"_s, u"LANG"_s, u"C.UTF-8"_s, u"--chdir"_s, u"/"_s }
-    + command;
+        u"/usr/bin:/bin"_s, u"--setenv"_s, u"LANG"_s, u"C.UTF-8"_s, u"--chdir"_s, u"/"_s };
+    // A sanitizer build's options belong to the build, not to the environment being modelled.
+    for (const char *name : { "ASAN_OPTIONS", "LSAN_OPTIONS", "UBSAN_OPTIONS" }) {
+        if (qEnvironmentVariableIsSet(name))
+            arguments << u"--setenv"_s << QString::fromLatin1(name) << qEnvironmentVariable(name);
+    }
+    return arguments + command;
 }
 
 /// A source of the table: how to make it, the size asked for, the thumbnail's size and the colour
