@@ -17,7 +17,7 @@ packages=(
   desktop-file-utils appstream dbus-daemon xvfb xauth imagemagick
   clang-format groff-base
   python3-vobject
-  shared-mime-info
+  shared-mime-info bubblewrap zsh
   cron systemd libglib2.0-bin
 )
 missing=()
