@@ -20,6 +20,7 @@
 #include <QMenu>
 #include <QMessageBox>
 #include <QPushButton>
+#include <QStatusBar>
 #include <QSystemTrayIcon>
 #include <QTimer>
 #include <gtest/gtest.h>
@@ -176,9 +177,10 @@ TEST_F(DesktopRun, TheOpenDialogTakesFilesAndFoldersTogetherAndShowsOnlyWhatTheP
 {
     picture(u"a.png"_s);
     ASSERT_TRUE(writeBytes(dir.file(u"notes.txt"_s), "text"));
-    ASSERT_TRUE(writeBytes(dir.file(u"SCAN.TIF"_s), "x"));
+    picture(u"SCAN.TIF"_s);
     QDir(dir.path()).mkdir(u"sub"_s);
     DesktopApplication app(options);
+    app.panel().show();
     app.chooseFiles();
     OpenPanel *dialog = app.openPanel();
     ASSERT_NE(dialog, nullptr);
@@ -206,9 +208,8 @@ TEST_F(DesktopRun, TheOpenDialogTakesFilesAndFoldersTogetherAndShowsOnlyWhatTheP
         QStringList({ dir.file(u"sub"_s), dir.file(u"a.png"_s), dir.file(u"SCAN.TIF"_s) }));
     // The run starts from the event loop once the dialog has gone, and ends with a sign.
     ASSERT_TRUE(processEventsUntil([&] { return started && !app.delegate().isProcessing(); }));
-    EXPECT_TRUE(hasThumbnail(u"a"_s));
-    EXPECT_EQ(app.lastResults().made, 1);
-    EXPECT_EQ(app.lastResults().failures.size(), 1) << "the broken SCAN.TIF";
+    EXPECT_TRUE(hasThumbnail(u"a"_s) && hasThumbnail(u"SCAN"_s));
+    EXPECT_EQ(app.panel().statusBar()->currentMessage(), u"Thumbnails made: 2"_s);
 }
 
 TEST_F(DesktopRun, WithQuitWhenDoneOffAStatusIconShowsThePanelAndQuits)
