@@ -38,7 +38,8 @@ public:
 
     /// Ends the job running in processFile(): its worker is killed with whatever it started, the
     /// temporary file of a thumbnail being written is removed, and processFile() answers NO with
-    /// the reason "cancelled". Nothing when no job is running.
+    /// the reason "cancelled". Nothing when no job is running, nor for a job run in this process
+    /// (no worker executable), which is never cut short.
     void cancel();
     /// Whether processFile() is waiting for a worker.
     bool isRunning() const { return m_running; }

@@ -63,7 +63,7 @@ void ProgressWindow::requestCancel()
 
 void ProgressWindow::closeEvent(QCloseEvent *event)
 {
-    // Closing the window of a running run stops it; the window goes when the run has ended.
+    // Closing the window during a run stops the run; the window goes once the run has ended.
     if (m_clock.isValid()) {
         event->ignore();
         requestCancel();
