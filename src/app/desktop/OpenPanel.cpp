@@ -51,8 +51,17 @@ QStringList OpenPanel::readableNamePatterns()
     return patterns;
 }
 
+QStringList OpenPanel::chosenPaths() const
+{
+    // A name typed into the dialog's field was taken by the dialog's own handling.
+    if (m_chosen.isEmpty() && result() == QDialog::Accepted)
+        return selectedFiles();
+    return m_chosen;
+}
+
 void OpenPanel::accept()
 {
+    m_chosen.clear();
     // What is selected in the view, folders included; the dialog itself would enter a folder.
     QStringList chosen;
     for (const char *name : { "listView", "treeView" }) {
@@ -69,9 +78,8 @@ void OpenPanel::accept()
         }
     }
     if (chosen.isEmpty()) {
-        // A name typed in the dialog's field: its own handling, which enters a typed folder.
+        // A name typed into the dialog's field: its own handling, which enters a typed folder.
         QFileDialog::accept();
-        m_chosen = result() == QDialog::Accepted ? selectedFiles() : QStringList();
         return;
     }
     m_chosen = chosen;

@@ -18,7 +18,7 @@ public:
     explicit OpenPanel(QWidget *parent = nullptr);
 
     /// What the user chose, as absolute paths, in the order shown; empty before accepting.
-    [[nodiscard]] QStringList chosenPaths() const { return m_chosen; }
+    [[nodiscard]] QStringList chosenPaths() const;
 
     /// The name patterns of the files the program reads ("*.jpg", "*.JPG", …), both cases of
     /// each extension, since the dialog matches case-sensitively where the file system does.
