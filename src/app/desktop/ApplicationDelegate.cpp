@@ -14,8 +14,6 @@
 
 namespace orvel {
 
-namespace {
-
 class DelegateWalk : public FolderWalk::Visitor
 {
 public:
@@ -29,14 +27,20 @@ public:
         if (found == FolderWalk::Found::InFolder
             && ThumbnailSettings::read(UserDefaults::standard()).couldHaveWritten(path))
             return true;
-        return m_delegate.processFile(path);
+        m_delegate.m_fileInFolder = found == FolderWalk::Found::InFolder;
+        const bool ok = m_delegate.processFile(path);
+        m_delegate.m_fileInFolder = false;
+        return ok;
+    }
+    void failed(const QString &path, const QString &reason) override
+    {
+        if (!m_delegate.m_cancelled)
+            Q_EMIT m_delegate.pathFailed(path, reason);
     }
 
 private:
     ApplicationDelegate &m_delegate;
 };
-
-} // namespace
 
 ApplicationDelegate::ApplicationDelegate(PreferencesPanel *panel, QObject *parent)
     : QObject(parent)
@@ -111,6 +115,7 @@ bool ApplicationDelegate::openFile(const QString &path)
     --m_processingDepth;
 
     if (m_processingDepth == 0) {
+        m_cancelled = false;
         Q_EMIT processingFinished();
         if (m_terminateDeferred) {
             // The quit came due during the job; it fires as soon as the event loop runs again.
@@ -135,10 +140,18 @@ bool ApplicationDelegate::processPath(const QString &path)
 
 bool ApplicationDelegate::processFile(const QString &path)
 {
+    if (m_cancelled)
+        return false;
     Q_EMIT fileStarted(path);
     const bool ok = m_fileProcessor ? m_fileProcessor(path) : false;
     Q_EMIT fileFinished(path, ok);
     return ok;
+}
+
+void ApplicationDelegate::cancelProcessing()
+{
+    if (m_processingDepth > 0)
+        m_cancelled = true;
 }
 
 void ApplicationDelegate::terminate()

@@ -37,6 +37,8 @@ public:
 
     PreferencesPanel *preferencesPanel() const { return m_preferencesPanel; }
 
+    friend class DelegateWalk;
+
     /// What processFile() runs; by default the thumbnail job in this process.
     void setFileProcessor(FileProcessor processor);
     /// What terminate() finally does; by default QCoreApplication::exit(0).
@@ -60,6 +62,15 @@ public:
     /// The thumbnail job for one file.
     bool processFile(const QString &path);
 
+    /// Stops the run: the files that the walk meets from now until the outermost openFile()
+    /// returns are left alone (answered NO, never started). The file being made is the caller's
+    /// to end.
+    void cancelProcessing();
+    /// Whether cancelProcessing() was asked during this run.
+    bool isCancelled() const { return m_cancelled; }
+    /// Whether the file being processed was found inside a folder rather than opened by name.
+    bool isFileInFolder() const { return m_fileInFolder; }
+
     /// Ends the application: applicationWillTerminate(), then the quit handler. Asked while a
     /// file is being processed (from a nested event loop), it waits until processing is done.
     void terminate();
@@ -77,6 +88,8 @@ Q_SIGNALS:
     void fileStarted(const QString &path);
     /// The job answered for the file.
     void fileFinished(const QString &path, bool ok);
+    /// The walk itself answered NO for path (nothing there, a broken link, a link loop).
+    void pathFailed(const QString &path, const QString &reason);
     /// The outermost openFile() returned; nothing is being processed now.
     void processingFinished();
     /// terminate() is about to quit the application.
@@ -96,6 +109,8 @@ private:
     bool m_terminateDeferred = false;
     bool m_terminateWhenIdle = false;
     int m_processingDepth = 0;
+    bool m_cancelled = false;
+    bool m_fileInFolder = false;
 
     // Each set once and never reset.
     bool m_didDrop = false;

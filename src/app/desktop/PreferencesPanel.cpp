@@ -11,10 +11,13 @@
 #include <QCheckBox>
 #include <QCloseEvent>
 #include <QComboBox>
+#include <QDoubleSpinBox>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMimeData>
 #include <QRegularExpression>
+#include <QSpinBox>
+#include <QStatusBar>
 #include <QUrl>
 
 #include <algorithm>
@@ -71,7 +74,24 @@ qint64 selectedTag(const QComboBox *menu)
     return menu->currentIndex() < 0 ? 0 : menu->currentData().toInt();
 }
 
-QString numberText(double value) { return QString::number(value, 'g', 6); }
+// The number a spin box holds as typed, before the box corrects it on leaving: apply() may come
+// in the middle of an edit (a file dropped meanwhile) and stores what is typed, corrected.
+qint64 typedValue(const QSpinBox *box) { return PreferencesPanel::integerValue(box->cleanText()); }
+
+double typedValue(const QDoubleSpinBox *box)
+{
+    bool ok = false;
+    const double value = box->locale().toDouble(box->cleanText(), &ok);
+    return ok ? value : PreferencesPanel::floatValue(box->cleanText());
+}
+
+int spinValue(double value) { return int(std::clamp(std::round(value), double(INT_MIN), double(INT_MAX))); }
+
+// How long a message stays in the status line, in milliseconds.
+constexpr int StatusMessageTimeout = 10000;
+
+// The widest the panel gets, in pixels, unless its texts need more.
+constexpr int MaximumWidth = 760;
 
 } // namespace
 
@@ -95,27 +115,57 @@ PreferencesPanel::PreferencesPanel(UserDefaults *defaults, QWidget *parent)
     height = ui->height;
     quitWhenDone = ui->quitWhenDone;
 
+    // Every control stores the settings when the user has used it; the spin boxes do so once
+    // their value is set (by their arrows, or typed and left), not at each key.
     for (QButtonGroup *group : { createIcons, extensionFormat, sizing }) {
         takeTags(group);
         connect(group, &QButtonGroup::idClicked, this, [this, group] { apply(group); });
+        connect(group, &QButtonGroup::idToggled, this, [this](int, bool checked) {
+            if (checked)
+                updateControls();
+        });
     }
     for (QComboBox *menu : { filetype, antialiasing, sharpen }) {
         takeTags(menu);
         connect(menu, &QComboBox::activated, this, [this, menu] { apply(menu); });
+        connect(menu, &QComboBox::currentIndexChanged, this, &PreferencesPanel::updateControls);
     }
-    for (QLineEdit *field : { extension, quality, scale, width, height })
-        connect(field, &QLineEdit::editingFinished, this, [this, field] { apply(field); });
+    connect(extension, &QLineEdit::editingFinished, this, [this] { apply(extension); });
+    connect(extension, &QLineEdit::textChanged, this, &PreferencesPanel::updateControls);
+    for (QAbstractSpinBox *box : std::initializer_list<QAbstractSpinBox *> { quality, scale, width, height })
+        connect(box, &QAbstractSpinBox::editingFinished, this, [this, box] { apply(box); });
+    for (QSpinBox *box : { quality, width, height })
+        connect(box, &QSpinBox::valueChanged, this, [this, box] { apply(box); });
+    connect(scale, &QDoubleSpinBox::valueChanged, this, [this] { apply(scale); });
     connect(quitWhenDone, &QCheckBox::clicked, this, [this] { apply(quitWhenDone); });
     connect(extensionFormat, &QButtonGroup::idToggled, this, [this](int, bool checked) {
         if (checked)
             didChangeDestination();
     });
 
+    // A frame over the whole window that shows where dropped files go.
+    m_dropHighlight = new QWidget(this);
+    m_dropHighlight->setObjectName(QStringLiteral("dropHighlight"));
+    m_dropHighlight->setAttribute(Qt::WA_TransparentForMouseEvents);
+    m_dropHighlight->setStyleSheet(QStringLiteral("#dropHighlight { border: 3px solid palette(highlight); "
+                                                  "border-radius: 6px; }"));
+    m_dropHighlight->hide();
+
     setAcceptDrops(true);
     awakeFromNib();
+    // Room for the longer texts of other languages, but no stretching of the fields across a
+    // wide screen.
+    setMaximumWidth(std::max(sizeHint().width() * 2, MaximumWidth));
 }
 
-PreferencesPanel::~PreferencesPanel() = default;
+PreferencesPanel::~PreferencesPanel()
+{
+    // The controls are hidden and destroyed after this body, when the panel is half gone; a spin
+    // box losing its edit then must not call back into it.
+    const QList<QObject *> children = findChildren<QObject *>();
+    for (QObject *child : children)
+        QObject::disconnect(child, nullptr, this, nullptr);
+}
 
 UserDefaults &PreferencesPanel::defaults() const
 {
@@ -129,6 +179,7 @@ QAction *PreferencesPanel::aboutAction() const { return ui->actionAbout; }
 
 void PreferencesPanel::awakeFromNib()
 {
+    m_showing = true;
     // The window and its menus in the user's language; the values below then replace whatever the
     // walk did to the fields.
     localize(this);
@@ -136,24 +187,26 @@ void PreferencesPanel::awakeFromNib()
     selectCellWithTag(createIcons, stored.create);
     quitWhenDone->setChecked(stored.quitWhenDone);
     extension->setText(stored.extension);
-    width->setText(QString::number(qint32(stored.width)));
-    height->setText(QString::number(qint32(stored.height)));
-    quality->setText(numberText(stored.quality * 100.0f));
+    // A value outside a box's range (set by the command line) shows as the nearest it can hold.
+    width->setValue(spinValue(double(qint32(stored.width))));
+    height->setValue(spinValue(double(qint32(stored.height))));
+    quality->setValue(spinValue(double(stored.quality) * 100.0));
     selectItemWithTag(filetype, stored.filetype);
     selectItemWithTag(antialiasing, stored.interpolation);
     selectItemWithTag(sharpen, stored.sharpen);
     selectCellWithTag(sizing, stored.sizing);
-    scale->setText(numberText(stored.scale * 100.0f));
+    scale->setValue(double(stored.scale * 100.0f));
     selectCellWithTag(extensionFormat, stored.extensionFormat);
     didChangeDestination();
+    m_showing = false;
 }
 
-void PreferencesPanel::apply(QObject *sender)
+ThumbnailSettings PreferencesPanel::controlValues() const
 {
     const QString extensionText = extension->text();
-    const qint64 widthValue = integerValue(width->text());
-    const qint64 heightValue = integerValue(height->text());
-    const float scaleValue = float(floatValue(scale->text()));
+    const qint64 widthValue = typedValue(width);
+    const qint64 heightValue = typedValue(height);
+    const float scaleValue = float(typedValue(scale));
 
     ThumbnailSettings values;
     values.create = selectedTag(createIcons);
@@ -161,17 +214,26 @@ void PreferencesPanel::apply(QObject *sender)
     values.extension = extensionText.isEmpty() ? u"_"_s : extensionText;
     values.width = std::max<qint64>(widthValue, 16);
     values.height = std::max<qint64>(heightValue, 16);
-    values.quality = float(floatValue(quality->text())) / 100.0f;
+    values.quality = float(typedValue(quality)) / 100.0f;
     values.interpolation = selectedTag(antialiasing);
     values.filetype = selectedTag(filetype);
     values.sharpen = selectedTag(sharpen);
     values.sizing = selectedTag(sizing);
     values.extensionFormat = selectedTag(extensionFormat);
     values.scale = std::clamp(scaleValue, 1.0f, 100.0f) / 100.0f;
+    return values;
+}
+
+void PreferencesPanel::apply(QObject *sender)
+{
+    if (m_showing)
+        return;
+    const ThumbnailSettings values = controlValues();
     UserDefaults &store = defaults();
     values.write(store);
     // The thumbnails are made in worker processes, which read the store's file.
     store.synchronize();
+    Q_EMIT applied();
 
     if (sender)
         awakeFromNib();
@@ -179,8 +241,57 @@ void PreferencesPanel::apply(QObject *sender)
 
 void PreferencesPanel::didChangeDestination()
 {
-    extensionName->setText(extensionFormat->checkedId() == 2 ? localizedText(QStringLiteral("Name:"))
-                                                             : localizedText(QStringLiteral("Extension:")));
+    switch (extensionFormat->checkedId()) {
+    case 0:
+        extensionName->setText(localizedText(QStringLiteral("Prefi&x:")));
+        break;
+    case 2:
+        extensionName->setText(localizedText(QStringLiteral("Folder &name:")));
+        break;
+    default:
+        extensionName->setText(localizedText(QStringLiteral("Suffi&x:")));
+        break;
+    }
+    updateControls();
+}
+
+QString PreferencesPanel::exampleText() const
+{
+    const ThumbnailSettings values = controlValues();
+    const QString source = QString::fromUtf16(ExampleSource);
+    if (values.createMode() == ThumbnailSettings::CreateMode::Icon) {
+        const QString note = localizedText(QStringLiteral("For example: %1 gets its own picture as its "
+                                                          "icon; nothing is written"));
+        return note.arg(source);
+    }
+    const QString folder = u"/example"_s;
+    const QString output = values.outputPathFor(folder + u'/' + source);
+    // The path as seen from the source's folder.
+    const QString shown = output.startsWith(folder + u'/') ? output.mid(folder.size() + 1) : output;
+    return localizedText(QStringLiteral("For example: %1 → %2")).arg(source, shown);
+}
+
+void PreferencesPanel::updateControls()
+{
+    const qint64 create = selectedTag(createIcons);
+    // Only a custom icon: nothing is written, so nothing about the written file applies.
+    const bool writes = create != 2;
+    const bool scales = sizing->checkedId() == 1;
+    ui->namingBox->setEnabled(writes);
+    ui->sizeBox->setEnabled(writes);
+    for (QWidget *control :
+        std::initializer_list<QWidget *> { ui->widthLabel, width, ui->heightLabel, height, ui->pixelsLabel })
+        control->setEnabled(!scales);
+    ui->scaleLabel->setEnabled(scales);
+    scale->setEnabled(scales);
+    for (QWidget *control :
+        std::initializer_list<QWidget *> { ui->filetypeLabel, filetype, ui->sharpenLabel, sharpen })
+        control->setEnabled(writes);
+    // BMP is written uncompressed: the factor has no effect on it.
+    const bool compresses = writes && selectedTag(filetype) != 1;
+    ui->qualityLabel->setEnabled(compresses);
+    quality->setEnabled(compresses);
+    ui->exampleName->setText(exampleText());
 }
 
 void PreferencesPanel::makeKeyAndOrderFront()
@@ -188,6 +299,11 @@ void PreferencesPanel::makeKeyAndOrderFront()
     show();
     raise();
     activateWindow();
+}
+
+void PreferencesPanel::showStatusMessage(const QString &text)
+{
+    statusBar()->showMessage(text, StatusMessageTimeout);
 }
 
 qint64 PreferencesPanel::integerValue(const QString &text)
@@ -224,12 +340,38 @@ void PreferencesPanel::closeEvent(QCloseEvent *event)
 void PreferencesPanel::dragEnterEvent(QDragEnterEvent *event)
 {
     const QList<QUrl> urls = event->mimeData()->urls();
-    if (std::any_of(urls.cbegin(), urls.cend(), [](const QUrl &url) { return url.isLocalFile(); }))
+    if (std::any_of(urls.cbegin(), urls.cend(), [](const QUrl &url) { return url.isLocalFile(); })) {
         event->acceptProposedAction();
+        setDropHighlighted(true);
+    }
+}
+
+void PreferencesPanel::dragLeaveEvent(QDragLeaveEvent *event)
+{
+    setDropHighlighted(false);
+    QMainWindow::dragLeaveEvent(event);
+}
+
+bool PreferencesPanel::isDropHighlighted() const { return !m_dropHighlight->isHidden(); }
+
+void PreferencesPanel::setDropHighlighted(bool on)
+{
+    if (on) {
+        m_dropHighlight->setGeometry(rect());
+        m_dropHighlight->raise();
+    }
+    m_dropHighlight->setVisible(on);
+}
+
+void PreferencesPanel::resizeEvent(QResizeEvent *event)
+{
+    QMainWindow::resizeEvent(event);
+    m_dropHighlight->setGeometry(rect());
 }
 
 void PreferencesPanel::dropEvent(QDropEvent *event)
 {
+    setDropHighlighted(false);
     QStringList paths;
     const QList<QUrl> urls = event->mimeData()->urls();
     for (const QUrl &url : urls) {

@@ -5,11 +5,15 @@
 #include "app/engine/ThumbnailJob.h"
 #include "support/NumberFormatter.h"
 
+#include <QCloseEvent>
 #include <QCoreApplication>
+#include <QDialogButtonBox>
 #include <QDirIterator>
 #include <QFileInfo>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QProgressBar>
+#include <QPushButton>
 #include <QVBoxLayout>
 
 #include <algorithm>
@@ -40,6 +44,43 @@ ProgressWindow::ProgressWindow(QWidget *parent)
     layout->addWidget(m_countLabel);
     layout->addWidget(m_bar);
     layout->addWidget(m_fileLabel);
+    auto *buttons = new QDialogButtonBox(this);
+    m_cancelButton
+        = buttons->addButton(localizedText(QStringLiteral("Cancel")), QDialogButtonBox::RejectRole);
+    m_cancelButton->setObjectName(QStringLiteral("cancelButton"));
+    m_cancelButton->setToolTip(localizedText(QStringLiteral(
+        "Stops the file being made (nothing of it is written) and leaves the files not yet started alone")));
+    connect(m_cancelButton, &QPushButton::clicked, this, &ProgressWindow::requestCancel);
+    layout->addWidget(buttons);
+}
+
+void ProgressWindow::requestCancel()
+{
+    if (!m_clock.isValid() || !m_cancelButton->isEnabled())
+        return;
+    m_cancelButton->setEnabled(false);
+    m_fileLabel->setText(localizedText(QStringLiteral("Cancelling…")));
+    Q_EMIT cancelRequested();
+}
+
+void ProgressWindow::closeEvent(QCloseEvent *event)
+{
+    // Closing the window during a run stops the run; the window goes once the run has ended.
+    if (m_clock.isValid()) {
+        event->ignore();
+        requestCancel();
+        return;
+    }
+    QWidget::closeEvent(event);
+}
+
+void ProgressWindow::keyPressEvent(QKeyEvent *event)
+{
+    if (event->key() == Qt::Key_Escape) {
+        requestCancel();
+        return;
+    }
+    QWidget::keyPressEvent(event);
 }
 
 void ProgressWindow::addExpectedFiles(qint64 count)
@@ -78,6 +119,7 @@ void ProgressWindow::endRun()
     m_clock.invalidate();
     m_expected = m_started = m_done = m_bytesWritten = 0;
     m_current.clear();
+    m_cancelButton->setEnabled(true);
 }
 
 void ProgressWindow::startRunIfIdle()
@@ -101,7 +143,8 @@ void ProgressWindow::update(bool repaint)
             : countText());
     m_bar->setRange(0, int(std::min<qint64>(filesTotal(), INT_MAX)));
     m_bar->setValue(int(std::min<qint64>(m_done, INT_MAX)));
-    m_fileLabel->setText(QFileInfo(m_current).fileName());
+    if (m_cancelButton->isEnabled())
+        m_fileLabel->setText(QFileInfo(m_current).fileName());
     m_fileLabel->setToolTip(m_current);
     // The job blocks the event loop while it runs; let the window draw itself first.
     if (repaint)

@@ -7,12 +7,14 @@
 
 class QLabel;
 class QProgressBar;
+class QPushButton;
 
 namespace orvel {
 
 /// Follows the files of a run (from the first file until processing stops) and appears once the
 /// run has taken longer than showDelay, showing the files done of the total and the current
-/// file; it disappears when the run ends.
+/// file; it disappears when the run ends. Its Cancel button (or Escape, or closing the window)
+/// asks for the run to stop.
 class ProgressWindow : public QWidget
 {
     Q_OBJECT
@@ -35,6 +37,12 @@ public:
     /// The size of the thumbnails written in this run, as the stored settings name them.
     qint64 bytesWritten() const { return m_bytesWritten; }
     [[nodiscard]] QString currentFile() const { return m_current; }
+    /// The button that asks for the run to stop.
+    QPushButton *cancelButton() const { return m_cancelButton; }
+
+Q_SIGNALS:
+    /// The user asked for the run to stop (once per run).
+    void cancelRequested();
 
 public Q_SLOTS:
     void fileStarted(const QString &path);
@@ -43,7 +51,12 @@ public Q_SLOTS:
     /// has ended: the window goes and the counts start again.
     void runFinished();
 
+protected:
+    void closeEvent(QCloseEvent *event) override;
+    void keyPressEvent(QKeyEvent *event) override;
+
 private:
+    void requestCancel();
     void endRun();
     void update(bool repaint);
     void startRunIfIdle();
@@ -51,6 +64,7 @@ private:
     QLabel *m_countLabel = nullptr;
     QLabel *m_fileLabel = nullptr;
     QProgressBar *m_bar = nullptr;
+    QPushButton *m_cancelButton = nullptr;
     QElapsedTimer m_clock;
     QTimer m_endTimer;
     QTimer m_showTimer;

@@ -138,10 +138,11 @@ TEST_F(ApplicationDelegateTest, WithQuitWhenDoneOffALaunchByDropStaysRunningUnti
 
 TEST_F(ApplicationDelegateTest, TerminationStoresThePanelOnlyWhenItIsVisible)
 {
-    outlet<QLineEdit>(*panel, "width")->setText(u"300"_s);
+    typingLine(*panel, "width")->setText(u"300"_s);
     delegate->applicationWillTerminate();
     EXPECT_FALSE(UserDefaults::standard().objectForKey(u"width"_s).isValid());
     panel->show();
+    typingLine(*panel, "width")->setText(u"300"_s);
     delegate->terminate();
     EXPECT_EQ(UserDefaults::standard().integerForKey(u"width"_s), 300);
     EXPECT_EQ(quits, 1);

@@ -55,6 +55,19 @@ TEST_F(DesktopProgram, ALaunchByDropWritesTheThumbnailsAndQuitsByItself)
     EXPECT_TRUE(QFile::exists(dir.file(u"more/two_thumb.jpg"_s)));
 }
 
+TEST_F(DesktopProgram, ALaunchByDropWithAFailureStaysUntilItsReportIsRead)
+{
+    // No session bus, so no notification service: the report is a dialog, and the automatic quit
+    // waits for it.
+    ASSERT_TRUE(writeBytes(dir.file(u"broken.png"_s), QByteArray("\x89PNG\r\n\x1a\n", 8)));
+    QProcess launch;
+    launch.start(program, { dir.file(u"broken.png"_s), picture(u"fine.png"_s) });
+    ASSERT_TRUE(waitForFile(u"fine_thumb.jpg"_s));
+    EXPECT_FALSE(launch.waitForFinished(1500)) << "it quit before the failure was shown";
+    launch.terminate();
+    launch.waitForFinished(10000);
+}
+
 TEST_F(DesktopProgram, WithQuitWhenDoneOffItStaysAndALaterLaunchHandsItsFilesToIt)
 {
     UserDefaults::standard().setObject(false, u"QuitWhenDone"_s);
@@ -82,8 +95,8 @@ TEST_F(DesktopProgram, UnappliedEditsInTheVisiblePanelReachTheWorkerOfTheOpenedF
     ApplicationDelegate delegate(&panel);
     delegate.setFileProcessor([this](const QString &path) { return job.processFile(path); });
     delegate.applicationDidFinishLaunching();
-    outlet<QLineEdit>(panel, "width")->setText(u"3"_s);
-    outlet<QLineEdit>(panel, "height")->setText(u"20"_s);
+    typingLine(panel, "width")->setText(u"3"_s);
+    typingLine(panel, "height")->setText(u"20"_s);
     auto *format = outlet<QComboBox>(panel, "filetype");
     format->setCurrentIndex(format->findData(4));
 
@@ -91,7 +104,7 @@ TEST_F(DesktopProgram, UnappliedEditsInTheVisiblePanelReachTheWorkerOfTheOpenedF
     // A PNG inside 16 (the corrected width) by 20.
     EXPECT_EQ(loadImage(dir.file(u"wide_thumb.png"_s)).size(), QSize(16, 12));
     // Applied without a sender: the field still shows what was typed.
-    EXPECT_EQ(outlet<QLineEdit>(panel, "width")->text(), u"3"_s);
+    EXPECT_EQ(typingLine(panel, "width")->text(), u"3"_s);
 }
 
 TEST_F(DesktopProgram, AFailingFileFailsAloneWithItsReasonAndTheWorkerGoesOn)

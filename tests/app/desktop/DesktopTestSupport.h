@@ -1,12 +1,15 @@
 // Helpers of the desktop tests: a clean settings store, events until a condition holds, the
-// panel's controls by name and a test in another language.
+// panel's controls by name, a private session bus and a test in another language.
 #pragma once
 
 #include "support/UserDefaults.h"
 
 #include <QCoreApplication>
+#include <QDBusConnection>
 #include <QDeadlineTimer>
+#include <QLineEdit>
 #include <QLocale>
+#include <QProcess>
 #include <QThread>
 #include <QUuid>
 #include <QWidget>
@@ -49,11 +52,54 @@ template <typename T> T *outlet(const QWidget &window, const char *name)
     return control;
 }
 
+/// The line a user types into for the control of window with that object name: a field itself,
+/// or the line inside a spin box (its text as typed, before the box corrects it on leaving).
+inline QLineEdit *typingLine(const QWidget &window, const char *name)
+{
+    QWidget *control = outlet<QWidget>(window, name);
+    if (!control)
+        return nullptr;
+    if (auto *field = qobject_cast<QLineEdit *>(control))
+        return field;
+    return control->findChild<QLineEdit *>();
+}
+
 /// An application id of the test's own, so that no other instance answers for it.
 inline QString uniqueApplicationId()
 {
     return u"org.orvel.ThumbnailsTest.t"_s + QUuid::createUuid().toString(QUuid::Id128);
 }
+
+/// A private session bus, started for the test and ended with it.
+class PrivateBus
+{
+public:
+    PrivateBus()
+    {
+        m_daemon.start(u"dbus-daemon"_s, { u"--session"_s, u"--nofork"_s, u"--print-address=1"_s });
+        if (m_daemon.waitForStarted(5000)
+            && processEventsUntil([this] { return m_daemon.canReadLine(); }, 5000))
+            m_address = QString::fromUtf8(m_daemon.readLine()).trimmed();
+    }
+    ~PrivateBus()
+    {
+        for (const QString &name : m_connections)
+            QDBusConnection::disconnectFromBus(name);
+        m_daemon.kill();
+        m_daemon.waitForFinished(5000);
+    }
+    bool isRunning() const { return !m_address.isEmpty(); }
+    QDBusConnection connect()
+    {
+        m_connections << u"test-%1"_s.arg(m_connections.size());
+        return QDBusConnection::connectToBus(m_address, m_connections.last());
+    }
+
+private:
+    QProcess m_daemon;
+    QString m_address;
+    QStringList m_connections;
+};
 
 /// A test on an empty settings store, in the language use() picks (restored after the test).
 class DesktopTest : public ::testing::Test

@@ -11,6 +11,7 @@
 #include <QCheckBox>
 #include <QComboBox>
 #include <QDirIterator>
+#include <QDoubleSpinBox>
 #include <QDropEvent>
 #include <QLabel>
 #include <QLineEdit>
@@ -19,11 +20,14 @@
 #include <QRadioButton>
 #include <QRegularExpression>
 #include <QSignalSpy>
+#include <QSpinBox>
+#include <QTest>
 #include <QUrl>
 #include <QXmlStreamReader>
 #include <gtest/gtest.h>
 
 #include <limits>
+#include <map>
 #include <set>
 #include <tuple>
 
@@ -43,7 +47,8 @@ protected:
         panel = std::make_unique<PreferencesPanel>();
     }
 
-    QLineEdit *field(const char *name) const { return outlet<QLineEdit>(*panel, name); }
+    QLineEdit *field(const char *name) const { return typingLine(*panel, name); }
+    QSpinBox *spin(const char *name) const { return outlet<QSpinBox>(*panel, name); }
     QComboBox *menu(const char *name) const { return outlet<QComboBox>(*panel, name); }
     QButtonGroup *group(const char *name) const { return outlet<QButtonGroup>(*panel, name); }
     UserDefaults &store() const { return UserDefaults::standard(); }
@@ -63,7 +68,7 @@ TEST_F(PreferencesPanelTest, ClosingStoresEachControlUnderItsKeyAndAFreshPanelSh
     menu("sharpen")->setCurrentIndex(menu("sharpen")->findData(2));
     outlet<QCheckBox>(*panel, "quitWhenDone")->setChecked(false);
     field("extension")->setText(u"small-"_s);
-    field("width")->setText(u"200"_s);
+    spin("width")->setValue(200);
     panel->close();
     EXPECT_EQ(closed.size(), 1);
 
@@ -78,7 +83,7 @@ TEST_F(PreferencesPanelTest, ClosingStoresEachControlUnderItsKeyAndAFreshPanelSh
     EXPECT_EQ(stored.size(), 12);
 
     PreferencesPanel reopened;
-    EXPECT_EQ(outlet<QLineEdit>(reopened, "width")->text(), u"200"_s);
+    EXPECT_EQ(outlet<QSpinBox>(reopened, "width")->value(), 200);
     EXPECT_EQ(outlet<QLineEdit>(reopened, "extension")->text(), u"small-"_s);
     EXPECT_EQ(outlet<QButtonGroup>(reopened, "sizing")->checkedId(), 1);
     EXPECT_EQ(outlet<QComboBox>(reopened, "sharpen")->currentData(), 2);
@@ -118,16 +123,24 @@ TEST_F(PreferencesPanelTest, OnlyApplyFromAControlShowsTheValuesAsStored)
     EXPECT_EQ(field("extension")->text(), QString());
 
     panel->apply(field("width"));
-    EXPECT_EQ(field("width")->text(), u"16"_s);
+    EXPECT_EQ(spin("width")->value(), 16);
     EXPECT_EQ(field("extension")->text(), u"_"_s);
-    EXPECT_EQ(field("scale")->text(), u"100"_s);
-    EXPECT_EQ(field("quality")->text(), u"150"_s);
+    EXPECT_EQ(outlet<QDoubleSpinBox>(*panel, "scale")->value(), 100);
+    // A factor stored above 1 shows as the box's most, and stays stored as it is until changed.
+    EXPECT_EQ(spin("quality")->value(), 100);
+    EXPECT_DOUBLE_EQ(store().doubleForKey(u"quality"_s), 1.5);
 
-    // Finishing an edit applies from that field.
-    field("height")->setText(u"5"_s);
-    Q_EMIT field("height")->editingFinished();
+    // Typed and left, a number below the box's least is stored and shown as that least.
+    spin("height")->setFocus();
+    field("height")->selectAll();
+    QTest::keyClicks(spin("height"), u"5"_s);
+    EXPECT_EQ(store().integerForKey(u"height"_s), 128) << "stored at a key, before the edit ended";
+    QTest::keyClick(spin("height"), Qt::Key_Return);
     EXPECT_EQ(store().integerForKey(u"height"_s), 16);
-    EXPECT_EQ(field("height")->text(), u"16"_s);
+    EXPECT_EQ(spin("height")->value(), 16);
+    // The arrows store at once.
+    QTest::keyClick(spin("height"), Qt::Key_Up);
+    EXPECT_EQ(store().integerForKey(u"height"_s), 17);
 }
 
 TEST_F(PreferencesPanelTest, StoredValuesWithoutAMatchingTagSelectNothingAndStoreZero)
@@ -139,8 +152,8 @@ TEST_F(PreferencesPanelTest, StoredValuesWithoutAMatchingTagSelectNothingAndStor
     panel->awakeFromNib();
     EXPECT_EQ(menu("filetype")->currentIndex(), -1);
     EXPECT_EQ(group("createIcons")->checkedId(), -1);
-    EXPECT_EQ(outlet<QLabel>(*panel, "extensionName")->text(), u"Name:"_s);
-    EXPECT_EQ(field("scale")->text(), u"25"_s);
+    EXPECT_EQ(outlet<QLabel>(*panel, "extensionName")->text(), u"Folder &name:"_s);
+    EXPECT_EQ(outlet<QDoubleSpinBox>(*panel, "scale")->value(), 25);
     panel->apply(nullptr);
     EXPECT_EQ(store().integerForKey(u"filetype"_s), 0);
     EXPECT_EQ(store().integerForKey(u"create"_s), 0);
@@ -155,10 +168,81 @@ TEST_F(PreferencesPanelTest, DroppedLocalFilesAreHandedOnInOrder)
     QDragEnterEvent enter(QPoint(10, 10), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
     QCoreApplication::sendEvent(panel.get(), &enter);
     EXPECT_TRUE(enter.isAccepted());
+    EXPECT_TRUE(panel->isDropHighlighted());
+    QDragLeaveEvent leave;
+    QCoreApplication::sendEvent(panel.get(), &leave);
+    EXPECT_FALSE(panel->isDropHighlighted());
+    QCoreApplication::sendEvent(panel.get(), &enter);
     QDropEvent drop(QPointF(10, 10), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
     QCoreApplication::sendEvent(panel.get(), &drop);
     ASSERT_EQ(dropped.size(), 1);
     EXPECT_EQ(dropped.at(0).at(0).toStringList(), QStringList({ u"/tmp/b.png"_s, u"/tmp/a folder"_s }));
+    EXPECT_FALSE(panel->isDropHighlighted());
+}
+
+// The example line under a naming rule, a naming string, a format and a create mode, as typed
+// and not yet stored.
+struct ExampleCase
+{
+    const char *rule;
+    const char *extension;
+    int filetype;
+    const char *create;
+    const char16_t *shown;
+};
+
+class ExampleLine : public PreferencesPanelTest, public ::testing::WithParamInterface<ExampleCase>
+{
+};
+
+TEST_P(ExampleLine, ShowsTheNameTheExampleFileWouldGetAsTheControlsStand)
+{
+    const ExampleCase &c = GetParam();
+    outlet<QRadioButton>(*panel, c.create)->click();
+    outlet<QRadioButton>(*panel, c.rule)->click();
+    menu("filetype")->setCurrentIndex(menu("filetype")->findData(c.filetype));
+    field("extension")->setText(QString::fromUtf8(c.extension));
+    EXPECT_EQ(outlet<QLabel>(*panel, "exampleName")->text(), QString::fromUtf16(c.shown));
+    // The line follows the edit; the store gets it only when the edit ends.
+    EXPECT_EQ(store().stringForKey(u"extension"_s), u"_thumb"_s);
+}
+
+INSTANTIATE_TEST_SUITE_P(PreferencesPanel, ExampleLine,
+    ::testing::Values(ExampleCase { "nameSuffix", "_thumb", 3, "createThumbnail",
+                          u"For example: IMG_0001.jpg → IMG_0001_thumb.jpg" },
+        ExampleCase {
+            "namePrefix", "small-", 4, "createThumbnail", u"For example: IMG_0001.jpg → small-IMG_0001.png" },
+        ExampleCase { "nameFolder", "thumbs", 2, "createThumbnailWithIcon",
+            u"For example: IMG_0001.jpg → thumbs/IMG_0001.gif" },
+        // An empty naming string is stored as "_"; the line shows what will be.
+        ExampleCase { "nameSuffix", "", 5, "createThumbnail", u"For example: IMG_0001.jpg → IMG_0001_.jp2" },
+        ExampleCase {
+            "nameFolder", "", 0, "createThumbnail", u"For example: IMG_0001.jpg → _/IMG_0001.tiff" },
+        ExampleCase { "nameSuffix", "_thumb", 3, "createIconOnly",
+            u"For example: IMG_0001.jpg gets its own picture as its icon; nothing is written" }));
+
+TEST_F(PreferencesPanelTest, ControlsWithoutEffectUnderTheChosenSettingsAreDisabled)
+{
+    auto enabled = [this](const char *name) { return outlet<QWidget>(*panel, name)->isEnabled(); };
+    EXPECT_TRUE(enabled("width") && enabled("height") && enabled("quality"));
+    EXPECT_FALSE(enabled("scale"));
+    outlet<QRadioButton>(*panel, "sizeScale")->click();
+    EXPECT_TRUE(enabled("scale"));
+    EXPECT_FALSE(enabled("width") || enabled("height"));
+    // BMP is written uncompressed.
+    menu("filetype")->setCurrentIndex(menu("filetype")->findData(1));
+    EXPECT_FALSE(enabled("quality"));
+    menu("filetype")->setCurrentIndex(menu("filetype")->findData(4));
+    EXPECT_TRUE(enabled("quality"));
+    // Only an icon: nothing about a written file applies; the interpolation still does.
+    outlet<QRadioButton>(*panel, "createIconOnly")->click();
+    for (const char *name : { "extension", "nameFolder", "scale", "filetype", "quality", "sharpen" })
+        EXPECT_FALSE(enabled(name)) << name;
+    EXPECT_TRUE(enabled("antialiasing"));
+    // A panel made on the stored settings shows the same.
+    PreferencesPanel again;
+    EXPECT_FALSE(outlet<QWidget>(again, "extension")->isEnabled());
+    EXPECT_TRUE(outlet<QWidget>(again, "antialiasing")->isEnabled());
 }
 
 using InLanguage = DesktopTest;
@@ -168,7 +252,7 @@ TEST_F(InLanguage, ThePanelIsTranslatedButItsTagsAndValuesStay)
     use(QLocale::German);
     PreferencesPanel panel;
     EXPECT_EQ(panel.windowTitle(), u"Orvel Thumbnails – Einstellungen");
-    EXPECT_EQ(outlet<QRadioButton>(panel, "nameFolder")->text(), u"Unterordner");
+    EXPECT_EQ(outlet<QRadioButton>(panel, "nameFolder")->text(), u"&Unterordner");
     // Items are translated in place: each keeps the tag it is selected and stored by.
     auto *sharpen = outlet<QComboBox>(panel, "sharpen");
     EXPECT_EQ(sharpen->itemText(3), u"Stark");
@@ -213,30 +297,89 @@ void expectNothingCutOff(const PreferencesPanel &panel, const char *language)
 
 TEST_F(InLanguage, TheNamingLabelSwitchesInEachLanguageAndTheLayoutMakesRoomForIt)
 {
-    // The language, its code, the label of the extension rules and that of the sub-folder rule.
-    const std::tuple<QLocale::Language, const char *, QString, QString> cases[]
-        = { { QLocale::German, "de", u"Zusatz:"_s, u"Name:"_s },
-              { QLocale::French, "fr", u"Extension\u00a0:"_s, u"Nom\u00a0:"_s },
-              { QLocale::English, "en", u"Extension:"_s, u"Name:"_s } };
-    for (const auto &[language, code, extension, name] : cases) {
+    // The language, its code, and the label of the naming string under the prefix, suffix and
+    // sub-folder rules.
+    const std::tuple<QLocale::Language, const char *, QString, QString, QString> cases[] = {
+        { QLocale::German, "de", u"Präfi&x:"_s, u"Suffi&x:"_s, u"Ordnern&ame:"_s },
+        { QLocale::French, "fr", u"Préfix&e\u00a0:"_s, u"Suffix&e\u00a0:"_s, u"Nom du &dossier\u00a0:"_s },
+        { QLocale::English, "en", u"Prefi&x:"_s, u"Suffi&x:"_s, u"Folder &name:"_s }
+    };
+    for (const auto &[language, code, prefix, suffix, folder] : cases) {
+        clearStandardDefaults();
         use(language);
         PreferencesPanel panel;
         panel.show();
         QCoreApplication::processEvents();
         expectNothingCutOff(panel, code);
         auto *label = outlet<QLabel>(panel, "extensionName");
-        EXPECT_EQ(label->text(), extension) << code;
+        EXPECT_EQ(label->text(), suffix) << code;
         // The longer label of the sub-folder rule comes while the panel is shown.
         outlet<QRadioButton>(panel, "nameFolder")->click();
         QCoreApplication::processEvents();
         expectNothingCutOff(panel, code);
-        EXPECT_EQ(label->text(), name) << code;
+        EXPECT_EQ(label->text(), folder) << code;
         EXPECT_EQ(UserDefaults::standard().integerForKey(u"extensionFormat"_s), 2);
         // apply() from a control shows the panel again: the label stays translated once, not twice.
         panel.apply(outlet<QRadioButton>(panel, "nameFolder"));
-        EXPECT_EQ(label->text(), name) << code;
+        EXPECT_EQ(label->text(), folder) << code;
         outlet<QRadioButton>(panel, "namePrefix")->click();
-        EXPECT_EQ(label->text(), extension) << code;
+        EXPECT_EQ(label->text(), prefix) << code;
+    }
+}
+
+// The letter after the "&" of a text, lower-cased; none when it has no mnemonic.
+QChar mnemonic(const QString &text)
+{
+    for (qsizetype i = text.indexOf(u'&'); i >= 0 && i + 1 < text.size(); i = text.indexOf(u'&', i + 2)) {
+        if (text.at(i + 1) != u'&')
+            return text.at(i + 1).toLower();
+    }
+    return {};
+}
+
+TEST_F(InLanguage, EveryControlHasATipAndEveryMnemonicOfTheWindowIsItsOwn)
+{
+    for (const auto &[language, code] : { std::pair { QLocale::English, "en" },
+             std::pair { QLocale::German, "de" }, std::pair { QLocale::French, "fr" } }) {
+        use(language);
+        PreferencesPanel panel;
+        const QList<QWidget *> controls = panel.centralWidget()->findChildren<QWidget *>();
+        std::map<QChar, QString> taken;
+        auto take = [&](const QString &text) {
+            const QChar letter = mnemonic(text);
+            if (letter.isNull())
+                return;
+            const auto [it, fresh] = taken.emplace(letter, text);
+            EXPECT_TRUE(fresh) << code << ": \"" << text << "\" and \"" << it->second
+                               << "\" share a mnemonic";
+        };
+        for (const QAction *menu : panel.menuBar()->actions())
+            take(menu->text());
+        for (const QWidget *control : controls) {
+            const bool input = qobject_cast<const QAbstractButton *>(control)
+                || qobject_cast<const QComboBox *>(control) || qobject_cast<const QAbstractSpinBox *>(control)
+                || (qobject_cast<const QLineEdit *>(control)
+                    && !qobject_cast<QAbstractSpinBox *>(control->parent()));
+            if (input) {
+                EXPECT_FALSE(control->toolTip().isEmpty()) << code << ": " << control->objectName();
+            }
+            if (const auto *button = qobject_cast<const QAbstractButton *>(control))
+                take(button->text());
+            const auto *label = qobject_cast<const QLabel *>(control);
+            if (label && label->buddy() && label != outlet<QLabel>(panel, "extensionName")) {
+                EXPECT_FALSE(mnemonic(label->text()).isNull()) << code << ": " << label->text();
+                take(label->text());
+            }
+        }
+        // The naming label takes one of three texts; each must be free.
+        for (const char *rule : { "namePrefix", "nameSuffix", "nameFolder" }) {
+            outlet<QRadioButton>(panel, rule)->click();
+            const QString text = outlet<QLabel>(panel, "extensionName")->text();
+            EXPECT_FALSE(mnemonic(text).isNull()) << code << ": " << text;
+            auto kept = taken;
+            take(text);
+            taken = kept;
+        }
     }
 }
 
@@ -285,7 +428,8 @@ std::set<QString> shownTexts()
 TEST(ShippedTranslations, EachLanguageTranslatesExactlyTheShownTexts)
 {
     const std::set<QString> texts = shownTexts();
-    ASSERT_TRUE(texts.count(u"&Quit"_s) && texts.count(u"Name:"_s) && texts.count(u"%1 of %2 files"_s));
+    ASSERT_TRUE(
+        texts.count(u"&Quit"_s) && texts.count(u"Folder &name:"_s) && texts.count(u"%1 of %2 files"_s));
     for (const auto &[language, code] :
         { std::pair { QLocale::German, "de" }, std::pair { QLocale::French, "fr" } }) {
         // Missing: the compiled-in table the application loads has no translation.

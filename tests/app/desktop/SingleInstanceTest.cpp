@@ -7,7 +7,6 @@
 #include <QDBusConnection>
 #include <QFile>
 #include <QLocalSocket>
-#include <QProcess>
 #include <QSignalSpy>
 #include <gtest/gtest.h>
 
@@ -19,37 +18,6 @@ using namespace orvel::test;
 namespace {
 
 QDBusConnection noBus() { return QDBusConnection(u"no bus"_s); }
-
-/// A private session bus, started for the test and ended with it.
-class PrivateBus
-{
-public:
-    PrivateBus()
-    {
-        m_daemon.start(u"dbus-daemon"_s, { u"--session"_s, u"--nofork"_s, u"--print-address=1"_s });
-        if (m_daemon.waitForStarted(5000)
-            && processEventsUntil([this] { return m_daemon.canReadLine(); }, 5000))
-            m_address = QString::fromUtf8(m_daemon.readLine()).trimmed();
-    }
-    ~PrivateBus()
-    {
-        for (const QString &name : m_connections)
-            QDBusConnection::disconnectFromBus(name);
-        m_daemon.kill();
-        m_daemon.waitForFinished(5000);
-    }
-    bool isRunning() const { return !m_address.isEmpty(); }
-    QDBusConnection connect()
-    {
-        m_connections << u"test-%1"_s.arg(m_connections.size());
-        return QDBusConnection::connectToBus(m_address, m_connections.last());
-    }
-
-private:
-    QProcess m_daemon;
-    QString m_address;
-    QStringList m_connections;
-};
 
 // Odd characters in paths arrive as they were sent, whatever the transport.
 const QStringList oddPaths = { u"/tmp/some folder/pic #1.png"_s, u"/tmp/ä/a%20b?.png"_s };
