@@ -125,18 +125,18 @@ TEST_F(Localization, StringsTableIsTheReadableFileOfTheTableAndLanguage)
 
 TEST_F(Localization, ShippedTablesTranslateTheApplicationAndTheToolkit)
 {
-    EXPECT_EQ(Bundle::mainBundle().localizedStringForKey("Extension:", "", QString()), "Zusatz:");
+    EXPECT_EQ(Bundle::mainBundle().localizedStringForKey("Folder &name:", "", QString()), "Ordnern&ame:");
     EXPECT_EQ(Bundle::toolkitBundle().localizedStringForKey("Download", "", "Bundle"), "Herunterladen");
     QLocale::setDefault(QLocale(QLocale::French, QLocale::France));
-    EXPECT_EQ(Bundle::mainBundle().localizedStringForKey("Extension:", "", QString()), u"Extension\u00a0:");
+    EXPECT_EQ(Bundle::mainBundle().localizedStringForKey("Folder &name:", "", QString()), u"Nom du &dossier\u00a0:");
     EXPECT_EQ(Bundle::mainBundle().localizedStringForKey("&Quit", "", QString()), "&Quitter");
     QLocale::setDefault(QLocale(QLocale::English, QLocale::UnitedStates));
-    EXPECT_EQ(Bundle::mainBundle().localizedStringForKey("Extension:", "", QString()), "Extension:");
+    EXPECT_EQ(Bundle::mainBundle().localizedStringForKey("Folder &name:", "", QString()), "Folder &name:");
 
     QLocale::setDefault(QLocale(QLocale::German, QLocale::Germany));
-    QLabel label("Extension:");
+    QLabel label("Folder &name:");
     localize(&label); // the main bundle's default table
-    EXPECT_EQ(label.text(), "Zusatz:");
+    EXPECT_EQ(label.text(), "Ordnern&ame:");
 }
 
 // The sorted sources of a shipped table, and how many translations in it are filled in and finished.

@@ -179,7 +179,12 @@ TEST_P(FileManagerAction, IsNamedInThreeLanguagesAndRunsTheProgramOnTheChosenIte
             command << QString(word).replace(u"@ORVEL_BINDIR@"_s, bin);
     }
     ASSERT_GE(command.size(), 3) << action.value(u"Exec"_s);
+    // The program runs with the default settings, whatever earlier tests stored.
+    TempDir config;
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(u"XDG_CONFIG_HOME"_s, config.path());
     QProcess run;
+    run.setProcessEnvironment(environment);
     run.start(command.first(), command.mid(1));
     ASSERT_TRUE(run.waitForFinished(60000)) << "it did not quit by itself";
     EXPECT_EQ(run.exitCode(), 0) << run.readAllStandardError().toStdString();
