@@ -128,7 +128,8 @@ TEST_F(Localization, ShippedTablesTranslateTheApplicationAndTheToolkit)
     EXPECT_EQ(Bundle::mainBundle().localizedStringForKey("Folder &name:", "", QString()), "Ordnern&ame:");
     EXPECT_EQ(Bundle::toolkitBundle().localizedStringForKey("Download", "", "Bundle"), "Herunterladen");
     QLocale::setDefault(QLocale(QLocale::French, QLocale::France));
-    EXPECT_EQ(Bundle::mainBundle().localizedStringForKey("Folder &name:", "", QString()), u"Nom du &dossier\u00a0:");
+    EXPECT_EQ(Bundle::mainBundle().localizedStringForKey("Folder &name:", "", QString()),
+        u"Nom du &dossier\u00a0:");
     EXPECT_EQ(Bundle::mainBundle().localizedStringForKey("&Quit", "", QString()), "&Quitter");
     QLocale::setDefault(QLocale(QLocale::English, QLocale::UnitedStates));
     EXPECT_EQ(Bundle::mainBundle().localizedStringForKey("Folder &name:", "", QString()), "Folder &name:");
