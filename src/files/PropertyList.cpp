@@ -75,8 +75,8 @@ int binaryNestingDepth(const QByteArray &data)
     const quint64 count = bigEndian(trailer + 8, 8);
     const quint64 top = bigEndian(trailer + 16, 8);
     const quint64 tableOffset = bigEndian(trailer + 24, 8);
-    if (offsetSize < 1 || offsetSize > 8 || refSize < 1 || refSize > 8 || count == 0
-        || top >= count || tableOffset >= quint64(size) - 32
+    if (offsetSize < 1 || offsetSize > 8 || refSize < 1 || refSize > 8 || count == 0 || top >= count
+        || tableOffset >= quint64(size) - 32
         || count > (quint64(size) - 32 - tableOffset) / quint64(offsetSize))
         return -1;
     auto offsetOf = [&](quint64 i) { return bigEndian(bytes + tableOffset + i * offsetSize, offsetSize); };
@@ -128,7 +128,7 @@ int binaryNestingDepth(const QByteArray &data)
     std::vector<quint64> kids;
     if (!children(top, &kids))
         return -1;
-    stack.push_back({top, kids});
+    stack.push_back({ top, kids });
     depthOf[top] = -1;
     while (!stack.empty()) {
         Frame &frame = stack.back();
@@ -150,7 +150,7 @@ int binaryNestingDepth(const QByteArray &data)
             if (int(stack.size()) > MaxPropertyListDepth)
                 return MaxPropertyListDepth + 1;
             depthOf[kid] = -1;
-            stack.push_back({kid, kids});
+            stack.push_back({ kid, kids });
             continue;
         }
         const int depth = frame.deepest + 1;

@@ -52,14 +52,10 @@ TEST(PropertyList, EveryTypeSurvivesAnXmlRoundTripThroughAFile)
 {
     TempDir dir;
     const QDateTime when = QDateTime::fromString(u"2024-02-29T12:34:56Z"_s, Qt::ISODate);
-    const QVariantMap value {{u"userName"_s, u"zoë"_s},
-        {u"processNumber"_s, qint64(4242)},
-        {u"negative"_s, qint64(-7)},
-        {u"ratio"_s, 0.25},
-        {u"flag"_s, true},
-        {u"bytes"_s, QByteArray("\0\1\2<&>", 6)},
-        {u"when"_s, when},
-        {u"nested"_s, QVariantList {u"a"_s, QVariantMap {{u"k"_s, false}}, QVariantList {}}}};
+    const QVariantMap value { { u"userName"_s, u"zoë"_s }, { u"processNumber"_s, qint64(4242) },
+        { u"negative"_s, qint64(-7) }, { u"ratio"_s, 0.25 }, { u"flag"_s, true },
+        { u"bytes"_s, QByteArray("\0\1\2<&>", 6) }, { u"when"_s, when },
+        { u"nested"_s, QVariantList { u"a"_s, QVariantMap { { u"k"_s, false } }, QVariantList {} } } };
     ASSERT_TRUE(writePropertyListToFile(value, dir.file(u"lock.plist"_s)));
     const auto read = propertyListFromFile(dir.file(u"lock.plist"_s));
     ASSERT_TRUE(read);
@@ -70,12 +66,14 @@ TEST(PropertyList, EveryTypeSurvivesAnXmlRoundTripThroughAFile)
 TEST(PropertyList, ReadsABinaryList)
 {
     // {"a": 5, "list": ["xy", true]}
-    const QByteArray data = binaryList({"\xD2\x01\x02\x03\x04", "\x51"
-                                                               "a",
-        "\x54list", "\x10\x05", "\xA2\x05\x06", "\x52xy", "\x09"});
+    const QByteArray data = binaryList({ "\xD2\x01\x02\x03\x04",
+        "\x51"
+        "a",
+        "\x54list", "\x10\x05", "\xA2\x05\x06", "\x52xy", "\x09" });
     const auto read = propertyListFromData(data);
     ASSERT_TRUE(read);
-    EXPECT_EQ(read->toMap(), (QVariantMap {{u"a"_s, qint64(5)}, {u"list"_s, QVariantList {u"xy"_s, true}}}));
+    EXPECT_EQ(read->toMap(),
+        (QVariantMap { { u"a"_s, qint64(5) }, { u"list"_s, QVariantList { u"xy"_s, true } } }));
 }
 
 TEST(PropertyList, HostileOrBrokenInputAnswersNullopt)
@@ -91,9 +89,9 @@ TEST(PropertyList, HostileOrBrokenInputAnswersNullopt)
     EXPECT_FALSE(propertyListFromData(binaryList(chain, 4)));
 
     // An array that holds itself, a reference past the objects, a truncated file, plain garbage.
-    EXPECT_FALSE(propertyListFromData(binaryList({"\xA1\x00"})));
-    EXPECT_FALSE(propertyListFromData(binaryList({"\xA1\x07"})));
-    const QByteArray good = binaryList({"\xA1\x01", "\x08"});
+    EXPECT_FALSE(propertyListFromData(binaryList({ "\xA1\x00" })));
+    EXPECT_FALSE(propertyListFromData(binaryList({ "\xA1\x07" })));
+    const QByteArray good = binaryList({ "\xA1\x01", "\x08" });
     ASSERT_TRUE(propertyListFromData(good));
     for (qsizetype cut = 1; cut < good.size(); ++cut)
         EXPECT_FALSE(propertyListFromData(good.left(cut))) << cut;
@@ -114,11 +112,10 @@ TEST(PropertyList, AHugeFileIsRefusedAndAFailedWriteKeepsTheOldFile)
     EXPECT_FALSE(propertyListFromFile(dir.file(u"missing.plist"_s)));
 
     const QString path = dir.file(u"kept.plist"_s);
-    ASSERT_TRUE(writePropertyListToFile(QVariantMap {{u"a"_s, 1}}, path));
+    ASSERT_TRUE(writePropertyListToFile(QVariantMap { { u"a"_s, 1 } }, path));
     QString error;
-    EXPECT_FALSE(writePropertyListToFile(QVariant::fromValue(QPoint(1, 2)),
-        path, &error));
+    EXPECT_FALSE(writePropertyListToFile(QVariant::fromValue(QPoint(1, 2)), path, &error));
     EXPECT_FALSE(error.isEmpty());
     EXPECT_EQ(propertyListFromFile(path)->toMap().value(u"a"_s), qint64(1));
-    EXPECT_FALSE(writePropertyListToFile(QVariantMap {{u"a"_s, 1}}, u"/dev/full"_s));
+    EXPECT_FALSE(writePropertyListToFile(QVariantMap { { u"a"_s, 1 } }, u"/dev/full"_s));
 }
