@@ -47,7 +47,7 @@ std::optional<FileTime> FileManager::fileCreationDateAtPath(const QString &path)
     struct statx st;
     if (statx(AT_FDCWD, native.constData(), 0, STATX_BTIME, &st) != 0 || !(st.stx_mask & STATX_BTIME))
         return std::nullopt;
-    const timespec birth {time_t(st.stx_btime.tv_sec), long(st.stx_btime.tv_nsec)};
+    const timespec birth { time_t(st.stx_btime.tv_sec), long(st.stx_btime.tv_nsec) };
     return detail::timePointFromTimespec<FileTime>(birth);
 }
 
@@ -122,7 +122,7 @@ bool FileManager::isDirectoryAtPath(const QString &path)
 bool FileManager::isVolumeMountedAtPath(const QString &path)
 {
     const QString user = userNameForId(geteuid());
-    QStringList roots {u"/mnt"_s};
+    QStringList roots { u"/mnt"_s };
     if (!user.isEmpty())
         roots << u"/media/"_s + user << u"/run/media/"_s + user;
     for (const QString &root : std::as_const(roots)) {
@@ -165,7 +165,7 @@ bool FileManager::getFSRef(FileReference *ref, const QString &path)
     const std::optional<FileIdentity> identity = fileIdentityAtPath(path);
     if (!identity || !ref)
         return false;
-    *ref = FileReference {*identity, path};
+    *ref = FileReference { *identity, path };
     return true;
 }
 

@@ -33,8 +33,9 @@ struct PendingFinderWork
 
     PendingFinderWork()
     {
-        for (QTimer *timer : {&fileTimer, &folderTimer, &labelTimer}) {
+        for (QTimer *timer : { &fileTimer, &folderTimer, &labelTimer }) {
             timer->setSingleShot(true);
+            timer->setTimerType(Qt::PreciseTimer);
             timer->setInterval(BatchDelayMs);
         }
         QObject::connect(&fileTimer, &QTimer::timeout, [] { FileManager::setFileComments(); });

@@ -42,7 +42,7 @@ void deepListing(const QString &folder, Wanted wanted, std::vector<FileIdentity>
             out.append(full);
         if (!isDirectory)
             continue;
-        const FileIdentity identity {quint64(st->st_dev), quint64(st->st_ino)};
+        const FileIdentity identity { quint64(st->st_dev), quint64(st->st_ino) };
         if (std::find(ancestors.begin(), ancestors.end(), identity) != ancestors.end())
             continue;
         ancestors.push_back(identity);
@@ -56,7 +56,7 @@ QStringList deepListing(const QString &path, Wanted wanted)
     const std::optional<FileIdentity> top = FileManager::fileIdentityAtPath(path);
     if (!top)
         return {};
-    std::vector<FileIdentity> ancestors {*top};
+    std::vector<FileIdentity> ancestors { *top };
     QStringList out;
     deepListing(path, wanted, ancestors, out);
     return out;
@@ -75,7 +75,7 @@ bool containsFiles(const QString &folder, bool onlyVisible, std::vector<FileIden
             continue;
         if (!S_ISDIR(st->st_mode))
             return true;
-        const FileIdentity identity {quint64(st->st_dev), quint64(st->st_ino)};
+        const FileIdentity identity { quint64(st->st_dev), quint64(st->st_ino) };
         if (std::find(ancestors.begin(), ancestors.end(), identity) != ancestors.end())
             continue;
         ancestors.push_back(identity);
@@ -130,7 +130,7 @@ bool FileManager::directoryContainsFilesAtPath(const QString &path, bool onlyVis
     const std::optional<FileIdentity> top = fileIdentityAtPath(path);
     if (!top)
         return false;
-    std::vector<FileIdentity> ancestors {*top};
+    std::vector<FileIdentity> ancestors { *top };
     return containsFiles(path, onlyVisible, ancestors);
 }
 

@@ -144,8 +144,8 @@ QString FileManager::lockFileAtPath(const QString &path, bool overrideLock)
         if (existing && existing->typeId() == QMetaType::QVariantMap)
             return QString();
     }
-    const QVariantMap lock {{u"userName"_s, loginName()},
-        {u"processNumber"_s, qint64(ProcessInfo::processNumber())}};
+    const QVariantMap lock { { u"userName"_s, loginName() },
+        { u"processNumber"_s, qint64(ProcessInfo::processNumber()) } };
     if (!createPathAndWriteObject(lock, lockPath, true))
         return QString();
     return lockPath;

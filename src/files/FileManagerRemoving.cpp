@@ -99,8 +99,7 @@ QString FileManager::nonExistingFilenameAtPath(const QString &path)
     // No upper bound: every number is tried until one is free.
     for (qint64 number = 1;; ++number) {
         const QString suffix = u"-%1"_s.arg(number);
-        const qsizetype room
-            = 250 - suffix.size() - (extension.isEmpty() ? 0 : extension.size() + 1);
+        const qsizetype room = 250 - suffix.size() - (extension.isEmpty() ? 0 : extension.size() + 1);
         const QString cut = base.size() > room ? base.left(std::max<qsizetype>(room, 0)) : base;
         const QString candidate
             = folder + cut + suffix + (extension.isEmpty() ? QString() : u'.' + extension);
