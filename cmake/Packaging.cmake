@@ -27,22 +27,22 @@ set(CPACK_DEBIAN_PROGRAM_PACKAGE_DEPENDS
 set(CPACK_DEBIAN_PROGRAM_PACKAGE_RECOMMENDS "bash-completion, xdg-utils")
 set(CPACK_COMPONENT_PROGRAM_DESCRIPTION
   "thumbnails of pictures, documents and movies, in batches
- Orvel Thumbnails writes a scaled, optionally sharpened thumbnail beside every picture,
- PDF or PostScript document and movie it is given, as TIFF, BMP, GIF, JPEG, PNG or
- JPEG 2000, or gives the file a custom icon. It has a desktop application with a
- preferences panel and a command line (orvel-thumbs) for batches on several cores.")
+Orvel Thumbnails writes a scaled, optionally sharpened thumbnail beside every
+picture, PDF or PostScript document and movie it is given, as TIFF, BMP, GIF,
+JPEG, PNG or JPEG 2000, or gives the file a custom icon. It has a desktop
+application with a preferences panel and a command line (orvel-thumbs) for
+batches on several cores.")
 
 set(CPACK_DEBIAN_DEVEL_PACKAGE_NAME liborvelkit-dev)
 set(CPACK_DEBIAN_DEVEL_PACKAGE_SECTION libdevel)
-set(CPACK_DEBIAN_DEVEL_PACKAGE_ARCHITECTURE ${CMAKE_LIBRARY_ARCHITECTURE})
 set(CPACK_DEBIAN_DEVEL_PACKAGE_DEPENDS
   "qt6-base-dev, libvips-dev, libpoppler-qt6-dev, libavformat-dev, libavcodec-dev, libswscale-dev, pkg-config")
 set(CPACK_COMPONENT_DEVEL_DESCRIPTION
-  "OrvelKit, the toolkit beneath Orvel Thumbnails (development files)
- OrvelKit is a C++20 toolkit on Qt 6: images and filters, movie frames, files and
- resource forks, string matching and comparison, URLs, application support and vCard
- persons. This package holds its headers, static libraries, CMake package
- (find_package(OrvelKit)) and pkg-config files.")
+  "toolkit beneath Orvel Thumbnails (development files)
+OrvelKit is a C++20 toolkit on Qt 6: images and filters, movie frames, files
+and resource forks, string matching and comparison, URLs, application support
+and vCard persons. This package holds its headers, static libraries, CMake
+package (find_package(OrvelKit)) and pkg-config files.")
 
 # Each package carries the copyright file and a compressed changelog where Debian's policy wants them.
 foreach(component program devel)

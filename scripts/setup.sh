@@ -17,8 +17,12 @@ packages=(
   desktop-file-utils appstream dbus-daemon xvfb xauth imagemagick
   clang-format groff-base
   python3-vobject
+<<<<<<< HEAD
   shared-mime-info
   libplist-dev attr
+=======
+  shared-mime-info bubblewrap zsh
+>>>>>>> main
 )
 missing=()
 for p in "${packages[@]}"; do

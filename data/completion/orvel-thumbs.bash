@@ -8,7 +8,7 @@ _orvel_thumbs()
     local keys="filetype width height sizing scale quality Antialiasing sharpen extension extensionFormat create QuitWhenDone"
     local options="--set --set-string --format --size --scale --quality --interpolation --suffix --prefix
         --folder --create --sharpen --jobs --dry-run --files-from --null --skip-up-to-date --max-depth
-        --timeout --memory-limit --quiet --verbose --help --version"
+        --timeout --memory-limit --thumbnailer --quiet --verbose --help --version"
 
     if [[ ${COMP_WORDS[1]} == defaults ]]; then
         case $COMP_CWORD in

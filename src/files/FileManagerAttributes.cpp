@@ -1,6 +1,7 @@
 // Dates, attributes, custom icons and file references of the items at paths.
 #include "files/FileManager.h"
 #include "files/FileManager_p.h"
+#include "files/PathExtensions.h"
 
 #include <QDir>
 
@@ -150,7 +151,7 @@ bool FileManager::existsCustomIconForPath(const QString &path, bool isDirectory)
     if (isDirectory) {
         if (fileExistsAtPath(detail::appendComponent(path, u"Icon\r"_s)))
             return true;
-        if (!detail::extensionOfName(detail::lastComponent(path)).isEmpty())
+        if (!pathExtension(path).isEmpty())
             return false;
         // The home folder's own folders and the top-level ones show their icons.
         const QString parent = detail::parentFolder(path);

@@ -1,6 +1,7 @@
 // Aliases (none on Linux), removing and renaming items, unique names and rotating archives.
 #include "files/FileManager.h"
 #include "files/FileManager_p.h"
+#include "files/PathExtensions.h"
 #include "support/Log.h"
 
 #include <QDateTime>
@@ -94,7 +95,7 @@ QString FileManager::nonExistingFilenameAtPath(const QString &path)
         return path;
     const QString name = detail::lastComponent(path);
     const QString folder = path.left(path.lastIndexOf(name));
-    const QString extension = detail::extensionOfName(name).toString();
+    const QString extension = pathExtension(name);
     const QString base = extension.isEmpty() ? name : name.left(name.size() - extension.size() - 1);
     // No upper bound: every number is tried until one is free.
     for (qint64 number = 1;; ++number) {

@@ -2,6 +2,7 @@
 #include "files/LinkResolution.h"
 
 #include "files/NativePath_p.h"
+#include "files/PathExtensions.h"
 #include "support/Log.h"
 
 #include <QDir>
@@ -133,6 +134,28 @@ QString stringByResolvingLinkOfPath(const QString &path)
     getAliasFSRef(path, &isFolder);
     const QString resolved = stringByResolvingSymlinksInPath(path);
     return resolved.isNull() ? path : resolved;
+}
+
+QString stringByResolvingLinksInPath(const QString &path)
+{
+    QString partial = path.isNull() ? QString() : QStringLiteral("");
+    for (const QString &component : standardizedPathComponents(stringByResolvingSymlinksInPath(path))) {
+        if (partial.isEmpty() || partial.endsWith(u'/'))
+            partial += component;
+        else
+            partial += u'/' + component;
+        if (partial == u"/")
+            continue;
+        // Linux has no alias files; what leads elsewhere is a symbolic link. The whole path was
+        // resolved above, so a prefix is still one only when the tree changed meanwhile or the link
+        // could not be resolved (a loop, which resolves to itself).
+        QByteArray native;
+        struct stat st;
+        if (detail::nativePath(partial, &native) && lstat(native.constData(), &st) == 0
+            && S_ISLNK(st.st_mode))
+            partial = stringByResolvingSymlinksInPath(partial);
+    }
+    return partial;
 }
 
 } // namespace orvel

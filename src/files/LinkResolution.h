@@ -18,6 +18,12 @@ namespace orvel {
 /// comes back standardised; "" gives "".
 [[nodiscard]] QString stringByResolvingSymlinksInPath(const QString &path);
 
+/// path with every prefix resolved, so that a link to a folder used as a folder in the middle of a
+/// path is followed too: the symbolic links of the whole path are resolved, then the path is rebuilt
+/// from its standardised components, a prefix that is (still) a link being replaced by its resolved
+/// target. A link loop is left as it stands. "" gives "".
+[[nodiscard]] QString stringByResolvingLinksInPath(const QString &path);
+
 /// Answers whether the item at path exists (links followed), setting isFolder (when given) to
 /// whether it is a folder. There are no alias files on Linux, so this is all that an alias check
 /// needs. An empty path answers false; a path that has no file-system form (a NUL character in it)

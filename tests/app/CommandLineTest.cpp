@@ -14,6 +14,7 @@
 #include <QFileInfo>
 #include <QMap>
 #include <QRegularExpression>
+#include <QStandardPaths>
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
@@ -119,6 +120,20 @@ TEST(CommandLine, RunOptionsAndPaths)
     EXPECT_EQ(parseCommandLine({ u"./defaults"_s }).mode, CommandLineOptions::Mode::Run);
 }
 
+TEST(CommandLine, TheThumbnailerModeTakesAPathOrAFileUriAndASize)
+{
+    CommandLineOptions o = parseCommandLine({ u"--thumbnailer"_s, u"-s"_s, u"300x200"_s,
+        u"file:///home/u/My%20Pictures/%C3%A9t%C3%A9.jpg"_s, u"/tmp/out.png"_s });
+    ASSERT_EQ(o.mode, CommandLineOptions::Mode::Thumbnailer) << o.error.toStdString();
+    EXPECT_EQ(o.thumbnailerSource, u"/home/u/My Pictures/été.jpg"_s);
+    EXPECT_EQ(o.thumbnailerOutput, u"/tmp/out.png"_s);
+    EXPECT_EQ(o.thumbnailerSize, 300);
+    // A path stays a path, whatever it looks like.
+    o = parseCommandLine({ u"a:b.png"_s, u"out.png"_s, u"--thumbnailer"_s });
+    EXPECT_EQ(o.thumbnailerSource, u"a:b.png"_s);
+    EXPECT_EQ(o.thumbnailerSize, CommandLineOptions::DefaultThumbnailerSize);
+}
+
 TEST(CommandLine, UsageErrorsAreReported)
 {
     const QList<QPair<QStringList, QString>> bad = {
@@ -165,6 +180,18 @@ TEST(CommandLine, UsageErrorsAreReported)
         { { u"--set"_s, u"quality=1.5"_s, u"x"_s }, u"quality takes a number from 0 to 1, not '1.5'"_s },
         { { u"--set"_s, u"QuitWhenDone=yes"_s, u"x"_s }, u"QuitWhenDone takes true or false, not 'yes'"_s },
         { { u"--worker-threads"_s, u"2"_s, u"x"_s }, u"unknown option --worker-threads"_s },
+        // The thumbnailer mode takes a source, an output and a size, and nothing it would not use.
+        { { u"--thumbnailer"_s, u"in.png"_s }, u"--thumbnailer takes two paths, SOURCE and OUTPUT"_s },
+        { { u"--thumbnailer"_s, u"a"_s, u"b"_s, u"c"_s },
+            u"--thumbnailer takes two paths, SOURCE and OUTPUT"_s },
+        { { u"--thumbnailer"_s, u"--files-from"_s, u"list"_s, u"a"_s, u"b"_s },
+            u"--thumbnailer takes two paths, SOURCE and OUTPUT"_s },
+        { { u"--thumbnailer"_s, u"--format"_s, u"png"_s, u"a"_s, u"b"_s },
+            u"--thumbnailer reads no settings; only -s sets its size"_s },
+        { { u"--thumbnailer"_s, u"sftp://host/a.png"_s, u"b"_s },
+            u"--thumbnailer reads local files only, not sftp://host/a.png"_s },
+        { { u"--thumbnailer"_s, u"file://host/a.png"_s, u"b"_s },
+            u"--thumbnailer reads local files only, not file://host/a.png"_s },
     };
     for (const auto &[arguments, error] : bad) {
         const CommandLineOptions o = parseCommandLine(arguments);
@@ -471,6 +498,27 @@ TEST(SettingsSchema, TheBashCompletionKnowsEveryOptionAndSetting)
                   &out),
         0);
     EXPECT_EQ(out, "width=\n");
+}
+
+TEST(SettingsSchema, TheZshCompletionKnowsEveryOptionAndSettingAndParses)
+{
+    const QString file = QStringLiteral(ORVEL_SOURCE_DIR "/data/completion/_orvel-thumbs");
+    const QString script = QString::fromUtf8(orvel::test::readBytes(file));
+    ASSERT_TRUE(script.startsWith(u"#compdef orvel-thumbs\n"_s));
+    const qsizetype keysAt = script.indexOf(u"keys=("_s);
+    const QString keys = script.mid(keysAt, script.indexOf(u')', keysAt) - keysAt) + u' ';
+    for (const SettingKey &key : settingKeys())
+        EXPECT_TRUE(keys.contains(u' ' + key.key() + u' ') || keys.contains(u'(' + key.key() + u' '))
+            << key.key();
+    // Each option is described once, as --name[ or as the long half of a {-x,--name} pair.
+    for (const QString &name : longOptionsInHelp())
+        EXPECT_TRUE(
+            QRegularExpression(QRegularExpression::escape(name) + u"[=+]?['\\[}]"_s).match(script).hasMatch())
+            << name;
+    if (QStandardPaths::findExecutable(u"zsh"_s).isEmpty())
+        GTEST_SKIP() << "zsh is not installed";
+    QByteArray err;
+    EXPECT_EQ(orvel::test::runProgram(u"zsh"_s, { u"-n"_s, file }, nullptr, &err), 0) << err.toStdString();
 }
 
 TEST(SettingsSchema, TheManualPageListsEveryOptionAndSettingAndRendersCleanly)

@@ -32,8 +32,8 @@ bool canSetImmutable(const TempDir &dir)
 {
     const QString probe = dir.file(u"probe"_s);
     writeBytes(probe, "p");
-    const bool can = test::runProgram(u"chattr"_s, {u"+i"_s, probe}) == 0;
-    test::runProgram(u"chattr"_s, {u"-i"_s, probe});
+    const bool can = test::runProgram(u"chattr"_s, { u"+i"_s, probe }) == 0;
+    test::runProgram(u"chattr"_s, { u"-i"_s, probe });
     QFile::remove(probe);
     return can;
 }
@@ -151,7 +151,7 @@ TEST(FileManagerLocks, SettingImmutableOnAMutableFileAnswersYesAndChangesNothing
 
     if (!canSetImmutable(dir))
         GTEST_SKIP() << "setting the immutable attribute needs a privilege this process lacks";
-    ASSERT_EQ(test::runProgram(u"chattr"_s, {u"+i"_s, path}), 0);
+    ASSERT_EQ(test::runProgram(u"chattr"_s, { u"+i"_s, path }), 0);
     EXPECT_TRUE(FileManager::isFileImmutableAtPath(path));
     EXPECT_TRUE(FileManager::isFileLockedAtPath(path));
     EXPECT_TRUE(FileManager::setFileImmutable(false, path));

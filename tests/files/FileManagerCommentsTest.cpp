@@ -48,7 +48,9 @@ TEST(FileManagerComments, ACommentIsTheFreedesktopAttribute)
     ASSERT_TRUE(FileManager::setFinderComment(u"Sommer am See – ☀"_s, path));
     EXPECT_EQ(FileManager::finderComment(path), u"Sommer am See – ☀"_s);
     QByteArray out;
-    ASSERT_EQ(test::runProgram(u"getfattr"_s, {u"--only-values"_s, u"-n"_s, u"user.xdg.comment"_s, path}, &out), 0);
+    ASSERT_EQ(
+        test::runProgram(u"getfattr"_s, { u"--only-values"_s, u"-n"_s, u"user.xdg.comment"_s, path }, &out),
+        0);
     EXPECT_EQ(QString::fromUtf8(out), u"Sommer am See – ☀"_s);
     ASSERT_TRUE(FileManager::setFinderComment(QString(), path));
     EXPECT_TRUE(FileManager::finderComment(path).isNull());
@@ -88,7 +90,9 @@ TEST(FileManagerComments, ThirtyQuickCommentsRunAsABatchOf25ThenOneOf5)
     ASSERT_TRUE(spinUntil([] { return FileManager::pendingFinderRequests() == 0; }));
     EXPECT_EQ(commented(), 30);
     QByteArray out;
-    ASSERT_EQ(test::runProgram(u"getfattr"_s, {u"--only-values"_s, u"-n"_s, u"user.xdg.comment"_s, paths[29]}, &out), 0);
+    ASSERT_EQ(test::runProgram(
+                  u"getfattr"_s, { u"--only-values"_s, u"-n"_s, u"user.xdg.comment"_s, paths[29] }, &out),
+        0);
     EXPECT_EQ(out, "comment 29");
 }
 

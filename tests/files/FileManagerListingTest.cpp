@@ -25,10 +25,7 @@ QStringList sorted(QStringList list)
     return list;
 }
 
-bool makeLink(const QString &target, const QString &link)
-{
-    return QFile::link(target, link);
-}
+bool makeLink(const QString &target, const QString &link) { return QFile::link(target, link); }
 
 void setAge(const QString &path, int secondsAgo)
 {
@@ -49,8 +46,9 @@ TEST(FileManagerListing, FlatAndDeepListingsSortFilesFromFoldersAndDropBrokenLin
     ASSERT_TRUE(makeLink(dir.file(u"missing"_s), dir.file(u"broken"_s)));
     ASSERT_TRUE(makeLink(dir.file(u"App.app"_s), dir.file(u"linked"_s)));
 
-    EXPECT_EQ(sorted(FileManager::directoryFilesAtPath(top, false)), (QStringList {u".dot"_s, u"a.txt"_s}));
-    EXPECT_EQ(sorted(FileManager::directoryFoldersAtPath(top, false)), (QStringList {u"App.app"_s, u"linked"_s}));
+    EXPECT_EQ(sorted(FileManager::directoryFilesAtPath(top, false)), (QStringList { u".dot"_s, u"a.txt"_s }));
+    EXPECT_EQ(
+        sorted(FileManager::directoryFoldersAtPath(top, false)), (QStringList { u"App.app"_s, u"linked"_s }));
     EXPECT_EQ(FileManager::directoryFoldersAtPath(top, true).size(), 2);
     EXPECT_TRUE(FileManager::directoryFoldersAtPath(top, true).contains(dir.file(u"App.app"_s)));
 
@@ -60,8 +58,8 @@ TEST(FileManagerListing, FlatAndDeepListingsSortFilesFromFoldersAndDropBrokenLin
     // Pre-order: a folder before what it holds.
     EXPECT_LT(deep.indexOf(dir.file(u"App.app"_s)), deep.indexOf(dir.file(u"App.app/Contents"_s)));
     EXPECT_EQ(sorted(FileManager::deepDirectoryFilesAtPath(top)),
-        sorted({dir.file(u".dot"_s), dir.file(u"a.txt"_s), dir.file(u"App.app/Contents/Info.plist"_s),
-            dir.file(u"linked/Contents/Info.plist"_s)}));
+        sorted({ dir.file(u".dot"_s), dir.file(u"a.txt"_s), dir.file(u"App.app/Contents/Info.plist"_s),
+            dir.file(u"linked/Contents/Info.plist"_s) }));
     EXPECT_EQ(FileManager::deepDirectoryFoldersAtPath(top).size(), 4);
     EXPECT_TRUE(FileManager::deepDirectoryContentsAtPath(dir.file(u"nothing"_s)).isEmpty());
 }
@@ -74,7 +72,8 @@ TEST(FileManagerListing, ALinkLoopIsListedOnceAndNeverEntered)
     ASSERT_TRUE(makeLink(dir.file(u"a"_s), dir.file(u"a/b/up"_s)));
     ASSERT_TRUE(makeLink(u"."_s, dir.file(u"a/self"_s)));
     EXPECT_EQ(sorted(FileManager::deepDirectoryContentsAtPath(dir.file(u"a"_s))),
-        sorted({dir.file(u"a/b"_s), dir.file(u"a/b/file"_s), dir.file(u"a/b/up"_s), dir.file(u"a/self"_s)}));
+        sorted(
+            { dir.file(u"a/b"_s), dir.file(u"a/b/file"_s), dir.file(u"a/b/up"_s), dir.file(u"a/self"_s) }));
     EXPECT_TRUE(FileManager::directoryContainsFilesAtPath(dir.file(u"a"_s), true));
     ASSERT_TRUE(FileManager::removePath(dir.file(u"a/b/file"_s)));
     EXPECT_FALSE(FileManager::directoryContainsFilesAtPath(dir.file(u"a"_s), false));
@@ -94,10 +93,10 @@ TEST(FileManagerListing, VisibleFilesIgnoreDotFilesAndTheInvisibleFlag)
 TEST(FileManagerListing, WildcardMatchingIgnoresCase)
 {
     TempDir dir;
-    for (const QString &name : {u"Log 1.zip"_s, u"log 2.ZIP"_s, u"other.zip"_s})
+    for (const QString &name : { u"Log 1.zip"_s, u"log 2.ZIP"_s, u"other.zip"_s })
         ASSERT_TRUE(writeBytes(dir.file(name), "z"));
     EXPECT_EQ(sorted(FileManager::directoryContentsAtPathMatchingWildcard(dir.path(), u"log*.zip"_s)),
-        (QStringList {u"Log 1.zip"_s, u"log 2.ZIP"_s}));
+        (QStringList { u"Log 1.zip"_s, u"log 2.ZIP"_s }));
 }
 
 TEST(FileManagerCreating, CreatesFilesFoldersAndMovesAPreviousFolder)
@@ -109,7 +108,8 @@ TEST(FileManagerCreating, CreatesFilesFoldersAndMovesAPreviousFolder)
     EXPECT_EQ(readBytes(dir.file(u"x/y/new.txt"_s)), "kept");
     EXPECT_FALSE(FileManager::createFile(dir.file(u"none/file"_s)));
 
-    EXPECT_TRUE(FileManager::createPathAndWriteObject(QVariantMap {{u"k"_s, 1}}, dir.file(u"p/list.plist"_s), true));
+    EXPECT_TRUE(FileManager::createPathAndWriteObject(
+        QVariantMap { { u"k"_s, 1 } }, dir.file(u"p/list.plist"_s), true));
     EXPECT_TRUE(readBytes(dir.file(u"p/list.plist"_s)).contains("<key>k</key>"));
     EXPECT_FALSE(FileManager::createPathAndWriteObject(QVariant(3.5), dir.file(u"p/n"_s), true));
 
@@ -149,7 +149,7 @@ TEST(FileManagerRemoving, RemovesTreesWithoutFollowingLinks)
     EXPECT_FALSE(FileManager::renamePath(dir.file(u"one"_s), u"../escape"_s));
     EXPECT_TRUE(FileManager::renamePath(dir.file(u"one"_s), u"three"_s));
     EXPECT_EQ(readBytes(dir.file(u"three"_s)), "1");
-    FileManager::directory(dir.path(), {u"two"_s, u"three"_s, u"absent"_s});
+    FileManager::directory(dir.path(), { u"two"_s, u"three"_s, u"absent"_s });
     EXPECT_TRUE(FileManager::directoryContentsAtPath(dir.path(), false).isEmpty());
 }
 
@@ -184,9 +184,11 @@ TEST(FileManagerRemoving, RotatingArchivesKeepTheNewestMaximum)
     }
     ASSERT_TRUE(writeBytes(dir.file(u"other.zip"_s), "o"));
     const QString next = FileManager::archiveDirectoryContentsAtPath(dir.path(), u"Backup"_s, 3);
-    EXPECT_TRUE(QRegularExpression(u"^Backup \\d{4}-\\d\\d-\\d\\d \\d\\d-\\d\\d-\\d\\d$"_s).match(next).hasMatch()) << next.toStdString();
+    EXPECT_TRUE(
+        QRegularExpression(u"^Backup \\d{4}-\\d\\d-\\d\\d \\d\\d-\\d\\d-\\d\\d$"_s).match(next).hasMatch())
+        << next.toStdString();
     EXPECT_EQ(sorted(FileManager::directoryContentsAtPath(dir.path(), false)),
-        (QStringList {u"Backup 2.zip"_s, u"Backup 3.zip"_s, u"Backup 4.zip"_s, u"other.zip"_s}));
+        (QStringList { u"Backup 2.zip"_s, u"Backup 3.zip"_s, u"Backup 4.zip"_s, u"other.zip"_s }));
     EXPECT_TRUE(FileManager::archiveDirectoryContentsAtPath(dir.path(), u"Backup"_s, 0).isNull());
     EXPECT_TRUE(FileManager::archiveDirectoryContentsAtPath(dir.path(), QString(), 3).isNull());
 }

@@ -73,3 +73,27 @@ TEST(LinkResolution, AliasReferenceReportsExistenceAndFolders)
     EXPECT_FALSE(getAliasFSRef(QString(), &isFolder));
     EXPECT_FALSE(getAliasFSRef(dir.file(u"file"_s) + QChar(0), nullptr)) << "a NUL would name another file";
 }
+
+TEST(LinkResolution, EveryPrefixOfAPathIsResolvedAndLoopsEnd)
+{
+    TempDir dir;
+    const QString real = QFileInfo(dir.path()).canonicalFilePath();
+    ASSERT_TRUE(QDir(dir.path()).mkpath(u"store/2024/raw"_s));
+    ASSERT_TRUE(writeBytes(dir.file(u"store/2024/raw/a.cr2"_s), "x"));
+    const QString links[][2] = { { u"store"_s, u"photos"_s }, { u"photos/2024"_s, u"this-year"_s },
+        { u"../../../this-year"_s, u"store/2024/raw/up"_s }, { u"loopB"_s, u"loopA"_s },
+        { u"loopA"_s, u"loopB"_s }, { u"gone"_s, u"dangling"_s } };
+    for (const auto &link : links)
+        ASSERT_TRUE(QFile::link(link[0], dir.file(link[1]))) << link[1];
+    const QString cases[][2] = {
+        { u"photos/2024/raw/a.cr2"_s, u"/store/2024/raw/a.cr2"_s },
+        { u"this-year/raw/up/raw/./a.cr2"_s, u"/store/2024/raw/a.cr2"_s },
+        { u"this-year//raw/missing/../a.cr2"_s, u"/store/2024/raw/a.cr2"_s },
+        { u"loopA/inside"_s, u"/loopA/inside"_s },
+        { u"dangling/x"_s, u"/dangling/x"_s }, // a broken link stays as it is
+    };
+    for (const auto &c : cases)
+        EXPECT_EQ(stringByResolvingLinksInPath(dir.file(c[0])), real + c[1]) << c[0];
+    EXPECT_EQ(stringByResolvingLinksInPath(u"/"_s), u"/"_s);
+    EXPECT_EQ(stringByResolvingLinksInPath(u""_s), u""_s);
+}

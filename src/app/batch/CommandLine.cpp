@@ -5,6 +5,7 @@
 #include "app/batch/DefaultsCommand.h"
 #include "app/batch/Progress.h"
 #include "app/batch/WorkerEngine.h"
+#include "app/batch/WorkerPool.h"
 #include "app/shared/ThumbnailSettings.h"
 #include "app/shared/WorkerOptions.h"
 #include "support/Log.h"
@@ -14,6 +15,7 @@
 #include <QFileInfo>
 #include <QRegularExpression>
 #include <QThread>
+#include <QUrl>
 
 #include <algorithm>
 #include <cmath>
@@ -281,6 +283,14 @@ const Option Options[] = {
     { Option::Section::Running, u"verbose", u'v', nullptr,
         u"print every thumbnail written, and log messages (FFmpeg's too)", nullptr,
         setFlag<&CommandLineOptions::verbose> },
+    { Option::Section::Running, u"thumbnailer", 0, nullptr,
+        u"a file manager's thumbnailer: with PATH being SOURCE OUTPUT, write one PNG of at most -s "
+        u"pixels (default 128) on its longer side, and nothing else; no settings are read",
+        nullptr,
+        [](const QString &, const QString &, CommandLineOptions &o) {
+            o.mode = CommandLineOptions::Mode::Thumbnailer;
+            return QString();
+        } },
     { Option::Section::Running, u"help", u'h', nullptr, u"print this help", nullptr,
         [](const QString &, const QString &, CommandLineOptions &o) {
             o.mode = CommandLineOptions::Mode::Help;
@@ -359,6 +369,37 @@ QString settingsHelp()
     return text;
 }
 
+/// Completes the options of the thumbnailer mode from the paths and the size; answers a usage
+/// error or an empty string.
+QString finishThumbnailer(CommandLineOptions &o)
+{
+    if (o.paths.size() != 2 || !o.filesFrom.isEmpty())
+        return u"--thumbnailer takes two paths, SOURCE and OUTPUT"_s;
+    for (auto it = o.settings.cbegin(); it != o.settings.cend(); ++it) {
+        if (it.key() != Setting::Width.key() && it.key() != Setting::Height.key()
+            && it.key() != Setting::Sizing.key())
+            return u"--thumbnailer reads no settings; only -s sets its size"_s;
+    }
+    if (o.settings.contains(Setting::Width.key()))
+        o.thumbnailerSize = int(std::max(o.settings.value(Setting::Width.key()).toLongLong(),
+            o.settings.value(Setting::Height.key()).toLongLong()));
+    o.settings.clear();
+    // File managers hand over a path (%i) or a URI (%u); only a local file can be read.
+    QString source = o.paths.at(0);
+    if (source.startsWith(u"file:"_s, Qt::CaseInsensitive)) {
+        const QUrl uri(source);
+        source = uri.isValid() && uri.host().isEmpty() ? uri.toLocalFile() : QString();
+    } else if (source.contains(u"://"_s)) {
+        source.clear();
+    }
+    if (source.isEmpty())
+        return u"--thumbnailer reads local files only, not %1"_s.arg(o.paths.at(0));
+    o.thumbnailerSource = source;
+    o.thumbnailerOutput = o.paths.at(1);
+    o.paths.clear();
+    return {};
+}
+
 } // namespace
 
 CommandLineOptions parseCommandLine(const QStringList &arguments)
@@ -424,8 +465,13 @@ CommandLineOptions parseCommandLine(const QStringList &arguments)
         const QString error = known->apply(u"--"_s + QString::fromUtf16(known->longName), value, o);
         if (!error.isEmpty())
             return fail(error);
-        if (o.mode != CommandLineOptions::Mode::Run)
+        if (o.mode != CommandLineOptions::Mode::Run && o.mode != CommandLineOptions::Mode::Thumbnailer)
             return o; // --help or --version: the rest does not matter
+    }
+
+    if (o.mode == CommandLineOptions::Mode::Thumbnailer) {
+        const QString error = finishThumbnailer(o);
+        return error.isEmpty() ? o : fail(error);
     }
 
     if (o.paths.isEmpty() && o.filesFrom.isEmpty())
@@ -438,6 +484,7 @@ int defaultJobCount() { return std::clamp(QThread::idealThreadCount(), 1, MaxJob
 QString usageText()
 {
     return u"Usage: orvel-thumbs [OPTION]... PATH...\n"
+           u"       orvel-thumbs --thumbnailer [-s SIZE] SOURCE OUTPUT\n"
            u"       orvel-thumbs defaults read [KEY]\n"
            u"       orvel-thumbs defaults write [--force] KEY [-int|-float|-bool|-string]\n"
            u"                                 VALUE\n"
@@ -467,6 +514,21 @@ QString usageText()
           u"      store a setting for the runs to come\n"_s;
 }
 
+namespace {
+
+/// The thumbnailer mode: one file in this process, no worker pool (whose start would cost more
+/// than the file), limited as a worker of one would be. Answers the exit status.
+int runThumbnailer(const CommandLineOptions &options)
+{
+    const qint64 memoryLimitMiB
+        = options.memoryLimitMiB < 0 ? WorkerPool::defaultMemoryLimitMiB(1) : options.memoryLimitMiB;
+    const int status = WorkerEngine::runThumbnailer(options.thumbnailerSource, options.thumbnailerOutput,
+        options.thumbnailerSize, options.timeoutSeconds, memoryLimitMiB, options.verbose);
+    return status == 0 ? 0 : 1;
+}
+
+} // namespace
+
 int runCommandLine(const QStringList &arguments, const QString &executable, const QString &version)
 {
     const CommandLineOptions options = parseCommandLine(arguments);
@@ -492,6 +554,8 @@ int runCommandLine(const QStringList &arguments, const QString &executable, cons
     }
     case CommandLineOptions::Mode::Worker:
         return WorkerEngine::runWorker(arguments);
+    case CommandLineOptions::Mode::Thumbnailer:
+        return runThumbnailer(options);
     case CommandLineOptions::Mode::Run:
         break;
     }

@@ -16,6 +16,7 @@ struct CommandLineOptions
         Version, ///< print the version
         Defaults, ///< the defaults subcommand; its arguments are in defaultsArguments
         Worker, ///< a worker process of the batch (hidden); its arguments are the whole command line
+        Thumbnailer, ///< one PNG of thumbnailerSize from thumbnailerSource at thumbnailerOutput
     };
 
     Mode mode = Mode::Run;
@@ -45,6 +46,15 @@ struct CommandLineOptions
     bool skipUpToDate = false;
 
     QStringList defaultsArguments;
+
+    /// The thumbnailer mode's source, a local path (a file: URI is taken as its path).
+    QString thumbnailerSource;
+    /// Where the thumbnailer mode writes its PNG.
+    QString thumbnailerOutput;
+    /// The longest side of the thumbnailer mode's PNG, in pixels (-s).
+    int thumbnailerSize = DefaultThumbnailerSize;
+    /// The size of a file manager's "normal" thumbnails, used when -s is not given.
+    static constexpr int DefaultThumbnailerSize = 128;
 };
 
 /// Parses the arguments that follow the program name. Never fails silently: a usage error is

@@ -1,13 +1,16 @@
-// orvel-thumbs-engine.so: the worker side of orvel-thumbs, loaded by its worker processes only.
+// orvel-thumbs-engine.so: the worker side of orvel-thumbs, loaded by its worker processes and by
+// its thumbnailer mode only.
+#include "app/engine/DesktopThumbnailer.h"
 #include "app/engine/ThumbnailWorker.h"
 #include "app/shared/WorkerOptions.h"
 
+#include <QFile>
 #include <QStringList>
 
 #include <cstdio>
 
 /// Runs a worker with the worker arguments (what follows the program name, "--worker" first), in
-/// a process that has its QCoreApplication. The one symbol the module exports.
+/// a process that has its QCoreApplication.
 extern "C" __attribute__((visibility("default"))) int orvel_thumbs_worker_main(
     int argc, const char *const *argv)
 {
@@ -22,4 +25,16 @@ extern "C" __attribute__((visibility("default"))) int orvel_thumbs_worker_main(
         return 2;
     }
     return orvel::ThumbnailWorker::run(*options);
+}
+
+/// Runs the thumbnailer mode: source (a local path, in the file system's encoding) to a PNG at
+/// output of at most size pixels, under the limits given (0 for none). Answers the exit status.
+extern "C" __attribute__((visibility("default"))) int orvel_thumbs_thumbnailer_main(const char *source,
+    const char *output, int size, int timeoutSeconds, long long memoryLimitMiB, int verbose)
+{
+    orvel::DesktopThumbnailer::Limits limits;
+    limits.timeoutSeconds = timeoutSeconds;
+    limits.memoryLimitMiB = memoryLimitMiB;
+    limits.verbose = verbose != 0;
+    return orvel::DesktopThumbnailer::run(QFile::decodeName(source), QFile::decodeName(output), size, limits);
 }

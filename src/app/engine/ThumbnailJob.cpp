@@ -96,24 +96,6 @@ ImagePtr loadByContent(const QString &path, QString *error)
     return nullptr;
 }
 
-/// Classifies and loads the file: PDF and the PostScript family first, then pictures, then movies
-/// (whose chosen frame stands in for the picture). Null, with error set, when there is nothing.
-ImagePtr loadSource(const QString &path, QString *error)
-{
-    ImagePtr image;
-    if (Image::isPDFFile(path))
-        image = Image::initByReferencingFile(path);
-    else if (Image::isImageFile(path))
-        image = Image::thumbnailForFile(path, WholePicturePixelSize, true, true, nullptr, error);
-    else if (Movie::isQuickTimeFile(path))
-        image = Movie::thumbnailImageForMovieWithFile(path, nullptr, nullptr, error);
-    else
-        image = loadByContent(path, error);
-    if (!image && error->isEmpty())
-        *error = u"unreadable file"_s;
-    return image;
-}
-
 /// Gives the source its own icon, made from the whole picture; the file's date is kept as it was.
 /// Succeeds whatever setting the icon answered.
 Failure giveSourceItsIcon(const ImagePtr &image, const QString &path)
@@ -186,7 +168,7 @@ Failure makeThumbnail(const QString &path, const ThumbnailSettings &s, Thumbnail
     if (isAppleDoubleCompanion(path))
         return CompanionText;
     QString error;
-    const ImagePtr image = loadSource(path, &error);
+    const ImagePtr image = ThumbnailJob::loadSource(path, &error);
     if (!image)
         return error;
     image->setScalesWhenResized(true);
@@ -223,6 +205,22 @@ Failure makeThumbnail(const QString &path, const ThumbnailSettings &s, Thumbnail
 }
 
 } // namespace
+
+ImagePtr ThumbnailJob::loadSource(const QString &path, QString *error)
+{
+    ImagePtr image;
+    if (Image::isPDFFile(path))
+        image = Image::initByReferencingFile(path);
+    else if (Image::isImageFile(path))
+        image = Image::thumbnailForFile(path, WholePicturePixelSize, true, true, nullptr, error);
+    else if (Movie::isQuickTimeFile(path))
+        image = Movie::thumbnailImageForMovieWithFile(path, nullptr, nullptr, error);
+    else
+        image = loadByContent(path, error);
+    if (!image && error->isEmpty())
+        *error = u"unreadable file"_s;
+    return image;
+}
 
 QString ThumbnailJob::outputPathForFile(const QString &path, UserDefaults *defaults)
 {

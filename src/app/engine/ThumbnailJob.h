@@ -3,8 +3,11 @@
 
 #include <QString>
 
+#include <memory>
+
 namespace orvel {
 
+class Image;
 class UserDefaults;
 
 /// The thumbnail job. Reentrant: it keeps no state between files, so several may run at once.
@@ -30,6 +33,12 @@ public:
     /// processFile() telling a file it skips from one it fails on.
     [[nodiscard]] static Outcome run(const QString &path, UserDefaults *defaults = nullptr,
         QString *error = nullptr, Mode mode = Mode::Write);
+
+    /// Classifies and loads the file as the job does: PDF and the PostScript family first (a
+    /// document drawn when first needed), then pictures (decoded whole, orientation applied), then
+    /// movies (the chosen frame), then whatever the content says. Null when there is nothing to
+    /// load; error then says why.
+    [[nodiscard]] static std::shared_ptr<Image> loadSource(const QString &path, QString *error);
 
     /// The thumbnail file the job writes for path with the settings of defaults; empty when it writes
     /// none (create mode 2, an unknown create mode or format). The path is not resolved or checked.

@@ -1,11 +1,17 @@
 // Tests of the desktop integration files: validated by the desktop's own tools, every MIME type
-// offered one that the application reads, and an install that puts everything where desktops look.
+// offered one that the application reads and every type it reads offered, the file managers'
+// context-menu actions running the program, and an install that puts everything where desktops look.
 #include "image/Image.h"
+#include "movie/Movie.h"
 #include "testlib/TestSupport.h"
 
+#include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QMap>
 #include <QMimeDatabase>
+#include <QProcess>
+#include <QSet>
 #include <QStandardPaths>
 #include <gtest/gtest.h>
 
@@ -25,6 +31,35 @@ QString entryValue(const QString &desktopFile, const QString &key)
         if (line.startsWith(key + u'='))
             return line.mid(key.size() + 1);
     return {};
+}
+
+/// The groups of a key file (a desktop entry, a Nemo action), each with its keys.
+QMap<QString, QMap<QString, QString>> keyFile(const QString &path)
+{
+    QMap<QString, QMap<QString, QString>> groups;
+    QString group;
+    for (const QString &line : QString::fromUtf8(readBytes(path)).split(u'\n')) {
+        if (line.startsWith(u'[') && line.endsWith(u']'))
+            group = line.mid(1, line.size() - 2);
+        else if (const qsizetype eq = line.indexOf(u'='); eq > 0 && !line.startsWith(u'#'))
+            groups[group].insert(line.left(eq), line.mid(eq + 1));
+    }
+    return groups;
+}
+
+/// A file made from the templates in data/, as the build folder holds it.
+QString staged(const QString &name) { return u"" ORVEL_DATA_BUILD_DIR "/"_s + name; }
+
+/// The MIME types of a list written as in a desktop entry, with their canonical names.
+QSet<QString> canonicalTypes(const QString &list)
+{
+    QMimeDatabase mimes;
+    QSet<QString> types;
+    for (const QString &name : list.split(u';', Qt::SkipEmptyParts)) {
+        const QMimeType type = mimes.mimeTypeForName(name);
+        types.insert(type.isValid() ? type.name() : name);
+    }
+    return types;
 }
 
 TEST(DesktopFiles, TheDesktopToolsFindNothingWrong)
@@ -51,22 +86,116 @@ TEST(DesktopFiles, EveryOfferedTypeIsOneTheApplicationReads)
 {
     const QStringList types
         = entryValue(u"" ORVEL_DESKTOP_FILE ""_s, u"MimeType"_s).split(u';', Qt::SkipEmptyParts);
-    ASSERT_TRUE(types.contains(u"inode/directory"_s) && types.contains(u"application/pdf"_s))
+    // Folders are offered through the file managers' context menus, not as a type the program opens.
+    ASSERT_TRUE(!types.contains(u"inode/directory"_s) && types.contains(u"application/pdf"_s))
         << types.join(u';');
     QMimeDatabase mimes;
     for (const QString &name : types) {
-        if (name == u"inode/directory")
-            continue;
         const QMimeType type = mimes.mimeTypeForName(name);
         ASSERT_TRUE(type.isValid()) << name;
         const QStringList suffixes = type.suffixes();
         const bool readable = std::any_of(suffixes.cbegin(), suffixes.cend(), [](const QString &suffix) {
             return Image::isImageExtension(suffix, QString()) || Image::isPDFExtension(suffix, QString())
-                || Image::isPostScriptExtension(suffix);
+                || Image::isPostScriptExtension(suffix) || Movie::isQuickTimeExtension(suffix, QString());
         });
         EXPECT_TRUE(readable) << name << " (" << suffixes.join(u' ') << ")";
     }
 }
+
+TEST(DesktopFiles, EveryPictureDocumentAndMovieTypeTheProgramReadsIsOffered)
+{
+    const QSet<QString> offered = canonicalTypes(entryValue(u"" ORVEL_DESKTOP_FILE ""_s, u"MimeType"_s));
+    QStringList extensions = Image::ImageFileTypes() + Image::PDFFileTypes() + Movie::QuickTimeFileTypes();
+    ASSERT_GT(extensions.size(), 100);
+    QMimeDatabase mimes;
+    QStringList missing;
+    for (const QString &extension : extensions) {
+        if (extension.startsWith(u'\''))
+            continue; // an HFS type code, not an extension
+        // Sound, playlists, stream descriptions and text have nothing to show; what is a picture, a
+        // document or a movie (by its name or by the icon the MIME database gives it) must be offered.
+        for (const QMimeType &type : mimes.mimeTypesForFileName(u"file."_s + extension)) {
+            if (type.inherits(u"text/plain"_s) && !type.name().startsWith(u"image/"_s))
+                continue;
+            const bool shown = type.name().startsWith(u"image/"_s) || type.name().startsWith(u"video/"_s)
+                || type.genericIconName() == u"image-x-generic"
+                || type.genericIconName() == u"video-x-generic"
+                || Image::isPDFExtension(extension, QString());
+            if (shown && !offered.contains(type.name()) && !missing.contains(type.name()))
+                missing << type.name() + u" (."_s + extension + u')';
+        }
+    }
+    EXPECT_TRUE(missing.isEmpty()) << missing.join(u", "_s);
+}
+
+TEST(DesktopFiles, TheServiceMenuBreaksNoRuleButTheServiceTypesOwn)
+{
+    if (QStandardPaths::findExecutable(u"desktop-file-validate"_s).isEmpty())
+        GTEST_SKIP() << "desktop-file-validate not installed (package desktop-file-utils)";
+    QByteArray out;
+    runProgram(
+        u"desktop-file-validate"_s, { staged(u"kio-servicemenus/org.orvel.Thumbnails.desktop"_s) }, &out);
+    // The validator knows application entries only: keys that KDE's service type adds to the
+    // format are reported as such, and nothing else may be.
+    for (const QByteArray &line : out.trimmed().split('\n')) {
+        if (!line.isEmpty()) {
+            EXPECT_TRUE(line.contains("but the type is \"Service\"")) << line.toStdString();
+        }
+    }
+}
+
+/// A file manager's context-menu action: its file, the group holding it and its MIME-type key.
+struct MenuAction
+{
+    const char *file;
+    const char *group;
+    const char *nameGroup;
+};
+
+class FileManagerAction : public testing::TestWithParam<MenuAction>
+{
+};
+
+TEST_P(FileManagerAction, IsNamedInThreeLanguagesAndRunsTheProgramOnTheChosenItems)
+{
+    const auto groups = keyFile(staged(QString::fromLatin1(GetParam().file)));
+    const auto action = groups.value(QString::fromLatin1(GetParam().group));
+    const auto named = groups.value(QString::fromLatin1(GetParam().nameGroup));
+    EXPECT_EQ(named.value(u"Name"_s), u"Make Thumbnails"_s);
+    EXPECT_EQ(named.value(u"Name[de]"_s), u"Miniaturen erstellen"_s);
+    EXPECT_EQ(named.value(u"Name[fr]"_s), u"Créer des vignettes"_s);
+
+    // Chosen: a picture, and a folder with a picture in it; %F is their paths, one argument each.
+    TempDir dir;
+    ASSERT_TRUE(writeTestImage(dir.file(u"a picture.png"_s), 60, 40));
+    ASSERT_TRUE(QDir().mkpath(dir.file(u"folder"_s)));
+    ASSERT_TRUE(writeTestImage(dir.file(u"folder/inside.jpg"_s), 60, 40));
+    QStringList command;
+    const QString bin = QFileInfo(u"" ORVEL_THUMBNAILS_PATH ""_s).absolutePath();
+    for (const QString &word : action.value(u"Exec"_s).split(u' ', Qt::SkipEmptyParts)) {
+        if (word == u"%F")
+            command << dir.file(u"a picture.png"_s) << dir.file(u"folder"_s);
+        else
+            command << QString(word).replace(u"@ORVEL_BINDIR@"_s, bin);
+    }
+    ASSERT_GE(command.size(), 3) << action.value(u"Exec"_s);
+    QProcess run;
+    run.start(command.first(), command.mid(1));
+    ASSERT_TRUE(run.waitForFinished(60000)) << "it did not quit by itself";
+    EXPECT_EQ(run.exitCode(), 0) << run.readAllStandardError().toStdString();
+    EXPECT_TRUE(QFile::exists(dir.file(u"a picture_thumb.jpg"_s)));
+    EXPECT_TRUE(QFile::exists(dir.file(u"folder/inside_thumb.jpg"_s)));
+}
+
+INSTANTIATE_TEST_SUITE_P(Menus, FileManagerAction,
+    testing::Values(MenuAction { "kio-servicemenus/org.orvel.Thumbnails.desktop",
+                        "Desktop Action makeThumbnails", "Desktop Action makeThumbnails" },
+        MenuAction { "nemo-actions/org.orvel.Thumbnails.nemo_action", "Nemo Action", "Nemo Action" },
+        MenuAction { "file-manager-actions/org.orvel.Thumbnails.desktop", "X-Action-Profile selection",
+            "Desktop Entry" }),
+    [](const testing::TestParamInfo<MenuAction> &info) {
+        return std::string(info.index == 0 ? "Dolphin" : info.index == 1 ? "Nemo" : "FileManagerActions");
+    });
 
 TEST(DesktopFiles, InstallingIntoAPrefixPutsEverythingWhereDesktopsLook)
 {
@@ -91,6 +220,14 @@ TEST(DesktopFiles, InstallingIntoAPrefixPutsEverythingWhereDesktopsLook)
         EXPECT_EQ(loadImage(file).size(), QSize(size, size)) << file;
     }
     EXPECT_TRUE(QFile::exists(prefix.file(u"share/metainfo/org.orvel.Thumbnails.metainfo.xml"_s)));
+    // The thumbnailer and the context-menu actions run the programs installed beside them.
+    for (const QString &file : { u"thumbnailers/org.orvel.Thumbnails.thumbnailer"_s,
+             u"kio/servicemenus/org.orvel.Thumbnails.desktop"_s,
+             u"nemo/actions/org.orvel.Thumbnails.nemo_action"_s,
+             u"file-manager/actions/org.orvel.Thumbnails.desktop"_s })
+        EXPECT_TRUE(readBytes(prefix.file(u"share/"_s + file))
+                        .contains((u"Exec="_s + prefix.file(u"bin/orvel-thumb"_s)).toUtf8()))
+            << file;
 }
 
 } // namespace
