@@ -116,7 +116,7 @@ int binaryNestingDepth(const QByteArray &data)
     };
 
     // Iterative depth-first walk: 0 = not seen, -1 = on the current path (a cycle), else depth + 1.
-    std::vector<int> depthOf(count, 0);
+    std::vector<qint8> depthOf(count, 0); // depths stay below MaxPropertyListDepth + 2
     struct Frame
     {
         quint64 object;
@@ -137,7 +137,7 @@ int binaryNestingDepth(const QByteArray &data)
             if (depthOf[kid] == -1)
                 return -1;
             if (depthOf[kid] > 0) {
-                frame.deepest = std::max(frame.deepest, depthOf[kid]);
+                frame.deepest = std::max(frame.deepest, int(depthOf[kid]));
                 continue;
             }
             if (!children(kid, &kids))
@@ -154,7 +154,7 @@ int binaryNestingDepth(const QByteArray &data)
             continue;
         }
         const int depth = frame.deepest + 1;
-        depthOf[frame.object] = depth;
+        depthOf[frame.object] = qint8(depth);
         stack.pop_back();
         if (!stack.empty())
             stack.back().deepest = std::max(stack.back().deepest, depth);
