@@ -102,8 +102,8 @@ public:
     /// createFile() after creating the folders above path.
     static bool createPathAndFile(const QString &path);
     /// Creates the folders above path and writes object there: a QVariantMap or QVariantList as an
-    /// XML property list, a QByteArray as it is, a QString as UTF-8 text. atomically writes a
-    /// complete file or nothing; otherwise the file is written in place. Other types answer false.
+    /// XML property list (so is a QStringList), a QByteArray as it is, a QString as UTF-8 text. atomically
+    /// writes a complete file or nothing; otherwise the file is written in place. Other types answer false.
     static bool createPathAndWriteObject(const QVariant &object, const QString &path, bool atomically);
     /// Answers false when something exists at path. Otherwise a folder at previousPath is renamed
     /// to path (a plain file there is left alone), else a new folder is created at path.

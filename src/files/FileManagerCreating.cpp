@@ -38,6 +38,7 @@ bool FileManager::createPathAndWriteObject(const QVariant &object, const QString
     switch (object.typeId()) {
     case QMetaType::QVariantMap:
     case QMetaType::QVariantList:
+    case QMetaType::QStringList:
         data = xmlPropertyListData(object);
         if (data.isEmpty())
             return false;
