@@ -19,6 +19,7 @@ packages=(
   python3-vobject
   shared-mime-info bubblewrap zsh
   cron systemd libglib2.0-bin
+  libplist-dev attr
 )
 missing=()
 for p in "${packages[@]}"; do

@@ -1,0 +1,210 @@
+// Creating, listing, removing, unique names, rotating archives and writing on real folders.
+#include "files/FileManager.h"
+
+#include "testlib/TestSupport.h"
+
+#include <QDir>
+#include <QFile>
+#include <QRegularExpression>
+#include <gtest/gtest.h>
+
+#include <sys/stat.h>
+
+using namespace Qt::StringLiterals;
+
+using namespace orvel;
+using orvel::test::readBytes;
+using orvel::test::TempDir;
+using orvel::test::writeBytes;
+
+namespace {
+
+QStringList sorted(QStringList list)
+{
+    list.sort();
+    return list;
+}
+
+bool makeLink(const QString &target, const QString &link) { return QFile::link(target, link); }
+
+void setAge(const QString &path, int secondsAgo)
+{
+    const auto now = std::chrono::time_point_cast<std::chrono::nanoseconds>(std::chrono::system_clock::now());
+    ASSERT_TRUE(FileManager::setFileModificationDate(now - std::chrono::seconds(secondsAgo), path));
+}
+
+} // namespace
+
+TEST(FileManagerListing, FlatAndDeepListingsSortFilesFromFoldersAndDropBrokenLinks)
+{
+    TempDir dir;
+    const QString top = dir.path();
+    ASSERT_TRUE(writeBytes(dir.file(u"a.txt"_s), "a"));
+    ASSERT_TRUE(writeBytes(dir.file(u".dot"_s), "d"));
+    ASSERT_TRUE(FileManager::createPath(dir.file(u"App.app/Contents"_s)));
+    ASSERT_TRUE(writeBytes(dir.file(u"App.app/Contents/Info.plist"_s), "i"));
+    ASSERT_TRUE(makeLink(dir.file(u"missing"_s), dir.file(u"broken"_s)));
+    ASSERT_TRUE(makeLink(dir.file(u"App.app"_s), dir.file(u"linked"_s)));
+
+    EXPECT_EQ(sorted(FileManager::directoryFilesAtPath(top, false)), (QStringList { u".dot"_s, u"a.txt"_s }));
+    EXPECT_EQ(
+        sorted(FileManager::directoryFoldersAtPath(top, false)), (QStringList { u"App.app"_s, u"linked"_s }));
+    EXPECT_EQ(FileManager::directoryFoldersAtPath(top, true).size(), 2);
+    EXPECT_TRUE(FileManager::directoryFoldersAtPath(top, true).contains(dir.file(u"App.app"_s)));
+
+    const QStringList deep = FileManager::deepDirectoryContentsAtPath(top);
+    EXPECT_EQ(deep.size(), 8);
+    EXPECT_FALSE(deep.contains(dir.file(u"broken"_s)));
+    // Pre-order: a folder before what it holds.
+    EXPECT_LT(deep.indexOf(dir.file(u"App.app"_s)), deep.indexOf(dir.file(u"App.app/Contents"_s)));
+    EXPECT_EQ(sorted(FileManager::deepDirectoryFilesAtPath(top)),
+        sorted({ dir.file(u".dot"_s), dir.file(u"a.txt"_s), dir.file(u"App.app/Contents/Info.plist"_s),
+            dir.file(u"linked/Contents/Info.plist"_s) }));
+    EXPECT_EQ(FileManager::deepDirectoryFoldersAtPath(top).size(), 4);
+    EXPECT_TRUE(FileManager::deepDirectoryContentsAtPath(dir.file(u"nothing"_s)).isEmpty());
+}
+
+TEST(FileManagerListing, ALinkLoopIsListedOnceAndNeverEntered)
+{
+    TempDir dir;
+    ASSERT_TRUE(FileManager::createPath(dir.file(u"a/b"_s)));
+    ASSERT_TRUE(writeBytes(dir.file(u"a/b/file"_s), "f"));
+    ASSERT_TRUE(makeLink(dir.file(u"a"_s), dir.file(u"a/b/up"_s)));
+    ASSERT_TRUE(makeLink(u"."_s, dir.file(u"a/self"_s)));
+    EXPECT_EQ(sorted(FileManager::deepDirectoryContentsAtPath(dir.file(u"a"_s))),
+        sorted(
+            { dir.file(u"a/b"_s), dir.file(u"a/b/file"_s), dir.file(u"a/b/up"_s), dir.file(u"a/self"_s) }));
+    EXPECT_TRUE(FileManager::directoryContainsFilesAtPath(dir.file(u"a"_s), true));
+    ASSERT_TRUE(FileManager::removePath(dir.file(u"a/b/file"_s)));
+    EXPECT_FALSE(FileManager::directoryContainsFilesAtPath(dir.file(u"a"_s), false));
+}
+
+TEST(FileManagerListing, VisibleFilesIgnoreDotFilesAndTheInvisibleFlag)
+{
+    TempDir dir;
+    ASSERT_TRUE(FileManager::createPath(dir.file(u"sub/.git"_s)));
+    ASSERT_TRUE(writeBytes(dir.file(u"sub/.git/config"_s), "c"));
+    ASSERT_TRUE(writeBytes(dir.file(u"sub/Icon"_s), "i"));
+    ASSERT_TRUE(setFinderFlagsOfFile(dir.file(u"sub/Icon"_s), FinderFlag::IsInvisible));
+    EXPECT_FALSE(FileManager::directoryContainsFilesAtPath(dir.path(), true));
+    EXPECT_TRUE(FileManager::directoryContainsFilesAtPath(dir.path(), false));
+}
+
+TEST(FileManagerListing, WildcardMatchingIgnoresCase)
+{
+    TempDir dir;
+    for (const QString &name : { u"Log 1.zip"_s, u"log 2.ZIP"_s, u"other.zip"_s })
+        ASSERT_TRUE(writeBytes(dir.file(name), "z"));
+    EXPECT_EQ(sorted(FileManager::directoryContentsAtPathMatchingWildcard(dir.path(), u"log*.zip"_s)),
+        (QStringList { u"Log 1.zip"_s, u"log 2.ZIP"_s }));
+}
+
+TEST(FileManagerCreating, CreatesFilesFoldersAndMovesAPreviousFolder)
+{
+    TempDir dir;
+    EXPECT_TRUE(FileManager::createPathAndFile(dir.file(u"x/y/new.txt"_s)));
+    ASSERT_TRUE(writeBytes(dir.file(u"x/y/new.txt"_s), "kept"));
+    EXPECT_TRUE(FileManager::createFile(dir.file(u"x/y/new.txt"_s)));
+    EXPECT_EQ(readBytes(dir.file(u"x/y/new.txt"_s)), "kept");
+    EXPECT_FALSE(FileManager::createFile(dir.file(u"none/file"_s)));
+
+    EXPECT_TRUE(FileManager::createPathAndWriteObject(
+        QVariantMap { { u"k"_s, 1 } }, dir.file(u"p/list.plist"_s), true));
+    EXPECT_TRUE(readBytes(dir.file(u"p/list.plist"_s)).contains("<key>k</key>"));
+    EXPECT_FALSE(FileManager::createPathAndWriteObject(QVariant(3.5), dir.file(u"p/n"_s), true));
+
+    // The previous folder moves with its contents; an existing new path refuses.
+    EXPECT_TRUE(FileManager::createPath(dir.file(u"moved"_s), dir.file(u"x"_s)));
+    EXPECT_EQ(readBytes(dir.file(u"moved/y/new.txt"_s)), "kept");
+    EXPECT_FALSE(FileManager::fileExistsAtPath(dir.file(u"x"_s)));
+    EXPECT_FALSE(FileManager::createPath(dir.file(u"moved"_s), dir.file(u"p"_s)));
+    EXPECT_TRUE(FileManager::createPath(dir.file(u"fresh"_s), dir.file(u"gone"_s)));
+    EXPECT_TRUE(FileManager::isDirectoryAtPath(dir.file(u"fresh"_s)));
+
+    ASSERT_TRUE(writeBytes(dir.file(u"tmp"_s), "file in the way"));
+    EXPECT_TRUE(FileManager::createWritableTemporaryPath(dir.file(u"tmp"_s)));
+    EXPECT_TRUE(FileManager::isDirectoryAtPath(dir.file(u"tmp"_s)));
+}
+
+TEST(FileManagerRemoving, RemovesTreesWithoutFollowingLinks)
+{
+    TempDir dir;
+    TempDir outside;
+    ASSERT_TRUE(writeBytes(outside.file(u"precious"_s), "p"));
+    ASSERT_TRUE(FileManager::createPath(dir.file(u"tree/deep/er"_s)));
+    ASSERT_TRUE(writeBytes(dir.file(u"tree/deep/er/f"_s), "f"));
+    ASSERT_TRUE(makeLink(outside.path(), dir.file(u"tree/out"_s)));
+    ASSERT_TRUE(makeLink(outside.path(), dir.file(u"linkToFolder"_s)));
+
+    EXPECT_TRUE(FileManager::removePath(dir.file(u"tree"_s)));
+    EXPECT_TRUE(FileManager::removePath(dir.file(u"linkToFolder"_s)));
+    EXPECT_FALSE(FileManager::fileKindAtPath(dir.file(u"tree"_s), false));
+    EXPECT_EQ(readBytes(outside.file(u"precious"_s)), "p");
+    EXPECT_TRUE(FileManager::removePath(dir.file(u"never-there"_s)));
+    EXPECT_FALSE(FileManager::removePath(QString()));
+
+    ASSERT_TRUE(writeBytes(dir.file(u"one"_s), "1"));
+    ASSERT_TRUE(writeBytes(dir.file(u"two"_s), "2"));
+    EXPECT_FALSE(FileManager::renamePath(dir.file(u"one"_s), u"two"_s));
+    EXPECT_FALSE(FileManager::renamePath(dir.file(u"one"_s), u"../escape"_s));
+    EXPECT_TRUE(FileManager::renamePath(dir.file(u"one"_s), u"three"_s));
+    EXPECT_EQ(readBytes(dir.file(u"three"_s)), "1");
+    FileManager::directory(dir.path(), { u"two"_s, u"three"_s, u"absent"_s });
+    EXPECT_TRUE(FileManager::directoryContentsAtPath(dir.path(), false).isEmpty());
+}
+
+TEST(FileManagerRemoving, UniqueNamesCountUpAndKeepTheExtension)
+{
+    TempDir dir;
+    EXPECT_EQ(FileManager::nonExistingFilenameAtPath(dir.file(u"a.txt"_s)), dir.file(u"a.txt"_s));
+    ASSERT_TRUE(writeBytes(dir.file(u"a.txt"_s), "a"));
+    EXPECT_EQ(FileManager::nonExistingFilenameAtPath(dir.file(u"a.txt"_s)), dir.file(u"a-1.txt"_s));
+    ASSERT_TRUE(writeBytes(dir.file(u"a-1.txt"_s), "a"));
+    EXPECT_EQ(FileManager::nonExistingFilenameAtPath(dir.file(u"a.txt"_s)), dir.file(u"a-2.txt"_s));
+    ASSERT_TRUE(writeBytes(dir.file(u"README"_s), "r"));
+    EXPECT_EQ(FileManager::nonExistingFilenameAtPath(dir.file(u"README"_s)), dir.file(u"README-1"_s));
+    // A broken link takes its name, so it is not handed out again.
+    ASSERT_TRUE(makeLink(dir.file(u"nowhere"_s), dir.file(u"README-1"_s)));
+    EXPECT_EQ(FileManager::nonExistingFilenameAtPath(dir.file(u"README"_s)), dir.file(u"README-2"_s));
+
+    const QString longName = QString(250, u'n') + u".jpeg"_s;
+    ASSERT_TRUE(writeBytes(dir.file(longName), "l"));
+    const QString unique = FileManager::nonExistingFilenameAtPath(dir.file(longName));
+    EXPECT_EQ(unique, dir.file(QString(250 - 2 - 5, u'n') + u"-1.jpeg"_s));
+    EXPECT_TRUE(writeBytes(unique, "fits"));
+}
+
+TEST(FileManagerRemoving, RotatingArchivesKeepTheNewestMaximum)
+{
+    TempDir dir;
+    for (int i = 0; i < 5; ++i) {
+        const QString path = dir.file(u"Backup %1.zip"_s.arg(i));
+        ASSERT_TRUE(writeBytes(path, "z"));
+        setAge(path, 100 - i * 10); // Backup 4 is the newest
+    }
+    ASSERT_TRUE(writeBytes(dir.file(u"other.zip"_s), "o"));
+    const QString next = FileManager::archiveDirectoryContentsAtPath(dir.path(), u"Backup"_s, 3);
+    EXPECT_TRUE(
+        QRegularExpression(u"^Backup \\d{4}-\\d\\d-\\d\\d \\d\\d-\\d\\d-\\d\\d$"_s).match(next).hasMatch())
+        << next.toStdString();
+    EXPECT_EQ(sorted(FileManager::directoryContentsAtPath(dir.path(), false)),
+        (QStringList { u"Backup 2.zip"_s, u"Backup 3.zip"_s, u"Backup 4.zip"_s, u"other.zip"_s }));
+    EXPECT_TRUE(FileManager::archiveDirectoryContentsAtPath(dir.path(), u"Backup"_s, 0).isNull());
+    EXPECT_TRUE(FileManager::archiveDirectoryContentsAtPath(dir.path(), QString(), 3).isNull());
+}
+
+TEST(FileManagerWriting, ReplacesOrAppendsAndIgnoresAFullDisk)
+{
+    TempDir dir;
+    const QString path = dir.file(u"log.txt"_s);
+    EXPECT_TRUE(FileManager::writeData("first line\n", path, false));
+    EXPECT_TRUE(FileManager::writeString(u"second\n"_s, path, true));
+    EXPECT_EQ(readBytes(path), "first line\nsecond\n");
+    EXPECT_TRUE(FileManager::writeData("new", path, false));
+    EXPECT_EQ(readBytes(path), "new");
+    EXPECT_FALSE(FileManager::writeData(QByteArray(), path, false));
+    EXPECT_FALSE(FileManager::writeString(QString(u""_s), path, true));
+    EXPECT_FALSE(FileManager::writeData("x", dir.file(u"no/folder"_s), false));
+    // A write that fails on the way still answers YES, as callers have always been told.
+    EXPECT_TRUE(FileManager::writeData("lost", u"/dev/full"_s, true));
+}
