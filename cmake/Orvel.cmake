@@ -64,6 +64,8 @@ function(orvel_install_toolkit)
         string(APPEND requires " vips-cpp")
       elseif(dep STREQUAL "PkgConfig::POPPLER")
         string(APPEND requires " poppler-qt6")
+      elseif(dep STREQUAL "PkgConfig::LIBARCHIVE")
+        string(APPEND requires " libarchive")
       endif()
     endforeach()
     # A library's compiled-in resources register themselves from static initialisers that nothing

@@ -18,6 +18,7 @@ packages=(
   clang-format groff-base
   python3-vobject
   shared-mime-info
+  libarchive-dev zip unzip rsync
 )
 missing=()
 for p in "${packages[@]}"; do
