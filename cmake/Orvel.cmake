@@ -66,6 +66,8 @@ function(orvel_install_toolkit)
         string(APPEND requires " poppler-qt6")
       elseif(dep STREQUAL "PkgConfig::LIBARCHIVE")
         string(APPEND requires " libarchive")
+      elseif(dep STREQUAL "PkgConfig::PLIST")
+        string(APPEND requires " libplist-2.0")
       endif()
     endforeach()
     # A library's compiled-in resources register themselves from static initialisers that nothing

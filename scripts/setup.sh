@@ -19,6 +19,7 @@ packages=(
   python3-vobject
   shared-mime-info
   libarchive-dev zip unzip rsync
+  libplist-dev attr
 )
 missing=()
 for p in "${packages[@]}"; do

@@ -1,7 +1,7 @@
 // Core file operations on top of the POSIX calls, which give the listing order and nanosecond times.
 #include "files/FileManager.h"
 
-#include "files/NativePath_p.h"
+#include "files/FileManager_p.h"
 #include "strings/FastCompare.h"
 
 #include <QFile>
@@ -14,22 +14,10 @@
 
 namespace orvel {
 
-namespace {
-
-/// The status of what is at path, links followed unless followLinks is false; nullopt when
-/// nothing can be found there or the path cannot name a file.
-std::optional<struct stat> statusAtPath(const QString &path, bool followLinks = true)
-{
-    QByteArray native;
-    if (!detail::nativePath(path, &native))
-        return std::nullopt;
-    struct stat st;
-    if ((followLinks ? stat(native.constData(), &st) : lstat(native.constData(), &st)) != 0)
-        return std::nullopt;
-    return st;
-}
-
-} // namespace
+using detail::appendComponent;
+using detail::extensionOfName;
+using detail::parentFolder;
+using detail::statusAtPath;
 
 namespace {
 
@@ -37,40 +25,6 @@ struct DirCloser
 {
     void operator()(DIR *d) const noexcept { closedir(d); }
 };
-
-QString appendComponent(const QString &folder, const QString &name)
-{
-    if (folder.endsWith(u'/'))
-        return folder + name;
-    return folder + u'/' + name;
-}
-
-/// The extension of a file name: the text after its last "."; none when that dot starts the name.
-QStringView extensionOfName(QStringView name)
-{
-    const qsizetype dot = name.lastIndexOf(u'.');
-    if (dot <= 0)
-        return {};
-    return name.mid(dot + 1);
-}
-
-/// The folder holding path: trailing slashes dropped, then the last component; "/" for a
-/// top-level item, "" for a bare name.
-QString parentFolder(const QString &path)
-{
-    qsizetype end = path.size();
-    while (end > 1 && path.at(end - 1) == u'/')
-        --end;
-    const qsizetype slash = path.lastIndexOf(u'/', end - 1);
-    if (slash < 0)
-        return QString();
-    qsizetype parentEnd = slash;
-    while (parentEnd > 0 && path.at(parentEnd - 1) == u'/')
-        --parentEnd;
-    if (parentEnd == 0)
-        return QStringLiteral("/");
-    return path.left(parentEnd);
-}
 
 } // namespace
 

@@ -1,4 +1,5 @@
-// Core file operations: listing folders, creating folders, reading and setting modification dates.
+// File operations: creating and listing folders, dates, attributes, locks, comments and labels,
+// removing and writing.
 #pragma once
 
 #include "files/FinderInfo.h"
@@ -8,6 +9,7 @@
 #include <QStringList>
 #include <QStringView>
 #include <QUrl>
+#include <QVariant>
 #include <chrono>
 #include <optional>
 
@@ -25,6 +27,25 @@ struct FileIdentity
     quint64 device = 0;
     quint64 inode = 0;
     friend bool operator==(const FileIdentity &, const FileIdentity &) = default;
+};
+
+/// The owner, group and permission bits of an item. A name is empty when the system knows none
+/// for the number.
+struct FilePermissions
+{
+    QString ownerAccountName;
+    QString groupOwnerAccountName;
+    quint32 ownerAccountID = 0;
+    quint32 groupOwnerAccountID = 0;
+    quint32 posixPermissions = 0;
+    friend bool operator==(const FilePermissions &, const FilePermissions &) = default;
+};
+
+/// What identifies an item: its device and inode, and the path it was found at.
+struct FileReference
+{
+    FileIdentity identity;
+    QString path;
 };
 
 /// File-manager operations. All are static, keep no state, never throw, and answer empty, nullopt or
@@ -74,6 +95,191 @@ public:
 
     /// Whether both paths lead to one file that exists (links followed).
     [[nodiscard]] static bool isSameFileAtPaths(const QString &a, const QString &b);
+
+    // Creating
+
+    /// Answers true when something exists at path (links followed); otherwise creates an empty file
+    /// there and answers whether that worked. The folder above must exist.
+    static bool createFile(const QString &path);
+    /// createFile() after creating the folders above path.
+    static bool createPathAndFile(const QString &path);
+    /// Creates the folders above path and writes object there: a QVariantMap or QVariantList as an
+    /// XML property list, a QByteArray as it is, a QString as UTF-8 text. atomically writes a
+    /// complete file or nothing; otherwise the file is written in place. Other types answer false.
+    static bool createPathAndWriteObject(const QVariant &object, const QString &path, bool atomically);
+    /// Answers false when something exists at path. Otherwise a folder at previousPath is renamed
+    /// to path (a plain file there is left alone), else a new folder is created at path.
+    static bool createPath(const QString &path, const QString &previousPath);
+    /// Removes whatever is at path, creates a folder there and answers whether the caller may write
+    /// into it.
+    static bool createWritableTemporaryPath(const QString &path);
+
+    // Listing. The flat lists keep the order of directoryContentsAtPath(); entries that do not
+    // exist (broken links, entries gone meanwhile) are dropped, links are followed to tell files
+    // from folders.
+
+    /// The entries that are not folders.
+    [[nodiscard]] static QStringList directoryFilesAtPath(const QString &path, bool fullPath);
+    /// The entries that are folders (or links to folders).
+    [[nodiscard]] static QStringList directoryFoldersAtPath(const QString &path, bool fullPath);
+    /// Every file and folder below path, pre-order, as full paths: a folder comes before its
+    /// contents. Links to folders are followed, but a folder already on the way down (a link loop)
+    /// is listed and not entered again.
+    [[nodiscard]] static QStringList deepDirectoryContentsAtPath(const QString &path);
+    /// The files of deepDirectoryContentsAtPath(), every folder searched.
+    [[nodiscard]] static QStringList deepDirectoryFilesAtPath(const QString &path);
+    /// The folders of deepDirectoryContentsAtPath().
+    [[nodiscard]] static QStringList deepDirectoryFoldersAtPath(const QString &path);
+    /// The entries whose name matches wildcard ("*", "?", "[...]"), case ignored.
+    [[nodiscard]] static QStringList directoryContentsAtPathMatchingWildcard(
+        const QString &path, const QString &wildcard, bool fullPath = false);
+    /// Whether a file (not a folder) exists anywhere below path. With onlyVisible, entries whose
+    /// name starts with "." and entries with the invisible Finder flag are passed over. A folder
+    /// already on the way down is not searched again.
+    [[nodiscard]] static bool directoryContainsFilesAtPath(const QString &path, bool onlyVisible);
+
+    // Dates
+
+    /// The file's creation (birth) time, links followed; nullopt when the file system does not
+    /// record one or the file cannot be found.
+    [[nodiscard]] static std::optional<FileTime> fileCreationDateAtPath(const QString &path);
+    /// Linux cannot set a file's birth time: answers true only when date is the creation time the
+    /// file already has, and false otherwise, changing nothing.
+    static bool setFileCreationDate(std::optional<FileTime> date, const QString &path);
+    /// Sets both dates in one go, or neither: a missing date leaves that one as it is; with no date
+    /// at all, or a creation date that cannot be given (see setFileCreationDate()), answers false.
+    static bool setFileCreationDate(
+        std::optional<FileTime> creation, std::optional<FileTime> modification, const QString &path);
+
+    // Attributes
+
+    /// Bytes free to an ordinary user on the file system that holds path; 0 when it cannot be told.
+    [[nodiscard]] static quint64 freeDiskSpaceAtPath(const QString &path);
+    /// The type code of the file's Finder info; 0 when it has none.
+    [[nodiscard]] static FileTypeCode fileHFSTypeCodeAtPath(const QString &path);
+    /// Sets the type code of the file's Finder info, keeping the rest of it.
+    static bool setFileHFSTypeCode(FileTypeCode code, const QString &path);
+    /// Owner, group and permission bits of the item (links followed); without executable the three
+    /// execute bits are cleared. nullopt when the item cannot be found.
+    [[nodiscard]] static std::optional<FilePermissions> permissionsAtPath(
+        const QString &path, bool executable);
+    /// permissionsAtPath() of the folder that holds path.
+    [[nodiscard]] static std::optional<FilePermissions> permissionsAtPathByDeletingLastPathComponent(
+        const QString &path, bool executable);
+    /// Whether path itself is a symbolic link (broken or not).
+    [[nodiscard]] static bool isSymbolicLinkAtPath(const QString &path);
+    /// Whether a folder is at path (links followed).
+    [[nodiscard]] static bool isDirectoryAtPath(const QString &path);
+    /// For a path inside a volume folder (/media/USER/NAME, /run/media/USER/NAME or /mnt/NAME),
+    /// whether that volume folder exists; true for every other path and for the volume roots
+    /// themselves.
+    [[nodiscard]] static bool isVolumeMountedAtPath(const QString &path);
+    /// Whether the item shows a custom icon: a folder holding "Icon\r", a folder directly in the
+    /// home folder or in "/" (never a package, a folder with an extension), or the custom-icon flag
+    /// of the Finder info.
+    [[nodiscard]] static bool existsCustomIconForPath(const QString &path);
+    /// existsCustomIconForPath() where the caller already knows whether path is a folder.
+    [[nodiscard]] static bool existsCustomIconForPath(const QString &path, bool isDirectory);
+    /// Fills ref with what identifies the item at path (links followed); false when nothing is there.
+    static bool getFSRef(FileReference *ref, const QString &path);
+    /// The path of the item ref names, as long as that path still leads to the same item; null
+    /// otherwise.
+    [[nodiscard]] static QString getPathFromFSRef(const FileReference &ref);
+    /// "'fldr'" for a folder, else the quoted type code of the file; null when it has none (or
+    /// '????').
+    [[nodiscard]] static QString fileTypeForWorkspace(const QString &path);
+
+    // Locks and flags
+
+    /// Whether the item is immutable or its owner lacks read or write permission.
+    [[nodiscard]] static bool isFileLockedAtPath(const QString &path);
+    /// Locking takes the owner's write permission away and makes the item immutable where the
+    /// process may (setting the immutable attribute needs a privilege, so without one the lock is
+    /// the permission alone); unlocking clears the immutable attribute and gives the owner read and
+    /// write permission.
+    static bool setFileLocked(bool flag, const QString &path);
+    /// Whether the item has the Linux immutable attribute.
+    [[nodiscard]] static bool isFileImmutableAtPath(const QString &path);
+    /// Answers true at once, changing nothing, when the item is not immutable now: the call clears
+    /// the attribute but never sets it on a mutable item (kept as callers rely on it). Otherwise
+    /// sets the attribute to flag; false with a reason when the process lacks the privilege.
+    static bool setFileImmutable(bool flag, const QString &path, QString *error = nullptr);
+    /// Whether the file's type code is 'brok', the mark of a file being written.
+    [[nodiscard]] static bool isFileBusyAtPath(const QString &path);
+    /// Sets the type code to 'brok', or clears it.
+    static bool setFileBusy(bool flag, const QString &path);
+    /// Writes the lock file path + ".lock" (a property list of the user's login name and this
+    /// process's number) and answers its path; without overrideLock an existing lock file that
+    /// reads as a dictionary makes it answer null.
+    [[nodiscard]] static QString lockFileAtPath(const QString &path, bool overrideLock);
+    /// Removes the lock file at lockPath when this user and this process wrote it; false otherwise.
+    static bool unlockFileAtPath(const QString &lockPath);
+
+    // Comments and labels, kept where other file managers look for them: the comment in the
+    // extended attribute "user.xdg.comment", the label in the colour bits of the Finder info.
+    // The asynchronous forms gather requests on the event loop of the main thread and write them
+    // in batches 0.2 s after the last request.
+
+    /// The item's comment; null when it has none. useScript has no effect here, the attribute is
+    /// always read.
+    [[nodiscard]] static QString finderComment(const QString &path, bool useScript = true);
+    /// Sets the comment (an empty or null comment removes it); the item must exist.
+    static bool setFinderComment(const QString &comment, const QString &path);
+    /// With asynchronous, queues the comment and answers true at once (the item must exist).
+    static bool setFinderComment(const QString &comment, const QString &path, bool asynchronous);
+    /// Writes up to 25 queued comments of files (in path order) and, when some remain, runs again
+    /// 0.2 s later.
+    static void setFileComments();
+    /// setFileComments() for the queued comments of folders.
+    static void setContainerComments();
+    /// The label number (0 none, 1 to 7 a colour) of the item; 0 when it has none.
+    [[nodiscard]] static int finderLabel(const QString &path);
+    /// Sets the label number (0 to 7).
+    static bool setFinderLabel(int label, const QString &path);
+    /// With asynchronous, queues the label and answers true at once (the item must exist).
+    static bool setFinderLabel(int label, const QString &path, bool asynchronous);
+    /// Writes up to 10 queued labels and, when some remain, runs again 0.2 s later.
+    static void setFinderLabels();
+    /// How many comments and labels wait to be written.
+    [[nodiscard]] static qsizetype pendingFinderRequests();
+
+    // Aliases: Linux has none, so nothing is an alias; links are resolved elsewhere.
+
+    /// Answers path itself, setting isDirectory (when given) to whether it leads to a folder.
+    [[nodiscard]] static QString resolveAlias(const QString &path, bool noUI, bool *isDirectory = nullptr);
+    /// Answers false, setting isDirectory (when given) to whether path leads to a folder.
+    static bool isAliasFileAtPath(const QString &path, bool *isDirectory = nullptr);
+
+    // Removing and renaming
+
+    /// Removes the item at path, a folder with everything in it (links are removed, never
+    /// followed). True when nothing is there afterwards; logs "Couldn't remove path %@" otherwise.
+    static bool removePath(const QString &path);
+    /// unlink() of path.
+    static bool unlinkFileAtPath(const QString &path);
+    /// Renames the item at path to newName within its folder.
+    static bool renamePath(const QString &path, const QString &newName);
+    /// path when nothing exists there; otherwise the first of "NAME-1.EXT", "NAME-2.EXT", … that
+    /// does not exist, the name cut so that the last component stays within 250 characters.
+    [[nodiscard]] static QString nonExistingFilenameAtPath(const QString &path);
+    /// Removes the oldest entries of the folder whose names start with prefix until at most
+    /// maxNumberOfArchives remain, and answers the name for the next archive: prefix plus
+    /// " yyyy-MM-dd HH-mm-ss" of the local time. Null for a zero maximum or an empty prefix.
+    [[nodiscard]] static QString archiveDirectoryContentsAtPath(
+        const QString &path, const QString &prefix, int maxNumberOfArchives);
+    /// Removes each of names inside folder that exists, logging "Removed: %@" for each removed.
+    static void directory(const QString &folder, const QStringList &names);
+    /// Logs "Removed: %@" with path.
+    static void didRemoveFile(const QString &path);
+
+    // Writing
+
+    /// Writes data to path (creating the file when missing), at its end with append, else in place
+    /// of its contents. Null data or an empty path answer false, as does a file that cannot be
+    /// opened; an error while writing is ignored and still answers true, as callers expect.
+    static bool writeData(const QByteArray &data, const QString &path, bool append);
+    /// writeData() of text in the locale's encoding; an empty text answers false.
+    static bool writeString(const QString &text, const QString &path, bool append);
 
     // ---- Archives, mirroring and location files ----------------------------------------------
 
@@ -138,6 +344,9 @@ public:
     /// (a ".desktop" file of Type=Link); null when path is no location file or holds no URL.
     [[nodiscard]] static QString resolveInternetLocation(const QString &path);
 };
+
+/// Orders two paths newest first by modification date: negative when a is newer than b.
+[[nodiscard]] int sortByModificationDate(const QString &a, const QString &b);
 
 /// The POSIX mode bits (0777 at most) for Qt permission flags; owner and user flags both count as
 /// the owner's.

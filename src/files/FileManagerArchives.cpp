@@ -316,7 +316,8 @@ public:
         archive_entry_set_perm(e.get(), 0644);
         archive_entry_set_size(e.get(), data.size());
         return header(e.get())
-            && (data.isEmpty() || archive_write_data(m_archive.get(), data.constData(), size_t(data.size())) == data.size());
+            && (data.isEmpty()
+                || archive_write_data(m_archive.get(), data.constData(), size_t(data.size())) == data.size());
     }
 
     /// Copies the current entry of reader, data and all.
@@ -343,7 +344,8 @@ public:
             if (const std::unique_ptr<ResourceFork> fork = ResourceFork::resourceForkForReadingAtPath(path))
                 ad.setResourceFork(fork->data());
         }
-        if (const std::optional<QByteArray> info = finderInfoOfFile(path); info && info->count('\0') != info->size())
+        if (const std::optional<QByteArray> info = finderInfoOfFile(path);
+            info && info->count('\0') != info->size())
             ad.setFinderInfo(*info);
         if (ad.isEmpty())
             return true;
@@ -662,17 +664,20 @@ bool FileManager::compressFileAtPath(const QString &source, const QString &targe
     return writeZip(target, [&](ZipWriter &zip) {
         ZipWalk walk { zip, true, {} };
         if (S_ISDIR(st.st_mode) && !keepParent)
-            return walk.addContents(native, QByteArray(), FileIdentity { quint64(st.st_dev), quint64(st.st_ino) }, 0);
+            return walk.addContents(
+                native, QByteArray(), FileIdentity { quint64(st.st_dev), quint64(st.st_ino) }, 0);
         return walk.add(native, name, 0);
     });
 }
 
-bool FileManager::compressFiles(const QStringList &names, const QString &folder, const QString &target, bool append)
+bool FileManager::compressFiles(
+    const QStringList &names, const QString &folder, const QString &target, bool append)
 {
     QByteArray nativeFolder, nativeTarget;
     struct stat st;
-    if (names.isEmpty() || !detail::nativePath(folder, &nativeFolder) || !detail::nativePath(target, &nativeTarget)
-        || ::stat(nativeFolder.constData(), &st) != 0 || !S_ISDIR(st.st_mode))
+    if (names.isEmpty() || !detail::nativePath(folder, &nativeFolder)
+        || !detail::nativePath(target, &nativeTarget) || ::stat(nativeFolder.constData(), &st) != 0
+        || !S_ISDIR(st.st_mode))
         return false;
     QSet<QByteArray> entries;
     std::vector<QByteArray> relative;

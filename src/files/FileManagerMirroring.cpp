@@ -56,7 +56,8 @@ bool replaceWithCopy(const QByteArray &source, const QByteArray &target)
     return true;
 }
 
-bool update(const QByteArray &source, const QByteArray &target, bool overwrite, bool hideExtensions, int depth)
+bool update(
+    const QByteArray &source, const QByteArray &target, bool overwrite, bool hideExtensions, int depth)
 {
     // Deeper than any real tree: a folder that contains itself through a link.
     if (depth > 256)
@@ -91,7 +92,8 @@ bool update(const QByteArray &source, const QByteArray &target, bool overwrite, 
 
 } // namespace
 
-bool FileManager::updatePath(const QString &source, const QString &target, bool overwrite, bool hideFileExtensions)
+bool FileManager::updatePath(
+    const QString &source, const QString &target, bool overwrite, bool hideFileExtensions)
 {
     QByteArray from, to;
     bool sourceIsFolder = false, targetIsFolder = false;

@@ -42,9 +42,11 @@ QStringList treeOf(const QString &folder)
 /// Runs a Python script that writes a zip archive at path with the zipfile module.
 bool makeZipWithPython(const QString &path, const QString &body)
 {
-    const QString script = u"import sys, zipfile, zlib\nz = zipfile.ZipFile(sys.argv[1], 'w', zipfile.ZIP_DEFLATED)\n"_s
+    const QString script
+        = u"import sys, zipfile, zlib\nz = zipfile.ZipFile(sys.argv[1], 'w', zipfile.ZIP_DEFLATED)\n"_s
         + u"def link(name, target):\n    i = zipfile.ZipInfo(name)\n    i.create_system = 3\n"_s
-        + u"    i.external_attr = (0o120777 << 16)\n    z.writestr(i, target)\n"_s + body + u"\nz.close()\n"_s;
+        + u"    i.external_attr = (0o120777 << 16)\n    z.writestr(i, target)\n"_s + body
+        + u"\nz.close()\n"_s;
     QByteArray err;
     const int code = runProgram(u"python3"_s, { u"-c"_s, script, path }, nullptr, &err);
     if (code != 0)
@@ -99,7 +101,8 @@ TEST_F(Archives, AZipCarriesForksAsAMacWritesThemAndUnzipRestoresThem)
     ASSERT_NE(fork, nullptr);
     EXPECT_EQ(fork->dataForType(TEXT, 256), "https://example.org/");
     EXPECT_EQ(HFSTypeCodeOfFile(into + u"/Tree/a.txt"_s), ILHT);
-    EXPECT_EQ(QDir(into).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot), QStringList { u"Tree"_s })
+    EXPECT_EQ(QDir(into).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot),
+        QStringList { u"Tree"_s })
         << "no staging folder is left behind";
 }
 
@@ -141,7 +144,8 @@ TEST_F(Archives, CompressFilesZipsNamesAndAppendsReplacingTheSameNames)
     QList<QByteArray> names = listing.trimmed().split('\n');
     std::sort(names.begin(), names.end());
     EXPECT_EQ(names,
-        (QList<QByteArray> { "a.txt", "new.txt", "sub/", "sub/b.bin", "sub/deeper/", "sub/deeper/Grüße.txt" }));
+        (QList<QByteArray> {
+            "a.txt", "new.txt", "sub/", "sub/b.bin", "sub/deeper/", "sub/deeper/Grüße.txt" }));
     QByteArray a;
     ASSERT_EQ(runProgram(u"unzip"_s, { u"-p"_s, zip, u"a.txt"_s }, &a), 0);
     EXPECT_EQ(a, "changed");
@@ -152,14 +156,17 @@ TEST_F(Archives, CompressFilesZipsNamesAndAppendsReplacingTheSameNames)
     EXPECT_EQ(listing.trimmed(), "new.txt");
     ASSERT_TRUE(writeBytes(dir.file(u"text.zip"_s), "not a zip"));
     EXPECT_FALSE(FileManager::compressFiles({ u"a.txt"_s }, tree, dir.file(u"text.zip"_s), true));
-    EXPECT_EQ(readBytes(dir.file(u"text.zip"_s)), "not a zip") << "a failed write leaves the target as it was";
+    EXPECT_EQ(readBytes(dir.file(u"text.zip"_s)), "not a zip")
+        << "a failed write leaves the target as it was";
 }
 
 TEST_F(Archives, AnArchiveOfInfoZipUnzips)
 {
     makeTree();
     QByteArray err;
-    ASSERT_EQ(runProgram(u"sh"_s, { u"-c"_s, u"cd \"$0\" && zip -r -q -y \"$1\" Tree"_s, dir.path(), zip }, nullptr, &err), 0)
+    ASSERT_EQ(runProgram(u"sh"_s, { u"-c"_s, u"cd \"$0\" && zip -r -q -y \"$1\" Tree"_s, dir.path(), zip },
+                  nullptr, &err),
+        0)
         << err.toStdString();
     ASSERT_TRUE(FileManager::decompressFileAtPath(zip, into));
     EXPECT_EQ(treeOf(into + u"/Tree"_s), treeOf(tree));
@@ -189,14 +196,15 @@ TEST_P(HostileArchives, AreRefusedBeforeAnythingIsWritten)
     ASSERT_TRUE(makeZipWithPython(zip, body));
 
     EXPECT_FALSE(FileManager::decompressFileAtPath(zip, into));
-    EXPECT_EQ(treeOf(dir.path()), (QStringList { u"a"_s, u"a/b"_s, u"a/b/into"_s, u"a/b/into/keep.txt"_s,
-                                      u"hostile.zip"_s }))
+    EXPECT_EQ(treeOf(dir.path()),
+        (QStringList { u"a"_s, u"a/b"_s, u"a/b/into"_s, u"a/b/into/keep.txt"_s, u"hostile.zip"_s }))
         << "nothing is written, inside the folder or out";
     EXPECT_EQ(readBytes(into + u"/keep.txt"_s), "mine");
 }
 
 INSTANTIATE_TEST_SUITE_P(Archives, HostileArchives,
-    testing::Values(HostileArchive { "DotDot", "z.writestr('ok.txt', 'x')\nz.writestr('../../outside', 'x')" },
+    testing::Values(
+        HostileArchive { "DotDot", "z.writestr('ok.txt', 'x')\nz.writestr('../../outside', 'x')" },
         HostileArchive { "DotDotInside", "z.writestr('ok/../../../outside', 'x')" },
         HostileArchive { "Absolute", "z.writestr(zipfile.ZipInfo('OUTSIDE'), 'x')" },
         HostileArchive { "LinkOut", "link('l', '../../..')\nz.writestr('ok.txt', 'x')" },
@@ -228,7 +236,8 @@ TEST_F(Archives, BrokenArchivesAnswerNoAndLeaveTheFolderAsItWas)
     (void)FileManager::decompressFileAtPath(dir.file(u"bad.zip"_s), into); // may or may not notice
     EXPECT_FALSE(FileManager::decompressFileAtPath(dir.file(u"missing.zip"_s), into));
     EXPECT_FALSE(FileManager::compressFileAtPath(dir.file(u"missing"_s), zip));
-    EXPECT_FALSE(FileManager::compressFileAtPath(tree, dir.path())) << "a folder is not replaced by an archive";
+    EXPECT_FALSE(FileManager::compressFileAtPath(tree, dir.path()))
+        << "a folder is not replaced by an archive";
 }
 
 // ---- Mirroring ---------------------------------------------------------------------------------
@@ -276,7 +285,8 @@ TEST_F(Mirroring, NewerAndMissingItemsAreCopiedAndNothingElseIsTouched)
     for (int i = 0; i < 100; i += 10)
         EXPECT_EQ(readBytes(target + u"/even/"_s + QString::number(i)), "new") << i;
     EXPECT_EQ(readBytes(target + u"/even/2"_s), "target's own, newer") << "a newer target stays";
-    EXPECT_EQ(FileManager::fileIdentityAtPath(target + u"/even/4"_s), untouched) << "an unchanged file is not rewritten";
+    EXPECT_EQ(FileManager::fileIdentityAtPath(target + u"/even/4"_s), untouched)
+        << "an unchanged file is not rewritten";
     EXPECT_EQ(readBytes(target + u"/even/only-in-target"_s), "keep");
     EXPECT_EQ(readBytes(target + u"/fresh/inner/f"_s), "f");
     EXPECT_EQ(treeOf(target).size(), treeOf(source).size() + 1) << "no temporary name is left";
