@@ -22,8 +22,8 @@ namespace {
 
 constexpr FileTypeCode code(const char (&c)[5])
 {
-    return (FileTypeCode(uchar(c[0])) << 24) | (FileTypeCode(uchar(c[1])) << 16) | (FileTypeCode(uchar(c[2])) << 8)
-        | FileTypeCode(uchar(c[3]));
+    return (FileTypeCode(uchar(c[0])) << 24) | (FileTypeCode(uchar(c[1])) << 16)
+        | (FileTypeCode(uchar(c[2])) << 8) | FileTypeCode(uchar(c[3]));
 }
 
 constexpr FileTypeCode TextType = code("TEXT");
@@ -268,7 +268,8 @@ bool FileManager::isInternetLocationExtension(QStringView extension, FileTypeCod
         if (type == t)
             return true;
     }
-    for (QStringView e : { u"webloc", u"mailloc", u"ftploc", u"inetloc", u"newsloc", u"fileloc", u"vncloc", u"url" }) {
+    for (QStringView e :
+        { u"webloc", u"mailloc", u"ftploc", u"inetloc", u"newsloc", u"fileloc", u"vncloc", u"url" }) {
         if (extension.compare(e, Qt::CaseInsensitive) == 0)
             return true;
     }

@@ -119,11 +119,13 @@ TEST(LocationFiles, ShortcutsAndDesktopLinksResolve)
         QByteArray text;
         const char *url; ///< null: no URL
     } cases[] = {
-        { "windows.URL", "[InternetShortcut]\r\nIDList=\r\nurl= http://w.example/ \r\n", "http://w.example/" },
+        { "windows.URL", "[InternetShortcut]\r\nIDList=\r\nurl= http://w.example/ \r\n",
+            "http://w.example/" },
         { "one-line.url", "  http://one.example/\n", "http://one.example/" },
         { "two-lines.url", "http://one.example/\nhttp://two.example/\n", nullptr },
         { "empty.url", "", nullptr },
-        { "link.desktop", "# c\n[Desktop Entry]\nName=L\nType=Link\nURL=https://d.example/a\\sb\n", "https://d.example/a b" },
+        { "link.desktop", "# c\n[Desktop Entry]\nName=L\nType=Link\nURL=https://d.example/a\\sb\n",
+            "https://d.example/a b" },
         { "app.desktop", "[Desktop Entry]\nType=Application\nExec=x\nURL=https://d.example/\n", nullptr },
         { "other-group.desktop", "[Desktop Action x]\nType=Link\nURL=https://d.example/\n", nullptr },
         { "binary.url", QByteArray("\xff\xfe\0\0URL", 7), nullptr },
@@ -131,7 +133,8 @@ TEST(LocationFiles, ShortcutsAndDesktopLinksResolve)
     for (const auto &c : cases) {
         const QString path = dir.file(QString::fromUtf8(c.name));
         ASSERT_TRUE(writeBytes(path, c.text));
-        EXPECT_EQ(FileManager::resolveInternetLocation(path), c.url ? QString::fromUtf8(c.url) : QString()) << c.name;
+        EXPECT_EQ(FileManager::resolveInternetLocation(path), c.url ? QString::fromUtf8(c.url) : QString())
+            << c.name;
     }
 
     // A shortcut by type code alone: 'LINK' on a file of any name.
@@ -147,11 +150,12 @@ TEST(LocationFiles, BinaryPropertyListsOfAMacAreRead)
     TempDir dir;
     const QString path = dir.file(u"mac.webloc"_s);
     QByteArray err;
-    ASSERT_EQ(runProgram(u"python3"_s,
-                  { u"-c"_s,
-                      u"import plistlib, sys\nopen(sys.argv[1], 'wb').write(plistlib.dumps({'URL': 'https://mac.example/'}, fmt=plistlib.FMT_BINARY))"_s,
-                      path },
-                  nullptr, &err),
+    ASSERT_EQ(
+        runProgram(u"python3"_s,
+            { u"-c"_s,
+                u"import plistlib, sys\nopen(sys.argv[1], 'wb').write(plistlib.dumps({'URL': 'https://mac.example/'}, fmt=plistlib.FMT_BINARY))"_s,
+                path },
+            nullptr, &err),
         0)
         << err.toStdString();
     ASSERT_TRUE(readBytes(path).startsWith("bplist00"));
@@ -171,7 +175,8 @@ TEST(LocationFiles, BrokenLocationFilesGiveNil)
             "<?xml version=\"1.0\"?><plist version=\"1.0\"><dict><key>URL</key><string>http://x" },
         { "number.webloc", "<plist version=\"1.0\"><dict><key>URL</key><integer>7</integer></dict></plist>" },
         { "array.inetloc", "<plist version=\"1.0\"><array><string>http://x/</string></array></plist>" },
-        { "no-url.webloc", "<plist version=\"1.0\"><dict><key>url</key><string>http://x/</string></dict></plist>" },
+        { "no-url.webloc",
+            "<plist version=\"1.0\"><dict><key>url</key><string>http://x/</string></dict></plist>" },
         { "deep.webloc", QByteArray("<plist><dict><key>URL</key>") + QByteArray("<array>").repeated(10000) },
         { "huge.url", "URL=" + QByteArray(2 * 1024 * 1024, 'a') },
         { "bplist.webloc", "bplist00\xd1\x01\x02\x53URL\xff\xff\xff\xff" },
@@ -190,7 +195,8 @@ TEST(LocationFiles, BrokenLocationFilesGiveNil)
     EXPECT_TRUE(FileManager::resolveInternetLocation(dir.file(u"missing.webloc"_s)).isNull());
     EXPECT_TRUE(FileManager::resolveInternetLocation(dir.path()).isNull());
     ASSERT_TRUE(writeBytes(dir.file(u"plain.txt"_s), "URL=http://x/\n"));
-    EXPECT_TRUE(FileManager::resolveInternetLocation(dir.file(u"plain.txt"_s)).isNull()) << "no location file";
+    EXPECT_TRUE(FileManager::resolveInternetLocation(dir.file(u"plain.txt"_s)).isNull())
+        << "no location file";
     EXPECT_TRUE(FileManager::isInternetLocationExtension(u"WebLoc", 0));
     EXPECT_FALSE(FileManager::isInternetLocationExtension(u"desktop", 0));
     EXPECT_EQ(FileManager::InternetLocationTypes().size(), 20);
