@@ -16,7 +16,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     QDir into(folder + QStringLiteral("/into"));
     into.removeRecursively();
     const bool unpacked = orvel::FileManager::decompressFileAtPath(archive, into.path());
-    const QStringList beside = QDir(folder).entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
+    const QStringList beside
+        = QDir(folder).entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
     for (const QString &name : beside) {
         if (name != QStringLiteral("input.zip") && name != QStringLiteral("into"))
             std::abort(); // something was written beside the target folder

@@ -535,6 +535,10 @@ qint64 checkArchive(const QByteArray &native)
         const QByteArray relative = safeRelativePath(entryPath(e));
         if (relative.isNull())
             return -1;
+        if (relative.isEmpty()) { // "./": the folder itself
+            archive_read_data_skip(reader.get());
+            continue;
+        }
         if (archive_entry_size_is_set(e)) {
             const la_int64_t size = archive_entry_size(e);
             if (size < 0 || size > MaximumExpandedSize - total)
@@ -591,6 +595,8 @@ bool extractArchive(const QByteArray &native, const QByteArray &root, qint64 lim
         const QByteArray relative = safeRelativePath(entryPath(e));
         if (relative.isNull())
             return false;
+        if (relative.isEmpty())
+            continue;
         const auto type = archive_entry_filetype(e);
         if (isMetadataPath(relative)) {
             const QByteArray item = itemOfMetadataEntry(relative);
