@@ -231,7 +231,7 @@ TEST_F(Archives, BrokenArchivesAnswerNoAndLeaveTheFolderAsItWas)
         EXPECT_EQ(treeOf(into), QStringList { u"keep.txt"_s }) << "cut at " << cut;
     }
     QByteArray corrupt = whole;
-    corrupt[corrupt.indexOf("alpha") - 40] ^= 0x55;
+    corrupt[corrupt.size() / 3] = char(corrupt.at(corrupt.size() / 3) ^ 0x55);
     ASSERT_TRUE(writeBytes(dir.file(u"bad.zip"_s), corrupt));
     (void)FileManager::decompressFileAtPath(dir.file(u"bad.zip"_s), into); // may or may not notice
     EXPECT_FALSE(FileManager::decompressFileAtPath(dir.file(u"missing.zip"_s), into));
