@@ -28,11 +28,14 @@ import os, random, sys
 work, files, zipmib = sys.argv[1], int(sys.argv[2]), int(sys.argv[3])
 rnd = random.Random(7)
 words = [bytes(rnd.choice(b"abcdefghijklmnopqrstuvwxyz") for _ in range(rnd.randint(2, 9))) for _ in range(2000)]
+# Text is cut from one block of random words, so that making the corpus takes seconds.
+block = b" ".join(rnd.choice(words) for _ in range(1 << 20))
 def text(n):
     out = bytearray()
     while len(out) < n:
-        out += rnd.choice(words) + b" "
-    return bytes(out[:n])
+        start = rnd.randrange(len(block) // 2)
+        out += block[start:start + n - len(out)]
+    return bytes(out)
 # The mirrored tree: 100 folders of small files, 1 to 16 KiB of text.
 for i in range(files):
     d = os.path.join(work, "tree", "d%03d" % (i % 100))
