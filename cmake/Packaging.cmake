@@ -23,7 +23,7 @@ set(CPACK_DEBIAN_PROGRAM_PACKAGE_SECTION graphics)
 # FFmpeg's libraries are opened at run time (the first movie loads them) and Ghostscript runs as a
 # child: neither shows up in the programs' own links, so they are named here.
 set(CPACK_DEBIAN_PROGRAM_PACKAGE_DEPENDS
-  "ghostscript, libavformat59, libavcodec59, libswscale6, libavutil57, shared-mime-info")
+  "ghostscript, libavformat59, libavcodec59, libswscale6, libavutil57, libarchive13, shared-mime-info")
 set(CPACK_DEBIAN_PROGRAM_PACKAGE_RECOMMENDS "bash-completion, xdg-utils")
 set(CPACK_COMPONENT_PROGRAM_DESCRIPTION
   "thumbnails of pictures, documents and movies, in batches
@@ -36,7 +36,7 @@ batches on several cores.")
 set(CPACK_DEBIAN_DEVEL_PACKAGE_NAME liborvelkit-dev)
 set(CPACK_DEBIAN_DEVEL_PACKAGE_SECTION libdevel)
 set(CPACK_DEBIAN_DEVEL_PACKAGE_DEPENDS
-  "qt6-base-dev, libvips-dev, libpoppler-qt6-dev, libavformat-dev, libavcodec-dev, libswscale-dev, pkg-config")
+  "qt6-base-dev, libvips-dev, libpoppler-qt6-dev, libavformat-dev, libavcodec-dev, libswscale-dev, libarchive-dev, pkg-config")
 set(CPACK_COMPONENT_DEVEL_DESCRIPTION
   "toolkit beneath Orvel Thumbnails (development files)
 OrvelKit is a C++20 toolkit on Qt 6: images and filters, movie frames, files

@@ -10,7 +10,7 @@ build=$top/build-fuzz
 seconds=${1:-60}
 shift || true
 targets=("$@")
-[ ${#targets[@]} -gt 0 ] || targets=(fuzz_image_data fuzz_movie_file fuzz_date_text fuzz_url_text fuzz_settings_text fuzz_postscript fuzz_vcard fuzz_resource_fork fuzz_apple_double)
+[ ${#targets[@]} -gt 0 ] || targets=(fuzz_image_data fuzz_movie_file fuzz_date_text fuzz_url_text fuzz_settings_text fuzz_postscript fuzz_vcard fuzz_resource_fork fuzz_apple_double fuzz_location_file fuzz_zip_extraction)
 
 # The libraries come with a normal build's packages (scripts/setup.sh); libFuzzer with clang.
 pkg-config --exists vips-cpp poppler-qt6 libavformat || { echo "run scripts/setup.sh once first" >&2; exit 2; }
@@ -107,6 +107,36 @@ info = b"ilhtMACS" + struct.pack(">H", 0x0400) + bytes(22) + bytes(2) + b"ATTR" 
 ad = struct.pack(">II16sH", 0x00051607, 0x00020000, b"Mac OS X        ", 2)
 ad += struct.pack(">III", 9, 50, len(info)) + struct.pack(">III", 2, 50 + len(info), len(fork)) + info + fork
 open(seeds + "/fuzz_apple_double/weblocation.ad", "wb").write(ad)
+PY
+fi
+
+# Location files of each kind, and small zip archives: one plain, one with a fork in "__MACOSX"
+# and a link, one that tries to leave its folder.
+if [ ! -d "$seeds/fuzz_zip_extraction" ]; then
+  mkdir -p "$seeds/fuzz_location_file" "$seeds/fuzz_zip_extraction"
+  python3 - "$seeds" <<'PY'
+import plistlib, sys, zipfile
+seeds = sys.argv[1]
+loc = seeds + "/fuzz_location_file/"
+open(loc + "xml.webloc", "wb").write(plistlib.dumps({"URL": "https://example.org/"}))
+open(loc + "binary.webloc", "wb").write(plistlib.dumps({"URL": "mailto:a@example.org"}, fmt=plistlib.FMT_BINARY))
+open(loc + "shortcut.url", "wb").write(b"[InternetShortcut]\r\nURL=https://example.org/\r\n")
+open(loc + "link.desktop", "wb").write(b"[Desktop Entry]\nType=Link\nName=x\nURL=https://example.org/a\\sb\n")
+z = seeds + "/fuzz_zip_extraction/"
+with zipfile.ZipFile(z + "plain.zip", "w", zipfile.ZIP_DEFLATED) as f:
+    f.writestr("a/b.txt", "hello " * 40)
+    f.writestr("a/", "")
+with zipfile.ZipFile(z + "fork.zip", "w", zipfile.ZIP_DEFLATED) as f:
+    f.writestr("Link.webloc", plistlib.dumps({"URL": "https://example.org/"}))
+    info = b"ilhtMACS" + bytes(24)
+    ad = bytes.fromhex("0005160700020000") + bytes(16) + (1).to_bytes(2, "big")
+    ad += (9).to_bytes(4, "big") + (38).to_bytes(4, "big") + (32).to_bytes(4, "big") + info
+    f.writestr("__MACOSX/._Link.webloc", ad)
+    i = zipfile.ZipInfo("here")
+    i.create_system, i.external_attr = 3, 0o120777 << 16
+    f.writestr(i, "Link.webloc")
+with zipfile.ZipFile(z + "escape.zip", "w") as f:
+    f.writestr("../out.txt", "x")
 PY
 fi
 

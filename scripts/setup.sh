@@ -19,6 +19,7 @@ packages=(
   python3-vobject
   shared-mime-info bubblewrap zsh
   cron systemd libglib2.0-bin
+  libarchive-dev zip unzip rsync
   libplist-dev attr
 )
 missing=()

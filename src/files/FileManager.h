@@ -7,6 +7,8 @@
 #include <QFileDevice>
 #include <QString>
 #include <QStringList>
+#include <QStringView>
+#include <QUrl>
 #include <QVariant>
 #include <chrono>
 #include <optional>
@@ -278,6 +280,69 @@ public:
     static bool writeData(const QByteArray &data, const QString &path, bool append);
     /// writeData() of text in the locale's encoding; an empty text answers false.
     static bool writeString(const QString &text, const QString &path, bool append);
+
+    // ---- Archives, mirroring and location files ----------------------------------------------
+
+    /// Zips the file or folder at source into a zip archive at target, as a Mac's archive utility
+    /// does: a folder's contents (with keepParent, the folder itself) stored by their relative paths,
+    /// links as links, and each item's resource fork and Finder info in an AppleDouble entry
+    /// "__MACOSX/DIR/._NAME". The archive replaces target whole or not at all.
+    static bool compressFileAtPath(const QString &source, const QString &target, bool keepParent = false);
+
+    /// Zips the named files and folders (relative to folder, folders with everything in them, links
+    /// followed) into target; with append, the entries of an existing archive at target are kept,
+    /// those of the same names replaced. False for an empty list, a missing folder, a name that
+    /// leaves the folder, or an existing target that is no readable zip archive when appending.
+    static bool compressFiles(
+        const QStringList &names, const QString &folder, const QString &target, bool append = false);
+
+    /// Unzips the archive at source into targetFolder (created when missing), restoring forks and
+    /// Finder info from the "__MACOSX" entries. An archive with an entry that would land outside
+    /// the folder (an absolute path, "..", a link leading out or a path through a link), or that
+    /// would expand beyond a sane size or ratio, is refused before anything is written. Items are
+    /// unpacked into a hidden folder inside targetFolder and moved into place only when all of
+    /// them are complete, so a failure leaves no half-written file.
+    static bool decompressFileAtPath(const QString &source, const QString &targetFolder);
+
+    /// Mirrors the folder source into the folder target: an entry that is a folder in both is
+    /// updated recursively; a file in target is replaced when overwrite is set or the source is
+    /// newer; a missing entry is copied (folders whole). Nothing in target is removed that is not
+    /// replaced, and each replacement takes its place by a rename, so every file is either old or
+    /// new. With hideFileExtensions, each file entry's extension is marked hidden. True when every
+    /// copy and recursion succeeded.
+    static bool updatePath(const QString &source, const QString &target, bool overwrite = false,
+        bool hideFileExtensions = false);
+
+    /// The location file's extension for url ("webloc", "ftploc", "mailloc", "newsloc", "vncloc",
+    /// "fileloc" or "inetloc"); null for an empty string.
+    [[nodiscard]] static QString pathExtensionForInternetLocation(const QString &url);
+    /// The same for a parsed URL: a file URL gives "fileloc", else the scheme decides.
+    [[nodiscard]] static QString pathExtensionForInternetLocation(const QUrl &url);
+
+    /// Writes a location file at path: the property list {"URL": url} and, in the fork, the
+    /// resources 'TEXT' 256 and 'url ' 256 (the URL in UTF-8) with a 'drag' 128 listing them; then
+    /// sets the type code of the URL's kind. Answers whether the type code was set; false for an
+    /// empty URL.
+    static bool createInternetLocation(const QString &url, const QString &path);
+    static bool createInternetLocation(const QUrl &url, const QString &path);
+
+    /// Writes the internet shortcut "[InternetShortCut]\nURL=<url>\n" at path, atomically.
+    static bool createURL(const QString &url, const QString &path);
+
+    /// Every extension and quoted type code accepted as a location file.
+    [[nodiscard]] static QStringList InternetLocationTypes();
+
+    /// Whether type is a location file's type code or extension (case ignored) a location file's
+    /// extension.
+    [[nodiscard]] static bool isInternetLocationExtension(QStringView extension, FileTypeCode type);
+
+    /// isInternetLocationExtension() for the file's extension and type code.
+    [[nodiscard]] static bool isInternetLocationFile(const QString &path);
+
+    /// The URL that the location file at path leads to: a ".url" shortcut's "URL=" line, the fork's
+    /// 'url ' or 'TEXT' resource, the property list's "URL", or a freedesktop.org link's "URL" key
+    /// (a ".desktop" file of Type=Link); null when path is no location file or holds no URL.
+    [[nodiscard]] static QString resolveInternetLocation(const QString &path);
 };
 
 /// Orders two paths newest first by modification date: negative when a is newer than b.

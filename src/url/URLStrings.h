@@ -123,6 +123,20 @@ bool stringURLIsAdvertisement(QStringView s);
 /// With includingCommonHosts, any address on the large advertising networks' hosts counts too.
 bool stringURLIsAdvertisementIncludingCommonHosts(QStringView s, bool includingCommonHosts);
 
+// ---- Scheme tests -------------------------------------------------------------------------------
+// Each looks at the start of the string alone, case ignored, and parses nothing.
+
+/// "file:".
+bool isFileStringURL(QStringView s);
+/// "http://" or "https://".
+bool isHTTPStringURL(QStringView s);
+/// "ftp://", "ftps://" or "sftp://".
+bool isFTPStringURL(QStringView s);
+/// "news:" or "nntp:".
+bool isNewsStringURL(QStringView s);
+/// "mailto:".
+bool isMailStringURL(QStringView s);
+
 // ---- Resolution and redirect unwrapping ----------------------------------------------------------
 
 /// The address a link found on the page at base leads to: the redirectors of search engines and
