@@ -18,6 +18,7 @@ packages=(
   clang-format groff-base
   python3-vobject
   shared-mime-info
+  libplist-dev
 )
 missing=()
 for p in "${packages[@]}"; do

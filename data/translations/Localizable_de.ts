@@ -177,5 +177,37 @@
         <source>%1 of %2 files</source>
         <translation>%1 von %2 Dateien</translation>
     </message>
+    <message>
+        <source>Check for &amp;Updates…</source>
+        <translation>Nach &amp;Updates suchen …</translation>
+    </message>
+    <message>
+        <source>Orvel Thumbnails &amp;Help</source>
+        <translation>Orvel Thumbnails-&amp;Hilfe</translation>
+    </message>
+    <message>
+        <source>&amp;Release Notes</source>
+        <translation>&amp;Versionshinweise</translation>
+    </message>
+    <message>
+        <source>&amp;Website</source>
+        <translation>&amp;Website</translation>
+    </message>
+    <message>
+        <source>&amp;Support</source>
+        <translation>&amp;Support</translation>
+    </message>
+    <message>
+        <source>&amp;Forum</source>
+        <translation>&amp;Forum</translation>
+    </message>
+    <message>
+        <source>&amp;Downloads</source>
+        <translation>&amp;Downloads</translation>
+    </message>
+    <message>
+        <source>Send &amp;Feedback…</source>
+        <translation>&amp;Feedback senden …</translation>
+    </message>
 </context>
 </TS>

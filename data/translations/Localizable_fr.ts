@@ -177,5 +177,37 @@
         <source>%1 of %2 files</source>
         <translation>%1 sur %2 fichiers</translation>
     </message>
+    <message>
+        <source>Check for &amp;Updates…</source>
+        <translation>Rechercher des &amp;mises à jour…</translation>
+    </message>
+    <message>
+        <source>Orvel Thumbnails &amp;Help</source>
+        <translation>&amp;Aide d’Orvel Thumbnails</translation>
+    </message>
+    <message>
+        <source>&amp;Release Notes</source>
+        <translation>&amp;Notes de version</translation>
+    </message>
+    <message>
+        <source>&amp;Website</source>
+        <translation>Site &amp;web</translation>
+    </message>
+    <message>
+        <source>&amp;Support</source>
+        <translation>&amp;Assistance</translation>
+    </message>
+    <message>
+        <source>&amp;Forum</source>
+        <translation>&amp;Forum</translation>
+    </message>
+    <message>
+        <source>&amp;Downloads</source>
+        <translation>&amp;Téléchargements</translation>
+    </message>
+    <message>
+        <source>Send &amp;Feedback…</source>
+        <translation>Envoyer vos &amp;commentaires…</translation>
+    </message>
 </context>
 </TS>

@@ -31,8 +31,7 @@ bool HelpActions::parseSystemVersion(QStringView release, unsigned *major, unsig
         if (at == start)
             break;
         numbers[found] = unsigned(value);
-        if (at >= release.size() || release[at] != u'.')
-        {
+        if (at >= release.size() || release[at] != u'.') {
             ++found;
             break;
         }
@@ -51,7 +50,9 @@ bool HelpActions::parseSystemVersion(QStringView release, unsigned *major, unsig
 
 bool HelpActions::getSystemVersion(unsigned *major, unsigned *minor, unsigned *bugFix)
 {
-    struct utsname names {};
+    struct utsname names
+    {
+    };
     if (uname(&names) != 0)
         return false;
     return parseSystemVersion(QString::fromLocal8Bit(names.release), major, minor, bugFix);
@@ -72,7 +73,8 @@ QString HelpActions::prettyNameOfOsRelease(const QByteArray &text)
         if (!line.startsWith("PRETTY_NAME="))
             continue;
         QByteArrayView value = line.sliced(12);
-        if (value.size() >= 2 && (value.front() == '"' || value.front() == '\'') && value.back() == value.front())
+        if (value.size() >= 2 && (value.front() == '"' || value.front() == '\'')
+            && value.back() == value.front())
             value = value.sliced(1, value.size() - 2);
         QString name = QString::fromUtf8(value);
         // Shell quoting inside double quotes: \" \\ \$ \`.
@@ -112,7 +114,8 @@ bool HelpActions::launchStringURL(const QString &url)
 QString HelpActions::feedbackSubject(const QString &subject)
 {
     QString result = subject;
-    const QString version = Bundle::mainBundle().infoDictionary().value(QStringLiteral("CFBundleVersion")).toString();
+    const QString version
+        = Bundle::mainBundle().infoDictionary().value(QStringLiteral("CFBundleVersion")).toString();
     if (!version.isEmpty())
         result += u' ' + version;
     const QString system = systemVersion();
@@ -168,13 +171,15 @@ bool HelpActions::feedback()
 {
     const Bundle &bundle = Bundle::mainBundle();
     const QString name = bundle.localizedBundleName();
-    return launchFeedbackURL(webServer() + QStringLiteral("/redirect.php?id=contact&subject=%@&name=%@&email=%@"),
+    return launchFeedbackURL(
+        webServer() + QStringLiteral("/redirect.php?id=contact&subject=%@&name=%@&email=%@"),
         name.isEmpty() ? bundle.bundleName() : name);
 }
 
 QString HelpActions::helpBookIndex()
 {
-    const QString book = Bundle::mainBundle().infoDictionary().value(QStringLiteral("CFBundleHelpBookName")).toString();
+    const QString book
+        = Bundle::mainBundle().infoDictionary().value(QStringLiteral("CFBundleHelpBookName")).toString();
     if (book.isEmpty())
         return QString();
     return Bundle::mainBundle().pathForFileResource(book + QStringLiteral("/index.html"));

@@ -14,8 +14,9 @@ public:
     /// The kernel's release numbers (uname), as major, minor and bug-fix version; each
     /// out-parameter may be null. False when they cannot be read.
     static bool getSystemVersion(unsigned *major, unsigned *minor, unsigned *bugFix);
-    /// The leading "major.minor.bugFix" of a kernel release such as "6.1.0-13-amd64" or "5.15.90.1-microsoft";
-    /// a missing third number is 0. False when the release does not start with two numbers.
+    /// The leading "major.minor.bugFix" of a kernel release such as "6.1.0-13-amd64" or
+    /// "5.15.90.1-microsoft"; a missing third number is 0. False when the release does not start with two
+    /// numbers.
     static bool parseSystemVersion(QStringView release, unsigned *major, unsigned *minor, unsigned *bugFix);
     /// "%u.%u.%u" of getSystemVersion(); null when unknown.
     [[nodiscard]] static QString systemVersion();

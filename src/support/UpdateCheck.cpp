@@ -156,7 +156,8 @@ void UpdateCheck::downloadFinished()
     const std::optional<QVariantMap> list = ok ? readUpdateList(m_body) : std::nullopt;
     m_body.clear();
     const QString product = m_bundle.bundleName();
-    const QString localVersion = m_bundle.infoDictionary().value(QStringLiteral("CFBundleVersion")).toString();
+    const QString localVersion
+        = m_bundle.infoDictionary().value(QStringLiteral("CFBundleVersion")).toString();
     if (!list || !isNewVersion(*list, product, localVersion)) {
         showUpToDate();
         return;
@@ -172,24 +173,28 @@ void UpdateCheck::downloadFinished()
 void UpdateCheck::showNewVersion(const QString &serverVersion, const QUrl &download)
 {
     if (!canShowDialogs()) {
-        logMessage(QStringLiteral("%1 %2: %3").arg(m_bundle.bundleName(), serverVersion, download.toString()));
+        logMessage(
+            QStringLiteral("%1 %2: %3").arg(m_bundle.bundleName(), serverVersion, download.toString()));
         finish(true);
         return;
     }
-    auto *box = new QMessageBox(QMessageBox::Information, dialogText(QStringLiteral("A New Version is Available")),
+    auto *box = new QMessageBox(QMessageBox::Information,
+        dialogText(QStringLiteral("A New Version is Available")),
         fillPlaceholders(dialogText(QStringLiteral("A new version of %@ is available (%@). Would you like to "
                                                    "download the new version now?")),
             { m_bundle.bundleName(), serverVersion }),
         QMessageBox::NoButton, m_dialogParent);
     box->setObjectName(QStringLiteral("newVersionDialog"));
-    QPushButton *downloadButton = box->addButton(dialogText(QStringLiteral("Download")), QMessageBox::AcceptRole);
+    QPushButton *downloadButton
+        = box->addButton(dialogText(QStringLiteral("Download")), QMessageBox::AcceptRole);
     box->addButton(dialogText(QStringLiteral("Cancel")), QMessageBox::RejectRole);
     box->setDefaultButton(downloadButton);
     box->setAttribute(Qt::WA_DeleteOnClose);
     box->setWindowModality(Qt::ApplicationModal);
     connect(box, &QMessageBox::finished, this, [this, box, downloadButton, download] {
         // The address comes from the network: only a web page is opened, never a file or a program.
-        if (box->clickedButton() == downloadButton && (download.scheme() == u"https" || download.scheme() == u"http"))
+        if (box->clickedButton() == downloadButton
+            && (download.scheme() == u"https" || download.scheme() == u"http"))
             HelpActions::launchStringURL(download.toString(QUrl::FullyEncoded));
         finish(true);
     });
@@ -198,15 +203,17 @@ void UpdateCheck::showNewVersion(const QString &serverVersion, const QUrl &downl
 
 void UpdateCheck::showUpToDate()
 {
-    const QString localVersion = m_bundle.infoDictionary().value(QStringLiteral("CFBundleVersion")).toString();
+    const QString localVersion
+        = m_bundle.infoDictionary().value(QStringLiteral("CFBundleVersion")).toString();
     if (!canShowDialogs()) {
         finish(false);
         return;
     }
-    auto *box = new QMessageBox(QMessageBox::Information, dialogText(QStringLiteral("Your software is up-to-date")),
-        fillPlaceholders(dialogText(QStringLiteral("You are running %@ %@. No newer version was found.")),
-            { m_bundle.bundleName(), localVersion }),
-        QMessageBox::NoButton, m_dialogParent);
+    auto *box
+        = new QMessageBox(QMessageBox::Information, dialogText(QStringLiteral("Your software is up-to-date")),
+            fillPlaceholders(dialogText(QStringLiteral("You are running %@ %@. No newer version was found.")),
+                { m_bundle.bundleName(), localVersion }),
+            QMessageBox::NoButton, m_dialogParent);
     box->setObjectName(QStringLiteral("upToDateDialog"));
     box->setDefaultButton(box->addButton(dialogText(QStringLiteral("OK")), QMessageBox::AcceptRole));
     box->setAttribute(Qt::WA_DeleteOnClose);

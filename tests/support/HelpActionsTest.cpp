@@ -1,7 +1,7 @@
 // The Help menu's actions: system version and distribution, the pages they open, the help book;
 // the bundle's information strings, folders and plug-ins.
-#include "support/BundleFolders.h"
 #include "support/HelpActions.h"
+#include "support/BundleFolders.h"
 #include "support/UrlCatcher.h"
 
 #include "testlib/TestSupport.h"
@@ -58,12 +58,14 @@ TEST(SystemVersion, IsTheRunningKernelsAndOutParametersAreOptional)
 
 TEST(Distribution, IsThePrettyNameOfOsRelease)
 {
-    EXPECT_EQ(HelpActions::prettyNameOfOsRelease("NAME=\"Debian GNU/Linux\"\nPRETTY_NAME=\"Debian GNU/Linux 12 "
-                                                 "(bookworm)\"\nID=debian\n"),
+    EXPECT_EQ(
+        HelpActions::prettyNameOfOsRelease("NAME=\"Debian GNU/Linux\"\nPRETTY_NAME=\"Debian GNU/Linux 12 "
+                                           "(bookworm)\"\nID=debian\n"),
         u"Debian GNU/Linux 12 (bookworm)"_s);
     EXPECT_EQ(HelpActions::prettyNameOfOsRelease("ID=arch\nPRETTY_NAME=Arch Linux\n"), u"Arch Linux"_s);
     EXPECT_EQ(HelpActions::prettyNameOfOsRelease("PRETTY_NAME='Fedora Linux 39'\n"), u"Fedora Linux 39"_s);
-    EXPECT_EQ(HelpActions::prettyNameOfOsRelease("PRETTY_NAME=\"Say \\\"hi\\\" \\$HOME\"\n"), u"Say \"hi\" $HOME"_s);
+    EXPECT_EQ(HelpActions::prettyNameOfOsRelease("PRETTY_NAME=\"Say \\\"hi\\\" \\$HOME\"\n"),
+        u"Say \"hi\" $HOME"_s);
     EXPECT_EQ(HelpActions::prettyNameOfOsRelease("NAME=Nothing\n"), QString());
     EXPECT_EQ(HelpActions::prettyNameOfOsRelease("PRETTY_NAME=\"\"\n"), QString());
 }
@@ -93,17 +95,20 @@ TEST(HelpActions, FeedbackNamesProductVersionDistributionAndProcessor)
     const QString prefix = u"" ORVEL_WEB_SERVER "/redirect.php?id=contact&subject="_s;
     ASSERT_TRUE(sent.startsWith(prefix)) << sent;
     EXPECT_TRUE(sent.endsWith(u"&name=&email="_s)) << sent;
-    const QString subject = QUrl::fromPercentEncoding(
-        sent.mid(prefix.size(), sent.size() - prefix.size() - 13).toUtf8());
+    const QString subject
+        = QUrl::fromPercentEncoding(sent.mid(prefix.size(), sent.size() - prefix.size() - 13).toUtf8());
     EXPECT_EQ(subject, HelpActions::feedbackSubject(u"Orvel Thumbnails"_s));
     EXPECT_TRUE(subject.startsWith(u"Orvel Thumbnails " ORVEL_VERSION ", "_s)) << subject;
-    EXPECT_TRUE(subject.endsWith(HelpActions::systemVersion() + u" ("_s + QSysInfo::currentCpuArchitecture() + u')'))
+    EXPECT_TRUE(
+        subject.endsWith(HelpActions::systemVersion() + u" ("_s + QSysInfo::currentCpuArchitecture() + u')'))
         << subject;
 
     // A subject with query characters stays one parameter.
     catcher.urls.clear();
     ASSERT_TRUE(HelpActions::launchFeedbackURL(u"https://orvel.org/f?s=%@&n=%@&e=%@"_s, u"a&b=c d"_s));
-    EXPECT_TRUE(catcher.urls.value(0).toString(QUrl::FullyEncoded).startsWith(u"https://orvel.org/f?s=a%26b%3Dc%20d%20"_s))
+    EXPECT_TRUE(catcher.urls.value(0)
+                    .toString(QUrl::FullyEncoded)
+                    .startsWith(u"https://orvel.org/f?s=a%26b%3Dc%20d%20"_s))
         << catcher.urls.value(0).toString();
 }
 
@@ -150,7 +155,8 @@ TEST(BundleFolders, TemporaryFolderIsMadeOnceAndLogFileLiesInTheLibrary)
     EXPECT_EQ(temporaryDirectory(Bundle::mainBundle()), folder);
     EXPECT_TRUE(QFileInfo::exists(folder + u"/kept"_s));
 
-    EXPECT_EQ(logFile(Bundle::mainBundle()), qEnvironmentVariable("XDG_DATA_HOME") + u"/Logs/org.orvel.Thumbnails.log"_s);
+    EXPECT_EQ(logFile(Bundle::mainBundle()),
+        qEnvironmentVariable("XDG_DATA_HOME") + u"/Logs/org.orvel.Thumbnails.log"_s);
     EXPECT_EQ(logFile(Bundle(QString(), u"/x"_s)), QString());
 }
 
@@ -159,7 +165,11 @@ TEST(BundlePlugins, FindsQtPluginsAndFiltersByClass)
     orvel::test::TempDir dir;
     ASSERT_TRUE(QFile::copy(u"" ORVEL_TEST_PLUGIN ""_s, dir.file("libsample.so")));
     ASSERT_TRUE(orvel::test::writeBytes(dir.file("notes.txt"), "not a plug-in"));
-    ASSERT_TRUE(orvel::test::writeBytes(dir.file("libfake.so"), QByteArray("\x7f" "ELF", 4) + QByteArray(100, '\0')));
+    ASSERT_TRUE(orvel::test::writeBytes(dir.file("libfake.so"),
+        QByteArray("\x7f"
+                   "ELF",
+            4)
+            + QByteArray(100, '\0')));
     ASSERT_TRUE(QDir(dir.path()).mkdir(u"sub.so"_s));
 
     const Bundle::PluginList all = Bundle::loadPluginsAtPath(dir.path());
@@ -169,7 +179,8 @@ TEST(BundlePlugins, FindsQtPluginsAndFiltersByClass)
 
     EXPECT_EQ(Bundle::loadPluginsOfClass(u"OrvelSamplePlugin"_s, dir.path()).size(), 1);
     EXPECT_EQ(Bundle::loadPluginsOfClass(u"OrvelSampleBase"_s, dir.path()).size(), 0) << "exactly the class";
-    EXPECT_EQ(Bundle::loadPluginsOfClassName(u"OrvelSampleBase"_s, dir.path()).size(), 1) << "contains the class";
+    EXPECT_EQ(Bundle::loadPluginsOfClassName(u"OrvelSampleBase"_s, dir.path()).size(), 1)
+        << "contains the class";
     EXPECT_EQ(Bundle::loadPluginsOfClassName(u"QWidget"_s, dir.path()).size(), 0);
     EXPECT_TRUE(Bundle::loadPluginsAtPath(dir.file("missing")).isEmpty());
     EXPECT_TRUE(Bundle::loadPlugins().isEmpty());

@@ -21,7 +21,8 @@ int main(int argc, char **argv)
     }
     const QString help = home.filePath(QStringLiteral("xdg_data_home/orvel-thumbs/help"));
     if (!QDir().mkpath(help)
-        || !QFile::copy(QStringLiteral(ORVEL_SOURCE_DIR "/docs/help/index.html"), help + QStringLiteral("/index.html")))
+        || !QFile::copy(
+            QStringLiteral(ORVEL_SOURCE_DIR "/docs/help/index.html"), help + QStringLiteral("/index.html")))
         return 2;
     QApplication app(argc, argv);
     ::testing::InitGoogleTest(&argc, argv);

@@ -87,7 +87,8 @@ private:
             break;
         case Mode::Drip: {
             // A valid list, one byte at a time, slower than any time limit allows.
-            socket->write("HTTP/1.1 200 OK\r\nContent-Length: " + QByteArray::number(m_body.size()) + "\r\n\r\n");
+            socket->write(
+                "HTTP/1.1 200 OK\r\nContent-Length: " + QByteArray::number(m_body.size()) + "\r\n\r\n");
             auto *timer = new QTimer(socket);
             connect(timer, &QTimer::timeout, socket, [this, socket, position = qsizetype(0)]() mutable {
                 if (position < m_body.size())
@@ -168,13 +169,16 @@ struct CheckRun
 {
     explicit CheckRun(const QUrl &server, const QString &localVersion = u"1.2"_s, int timeLimit = 3000)
         : check(Bundle(u"org.orvel.Thumbnails"_s, u"/orvel-no-resources"_s,
-              { { u"CFBundleName"_s, u"Orvel Thumbnails"_s }, { u"CFBundleVersion"_s, localVersion } }))
+            { { u"CFBundleName"_s, u"Orvel Thumbnails"_s }, { u"CFBundleVersion"_s, localVersion } }))
     {
         check.setServerAddress(server);
         check.setTimeLimit(timeLimit);
         QObject::connect(&check, &UpdateCheck::finished, [this](bool newVersion) { answer = newVersion; });
     }
-    bool wait() { return waitFor([this] { return answer.has_value(); }, 20000); }
+    bool wait()
+    {
+        return waitFor([this] { return answer.has_value(); }, 20000);
+    }
 
     UpdateCheck check;
     std::optional<bool> answer;
@@ -228,14 +232,15 @@ INSTANTIATE_TEST_SUITE_P(Server, UpdateCheckAgainstList,
             "<plist version=\"1.0\"><dict><key>Other App</key><string>2.0</string></dict></plist>", false,
             "upToDateDialog" },
         ServerCase { "notAList", u"1.2"_s, "<html><body>Welcome</body></html>", false, "upToDateDialog" },
-        ServerCase { "listIsAnArray", u"1.2"_s, "<plist version=\"1.0\"><array><string>2.0</string></array></plist>",
-            false, "upToDateDialog" }),
+        ServerCase { "listIsAnArray", u"1.2"_s,
+            "<plist version=\"1.0\"><array><string>2.0</string></array></plist>", false, "upToDateDialog" }),
     [](const ::testing::TestParamInfo<ServerCase> &info) { return std::string(info.param.name); });
 
 TEST(UpdateCheck, DownloadOpensTheListedPageWithTheProductAndServerVersionInTheMessage)
 {
     UrlCatcher catcher;
-    LoopbackServer server(LoopbackServer::Mode::Body, xmlList(u"1.3"_s, u"https://orvel.org/download/?v=1.3"_s));
+    LoopbackServer server(
+        LoopbackServer::Mode::Body, xmlList(u"1.3"_s, u"https://orvel.org/download/?v=1.3"_s));
     CheckRun run(server.address());
     ASSERT_TRUE(run.check.start());
     const DialogSeen seen = pressInDialog(u"Download"_s);
@@ -326,11 +331,13 @@ TEST(UpdateCheck, SharedCheckUsesTheServerSettingAndIgnoresASecondRequest)
     LoopbackServer server(LoopbackServer::Mode::Drip, xmlList(u"2.0"_s));
     UserDefaults::standard().setString(server.address().toString() + u"/updates/"_s, u"UpdateServer"_s);
     EXPECT_EQ(UpdateCheck::defaultServerAddress(), QUrl(server.address().toString() + u"/updates/"_s));
-    EXPECT_EQ(UpdateCheck::updateListAddress(UpdateCheck::defaultServerAddress()).path(), u"/updates/Updates.plist"_s);
+    EXPECT_EQ(UpdateCheck::updateListAddress(UpdateCheck::defaultServerAddress()).path(),
+        u"/updates/Updates.plist"_s);
 
     UpdateCheck::shared().setTimeLimit(1000);
     std::optional<bool> answer;
-    QObject::connect(&UpdateCheck::shared(), &UpdateCheck::finished, [&answer](bool value) { answer = value; });
+    QObject::connect(
+        &UpdateCheck::shared(), &UpdateCheck::finished, [&answer](bool value) { answer = value; });
     ASSERT_TRUE(UpdateCheck::checkForNewVersion());
     EXPECT_FALSE(UpdateCheck::checkForNewVersion());
     // The event loop runs on while the server drips: a timer still fires.
@@ -443,8 +450,9 @@ TEST(UpdateList, RefusesListsThatWouldGrowBeyondTheLimits)
         EXPECT_FALSE(readUpdateList(good.left(good.size() - cut))) << cut;
 
     // XML nested a hundred thousand levels deep.
-    const QByteArray deep = "<plist version=\"1.0\"><dict><key>a</key>" + QByteArray("<array>").repeated(100000)
-        + QByteArray("</array>").repeated(100000) + "</dict></plist>";
+    const QByteArray deep = "<plist version=\"1.0\"><dict><key>a</key>"
+        + QByteArray("<array>").repeated(100000) + QByteArray("</array>").repeated(100000)
+        + "</dict></plist>";
     EXPECT_FALSE(readUpdateList(deep));
     // Larger than a list of versions can be.
     EXPECT_FALSE(readUpdateList(xmlList(QString(2 << 20, u'1'))));

@@ -2,6 +2,7 @@
 #include "app/desktop/DesktopApplication.h"
 
 #include "app/desktop/ApplicationDelegate.h"
+#include "app/desktop/HelpMenu.h"
 #include "app/desktop/IsolatedJob.h"
 #include "app/desktop/LocalizedText.h"
 #include "app/desktop/PreferencesPanel.h"
@@ -14,6 +15,7 @@
 #include <QDir>
 #include <QFileDialog>
 #include <QFileInfo>
+#include <QMenu>
 #include <QMessageBox>
 
 namespace orvel {
@@ -53,6 +55,7 @@ DesktopApplication::DesktopApplication(const Options &options, QObject *parent)
     connect(m_panel->closeAction(), &QAction::triggered, m_panel.get(), &QWidget::close);
     connect(m_panel->quitAction(), &QAction::triggered, m_delegate, &ApplicationDelegate::terminate);
     connect(m_panel->aboutAction(), &QAction::triggered, this, &DesktopApplication::showAbout);
+    addHelpActions(m_panel->findChild<QMenu *>(QStringLiteral("menuHelp")), m_delegate);
     m_panel->quitAction()->setShortcuts(QKeySequence::Quit);
     m_panel->openAction()->setShortcuts(QKeySequence::Open);
     m_panel->closeAction()->setShortcuts(QKeySequence::Close);
