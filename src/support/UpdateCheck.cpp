@@ -144,11 +144,14 @@ void UpdateCheck::abandon()
 void UpdateCheck::downloadFinished()
 {
     m_deadline.stop();
-    QNetworkReply *reply = m_reply;
-    m_reply = nullptr;
-    if (!reply)
+    if (!m_reply)
         return;
     readBody();
+    // A body found too big here aborts the reply, which may have reported its end already.
+    if (!m_reply)
+        return;
+    QNetworkReply *reply = m_reply;
+    m_reply = nullptr;
     const bool ok = !m_failed && reply->error() == QNetworkReply::NoError;
     reply->disconnect(this);
     reply->deleteLater();

@@ -28,16 +28,19 @@ void addHelpActions(QMenu *menu, ApplicationDelegate *delegate)
     QAction *help = add("actionHelp", localizedText(QStringLiteral("Orvel Thumbnails &Help")));
     help->setShortcut(QKeySequence::HelpContents);
     QObject::connect(help, &QAction::triggered, [] { HelpActions::showHelp(); });
-    QObject::connect(add("actionReleaseNotes", localizedText(QStringLiteral("&Release Notes"))), &QAction::triggered,
-        [] { HelpActions::releaseNotes(); });
+    QObject::connect(add("actionReleaseNotes", localizedText(QStringLiteral("&Release Notes"))),
+        &QAction::triggered, [] { HelpActions::releaseNotes(); });
     menu->insertSeparator(before);
-    QObject::connect(add("actionWebsite", localizedText(QStringLiteral("&Website"))), &QAction::triggered, [] { HelpActions::website(); });
-    QObject::connect(add("actionSupport", localizedText(QStringLiteral("&Support"))), &QAction::triggered, [] { HelpActions::support(); });
-    QObject::connect(add("actionForum", localizedText(QStringLiteral("&Forum"))), &QAction::triggered, [] { HelpActions::forum(); });
+    QObject::connect(add("actionWebsite", localizedText(QStringLiteral("&Website"))), &QAction::triggered,
+        [] { HelpActions::website(); });
+    QObject::connect(add("actionSupport", localizedText(QStringLiteral("&Support"))), &QAction::triggered,
+        [] { HelpActions::support(); });
+    QObject::connect(add("actionForum", localizedText(QStringLiteral("&Forum"))), &QAction::triggered,
+        [] { HelpActions::forum(); });
     QObject::connect(add("actionDownloads", localizedText(QStringLiteral("&Downloads"))), &QAction::triggered,
         [] { HelpActions::downloads(); });
-    QObject::connect(add("actionFeedback", localizedText(QStringLiteral("Send &Feedback…"))), &QAction::triggered,
-        [] { HelpActions::feedback(); });
+    QObject::connect(add("actionFeedback", localizedText(QStringLiteral("Send &Feedback…"))),
+        &QAction::triggered, [] { HelpActions::feedback(); });
     if (before)
         menu->insertSeparator(before);
 }
