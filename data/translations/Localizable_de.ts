@@ -321,5 +321,37 @@
         <source>Written by the Orvel Thumbnails developers, on Qt, libvips, Poppler, Ghostscript, FFmpeg, libplist and libarchive.</source>
         <translation>Geschrieben von den Entwicklern von Orvel Thumbnails, auf Qt, libvips, Poppler, Ghostscript, FFmpeg, libplist und libarchive.</translation>
     </message>
+    <message>
+        <source>Check for &amp;Updates…</source>
+        <translation>Nach &amp;Updates suchen …</translation>
+    </message>
+    <message>
+        <source>Orvel Thumbnails &amp;Help</source>
+        <translation>Orvel Thumbnails-&amp;Hilfe</translation>
+    </message>
+    <message>
+        <source>&amp;Release Notes</source>
+        <translation>&amp;Versionshinweise</translation>
+    </message>
+    <message>
+        <source>&amp;Website</source>
+        <translation>&amp;Website</translation>
+    </message>
+    <message>
+        <source>&amp;Support</source>
+        <translation>&amp;Support</translation>
+    </message>
+    <message>
+        <source>&amp;Forum</source>
+        <translation>&amp;Forum</translation>
+    </message>
+    <message>
+        <source>&amp;Downloads</source>
+        <translation>&amp;Downloads</translation>
+    </message>
+    <message>
+        <source>Send &amp;Feedback…</source>
+        <translation>&amp;Feedback senden …</translation>
+    </message>
 </context>
 </TS>

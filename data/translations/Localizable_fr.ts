@@ -321,5 +321,37 @@
         <source>Written by the Orvel Thumbnails developers, on Qt, libvips, Poppler, Ghostscript, FFmpeg, libplist and libarchive.</source>
         <translation>Écrit par les développeurs d’Orvel Thumbnails, sur Qt, libvips, Poppler, Ghostscript, FFmpeg, libplist et libarchive.</translation>
     </message>
+    <message>
+        <source>Check for &amp;Updates…</source>
+        <translation>Rechercher des &amp;mises à jour…</translation>
+    </message>
+    <message>
+        <source>Orvel Thumbnails &amp;Help</source>
+        <translation>&amp;Aide d’Orvel Thumbnails</translation>
+    </message>
+    <message>
+        <source>&amp;Release Notes</source>
+        <translation>&amp;Notes de version</translation>
+    </message>
+    <message>
+        <source>&amp;Website</source>
+        <translation>Site &amp;web</translation>
+    </message>
+    <message>
+        <source>&amp;Support</source>
+        <translation>&amp;Assistance</translation>
+    </message>
+    <message>
+        <source>&amp;Forum</source>
+        <translation>&amp;Forum</translation>
+    </message>
+    <message>
+        <source>&amp;Downloads</source>
+        <translation>&amp;Téléchargements</translation>
+    </message>
+    <message>
+        <source>Send &amp;Feedback…</source>
+        <translation>Envoyer vos &amp;commentaires…</translation>
+    </message>
 </context>
 </TS>

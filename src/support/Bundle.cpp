@@ -5,20 +5,25 @@
 #include <QDir>
 #include <QFileInfo>
 #include <QLocale>
+#include <QPluginLoader>
 #include <QStandardPaths>
 #include <QTranslator>
 
+#include "support/Log.h"
+
 namespace orvel {
 
-Bundle::Bundle(const QString &identifier, const QString &resourcePath)
+Bundle::Bundle(const QString &identifier, const QString &resourcePath, const QVariantMap &infoDictionary)
     : m_identifier(identifier)
     , m_resourcePaths { resourcePath }
+    , m_info(infoDictionary)
 {
 }
 
-Bundle::Bundle(const QString &identifier, const QStringList &resourcePaths)
+Bundle::Bundle(const QString &identifier, const QStringList &resourcePaths, const QVariantMap &infoDictionary)
     : m_identifier(identifier)
     , m_resourcePaths(resourcePaths)
+    , m_info(infoDictionary)
 {
 }
 
@@ -39,15 +44,32 @@ static QStringList resourceFolders(const QString &compiledIn, const QString &dat
 
 const Bundle &Bundle::mainBundle()
 {
-    static const Bundle bundle(QStringLiteral("org.orvel.thumbnails"),
-        resourceFolders(QStringLiteral(":/orvel"), QStringLiteral("orvel-thumbs")));
+    static const Bundle bundle(QStringLiteral(ORVEL_BUNDLE_IDENTIFIER),
+        resourceFolders(QStringLiteral(":/orvel"), QStringLiteral("orvel-thumbs")),
+        QVariantMap {
+            { QStringLiteral("CFBundleIdentifier"), QStringLiteral(ORVEL_BUNDLE_IDENTIFIER) },
+            { QStringLiteral("CFBundleName"), QStringLiteral(ORVEL_BUNDLE_NAME) },
+            { QStringLiteral("CFBundleVersion"), QStringLiteral(ORVEL_BUNDLE_VERSION) },
+            { QStringLiteral("CFBundleShortVersionString"), QStringLiteral(ORVEL_BUNDLE_VERSION) },
+            { QStringLiteral("CFBundleGetInfoString"),
+                QStringLiteral(ORVEL_BUNDLE_NAME " " ORVEL_BUNDLE_VERSION) },
+            { QStringLiteral("CFBundleHelpBookName"), QStringLiteral("help") },
+            { QStringLiteral("CFBundleSignature"), QStringLiteral("OrTh") },
+            { QStringLiteral("NSMainNibFile"), QStringLiteral("PreferencesPanel") },
+        });
     return bundle;
 }
 
 const Bundle &Bundle::toolkitBundle()
 {
     static const Bundle bundle(QStringLiteral("org.orvel.kit"),
-        resourceFolders(QStringLiteral(":/orvelkit"), QStringLiteral("orvelkit")));
+        resourceFolders(QStringLiteral(":/orvelkit"), QStringLiteral("orvelkit")),
+        QVariantMap {
+            { QStringLiteral("CFBundleIdentifier"), QStringLiteral("org.orvel.kit") },
+            { QStringLiteral("CFBundleName"), QStringLiteral("OrvelKit") },
+            { QStringLiteral("CFBundleVersion"), QStringLiteral(ORVEL_BUNDLE_VERSION) },
+            { QStringLiteral("CFBundleShortVersionString"), QStringLiteral(ORVEL_BUNDLE_VERSION) },
+        });
     return bundle;
 }
 
@@ -60,6 +82,61 @@ QString Bundle::resourcePath() const
             return folder;
     }
     return m_resourcePaths.value(0);
+}
+
+QString Bundle::pathForFileResource(const QString &relativePath) const
+{
+    if (relativePath.isEmpty() || relativePath.startsWith(u'/') || relativePath.split(u'/').contains(u".."))
+        return QString();
+    for (const QString &folder : m_resourcePaths) {
+        if (folder.isEmpty() || folder.startsWith(u':'))
+            continue;
+        const QString candidate = folder + u'/' + relativePath;
+        if (QFileInfo::exists(candidate))
+            return candidate;
+    }
+    return QString();
+}
+
+QVariant Bundle::objectForInfoDictionaryKey(const QString &key) const
+{
+    const QVariant value = m_info.value(key);
+    if (value.typeId() != QMetaType::QString)
+        return value;
+    return stringsTable(QStringLiteral("InfoPlist")).localizedStringForKey(key, value.toString());
+}
+
+QString Bundle::bundleName() const { return m_info.value(QStringLiteral("CFBundleName")).toString(); }
+
+QString Bundle::localizedBundleName() const
+{
+    return objectForInfoDictionaryKey(QStringLiteral("CFBundleName")).toString();
+}
+
+quint32 Bundle::bundleSignature() const
+{
+    const QString code = m_info.value(QStringLiteral("CFBundleSignature")).toString();
+    if (code.size() != 4)
+        return 0;
+    quint32 result = 0;
+    for (QChar c : code) {
+        if (c.unicode() > 0xff)
+            return 0;
+        result = (result << 8) | c.unicode();
+    }
+    return result;
+}
+
+QString Bundle::mainNibFile() const { return m_info.value(QStringLiteral("NSMainNibFile")).toString(); }
+
+QString Bundle::getInfoString() const
+{
+    return m_info.value(QStringLiteral("CFBundleGetInfoString")).toString();
+}
+
+QString Bundle::getShortVersionString() const
+{
+    return m_info.value(QStringLiteral("CFBundleShortVersionString")).toString();
 }
 
 const QStringList &Bundle::imageResourceExtensions()
@@ -141,6 +218,58 @@ StringsTable Bundle::stringsTable(const QString &table, const QLocale &locale) c
 QString Bundle::localizedStringForKey(const QString &key, const QString &value, const QString &table) const
 {
     return stringsTable(table).localizedStringForKey(key, value);
+}
+
+QString Bundle::builtInPlugInsPath()
+{
+    const QString base
+        = QCoreApplication::instance() ? QCoreApplication::applicationDirPath() : QDir::currentPath();
+    return QDir::cleanPath(base + QStringLiteral("/../" ORVEL_LIBDIR "/orvel-thumbs/plugins"));
+}
+
+Bundle::PluginList Bundle::loadPluginsAtPath(const QString &path)
+{
+    PluginList plugins;
+    if (path.isEmpty())
+        return plugins;
+    const QDir folder(path);
+    const QStringList entries = folder.entryList(QDir::Files | QDir::Readable, QDir::Name);
+    for (const QString &entry : entries) {
+        auto loader = std::make_shared<QPluginLoader>(folder.filePath(entry));
+        if (!loader->metaData().isEmpty())
+            plugins.append(std::move(loader));
+    }
+    return plugins;
+}
+
+Bundle::PluginList Bundle::loadPluginsOfClass(const QString &className, const QString &path)
+{
+    PluginList plugins = loadPluginsAtPath(path);
+    plugins.removeIf([&className](const std::shared_ptr<QPluginLoader> &loader) {
+        return loader->metaData().value(QStringLiteral("className")).toString() != className;
+    });
+    return plugins;
+}
+
+Bundle::PluginList Bundle::loadPluginsOfClassName(const QString &className, const QString &path)
+{
+    PluginList plugins = loadPluginsAtPath(path);
+    const QByteArray name = className.toUtf8();
+    plugins.removeIf([&name](const std::shared_ptr<QPluginLoader> &loader) {
+        const QObject *instance = name.isEmpty() ? nullptr : loader->instance();
+        return !instance || !instance->inherits(name.constData());
+    });
+    return plugins;
+}
+
+bool Bundle::loadBundleIfAvailable(const QString &path)
+{
+    if (path.isEmpty() || !QFileInfo::exists(path)) {
+        logMessage(QStringLiteral("Bundle not found: %1").arg(path));
+        return false;
+    }
+    QPluginLoader loader(path);
+    return loader.load();
 }
 
 } // namespace orvel

@@ -4,11 +4,13 @@
 #include <QByteArray>
 #include <QString>
 #include <QStringList>
+#include <QVariantMap>
 
 #include <memory>
 
 QT_BEGIN_NAMESPACE
 class QLocale;
+class QPluginLoader;
 class QTranslator;
 QT_END_NAMESPACE
 
@@ -36,12 +38,13 @@ private:
 class Bundle
 {
 public:
-    Bundle(const QString &identifier, const QString &resourcePath);
+    Bundle(const QString &identifier, const QString &resourcePath, const QVariantMap &infoDictionary = {});
 
-    /// The application's bundle: identifier "org.orvel.thumbnails"; resources in ":/orvel" (compiled
+    /// The application's bundle: identifier "org.orvel.Thumbnails"; resources in ":/orvel" (compiled
     /// in), then in the installed data folder "orvel-thumbs" (under the XDG data folders, or
     /// share/orvel-thumbs beside the executable's folder). Its compiled-in strings tables come with
-    /// the orvel_localization library; the toolkit's with orvel_support.
+    /// the orvel_localization library; the toolkit's with orvel_support. Its information dictionary
+    /// holds the application's name, versions and help book as the build sets them.
     static const Bundle &mainBundle();
 
     /// The toolkit's own bundle: identifier "org.orvel.kit"; resources in ":/orvelkit" (compiled in),
@@ -51,6 +54,25 @@ public:
     [[nodiscard]] QString bundleIdentifier() const;
     /// The first resource folder that exists (the given one when none does).
     [[nodiscard]] QString resourcePath() const;
+    /// The path of relativePath in the first resource folder on disk that has it (compiled-in
+    /// folders are passed by: other programs cannot open them); empty when none has it.
+    [[nodiscard]] QString pathForFileResource(const QString &relativePath) const;
+
+    /// The raw information dictionary: "CFBundleName", "CFBundleVersion", "CFBundleIdentifier",
+    /// "CFBundleShortVersionString", "CFBundleGetInfoString", "CFBundleHelpBookName" and the like.
+    [[nodiscard]] QVariantMap infoDictionary() const { return m_info; }
+    /// The value for key, its text translated through the "InfoPlist" strings table; invalid when
+    /// the dictionary has no such key.
+    [[nodiscard]] QVariant objectForInfoDictionaryKey(const QString &key) const;
+    /// "CFBundleName" of the raw dictionary.
+    [[nodiscard]] QString bundleName() const;
+    /// "CFBundleName" through objectForInfoDictionaryKey().
+    [[nodiscard]] QString localizedBundleName() const;
+    /// "CFBundleSignature" as a four-character code; 0 when missing or not four Latin-1 characters.
+    [[nodiscard]] quint32 bundleSignature() const;
+    [[nodiscard]] QString mainNibFile() const;
+    [[nodiscard]] QString getInfoString() const;
+    [[nodiscard]] QString getShortVersionString() const;
 
     /// The path of the image resource called name (with or without an extension; without one, tries png, svg,
     /// jpg, jpeg, gif, tiff, tif, bmp, webp in that order); empty when there is none. A name with an
@@ -70,14 +92,39 @@ public:
     [[nodiscard]] QString localizedStringForKey(
         const QString &key, const QString &value, const QString &table) const;
 
+    // Plug-ins are Qt plug-ins: loaders of the libraries whose plug-in data Qt can read. Their code
+    // is loaded only when an instance is asked for (loadPluginsOfClassName() does so).
+    using PluginList = QList<std::shared_ptr<QPluginLoader>>;
+    /// The application's plug-in folder: lib/orvel-thumbs/plugins beside the executable's folder.
+    [[nodiscard]] static QString builtInPlugInsPath();
+    /// A loader for each entry of path that is a Qt plug-in, in listing order (by name); entries
+    /// that are none are passed by. Empty for a missing folder.
+    [[nodiscard]] static PluginList loadPluginsAtPath(const QString &path);
+    [[nodiscard]] static PluginList loadPlugins() { return loadPluginsAtPath(builtInPlugInsPath()); }
+    /// Only the plug-ins whose own (principal) class is exactly className, by their plug-in data.
+    [[nodiscard]] static PluginList loadPluginsOfClass(const QString &className, const QString &path);
+    [[nodiscard]] static PluginList loadPluginsOfClass(const QString &className)
+    {
+        return loadPluginsOfClass(className, builtInPlugInsPath());
+    }
+    /// Only the plug-ins whose instance is of a class called className or inherits one (loads them).
+    [[nodiscard]] static PluginList loadPluginsOfClassName(const QString &className, const QString &path);
+    [[nodiscard]] static PluginList loadPluginsOfClassName(const QString &className)
+    {
+        return loadPluginsOfClassName(className, builtInPlugInsPath());
+    }
+    /// Loads the plug-in at path; logs "Bundle not found: %@" and answers false when nothing is there.
+    static bool loadBundleIfAvailable(const QString &path);
+
     /// The image file extensions tried by pathForImageResource(), in order.
     static const QStringList &imageResourceExtensions();
 
 private:
-    Bundle(const QString &identifier, const QStringList &resourcePaths);
+    Bundle(const QString &identifier, const QStringList &resourcePaths, const QVariantMap &infoDictionary);
 
     QString m_identifier;
     QStringList m_resourcePaths;
+    QVariantMap m_info;
 };
 
 } // namespace orvel

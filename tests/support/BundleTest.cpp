@@ -29,5 +29,5 @@ TEST(Bundle, FindsImagesByNameInExtensionOrder)
     ASSERT_TRUE(writeBytes(dir.file("icon.png"), "x"));
     EXPECT_EQ(bundle.pathForImageResource("icon"), dir.file("icon.png"));
     EXPECT_EQ(Bundle("org.example.none", "/orvel-missing-folder").pathForImageResource("icon"), "");
-    EXPECT_EQ(Bundle::mainBundle().bundleIdentifier(), "org.orvel.thumbnails");
+    EXPECT_EQ(Bundle::mainBundle().bundleIdentifier(), "org.orvel.Thumbnails");
 }

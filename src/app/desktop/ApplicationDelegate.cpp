@@ -7,6 +7,7 @@
 #include "app/shared/ThumbnailSettings.h"
 #include "files/FolderWalk.h"
 #include "support/Localization.h"
+#include "support/UpdateCheck.h"
 #include "support/UserDefaults.h"
 
 #include <QCoreApplication>
@@ -73,6 +74,8 @@ void ApplicationDelegate::applicationWillFinishLaunching()
     if (m_preferencesPanel)
         localize(m_preferencesPanel->menuBar());
 }
+
+void ApplicationDelegate::checkForUpdate() { UpdateCheck::checkForNewVersion(); }
 
 void ApplicationDelegate::applicationDidFinishLaunching()
 {

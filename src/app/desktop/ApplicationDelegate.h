@@ -75,6 +75,9 @@ public:
     /// file is being processed (from a nested event loop), it waits until processing is done.
     void terminate();
 
+    /// The Help menu's "Check for Updates…": starts the update check, nothing else.
+    void checkForUpdate();
+
     bool didDrop() const { return m_didDrop; }
     bool shouldQuit() const { return m_shouldQuit; }
     bool didFinish() const { return m_didFinish; }

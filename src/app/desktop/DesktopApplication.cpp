@@ -2,6 +2,7 @@
 #include "app/desktop/DesktopApplication.h"
 
 #include "app/desktop/ApplicationDelegate.h"
+#include "app/desktop/HelpMenu.h"
 #include "app/desktop/IsolatedJob.h"
 #include "app/desktop/LocalizedText.h"
 #include "app/desktop/OpenPanel.h"
@@ -75,6 +76,7 @@ DesktopApplication::DesktopApplication(const Options &options, QObject *parent)
     connect(m_progress.get(), &ProgressWindow::cancelRequested, this, &DesktopApplication::cancel);
     connect(m_panel->aboutAction(), &QAction::triggered, this, &DesktopApplication::showAbout);
     connect(m_panel.get(), &PreferencesPanel::applied, this, &DesktopApplication::updateStatusIcon);
+    addHelpActions(m_panel->findChild<QMenu *>(QStringLiteral("menuHelp")), m_delegate);
     m_panel->quitAction()->setShortcuts(QKeySequence::Quit);
     m_panel->openAction()->setShortcuts(QKeySequence::Open);
     m_panel->closeAction()->setShortcuts(QKeySequence::Close);

@@ -1,0 +1,176 @@
+// The Help menu's actions: system version and distribution, the pages they open, the help book;
+// the bundle's information strings, folders and plug-ins.
+#include "support/HelpActions.h"
+#include "support/BundleFolders.h"
+#include "support/UrlCatcher.h"
+
+#include "testlib/TestSupport.h"
+
+#include <QDir>
+#include <QFileInfo>
+#include <QPluginLoader>
+#include <QSysInfo>
+#include <QUrlQuery>
+#include <gtest/gtest.h>
+
+using namespace orvel;
+using namespace Qt::StringLiterals;
+using orvel::test::UrlCatcher;
+
+struct ReleaseCase
+{
+    const char *release;
+    bool ok;
+    unsigned major, minor, bugFix;
+};
+
+class SystemVersion : public ::testing::TestWithParam<ReleaseCase>
+{
+};
+
+TEST_P(SystemVersion, TakesTheLeadingNumbersOfAKernelRelease)
+{
+    const ReleaseCase &c = GetParam();
+    unsigned major = 77, minor = 77, bugFix = 77;
+    EXPECT_EQ(HelpActions::parseSystemVersion(QString::fromLatin1(c.release), &major, &minor, &bugFix), c.ok);
+    if (c.ok)
+        EXPECT_EQ(std::tuple(major, minor, bugFix), std::tuple(c.major, c.minor, c.bugFix)) << c.release;
+    else
+        EXPECT_EQ(std::tuple(major, minor, bugFix), std::tuple(77u, 77u, 77u)) << "untouched on failure";
+}
+
+INSTANTIATE_TEST_SUITE_P(Releases, SystemVersion,
+    ::testing::Values(ReleaseCase { "6.1.0-13-amd64", true, 6, 1, 0 },
+        ReleaseCase { "5.15.90.1-microsoft-standard-WSL2", true, 5, 15, 90 },
+        ReleaseCase { "4.19", true, 4, 19, 0 }, ReleaseCase { "6.5-rc3", true, 6, 5, 0 },
+        ReleaseCase { "6", false, 0, 0, 0 }, ReleaseCase { "", false, 0, 0, 0 },
+        ReleaseCase { "v6.1.0", false, 0, 0, 0 }, ReleaseCase { "99999999999.1.1", false, 0, 0, 0 }));
+
+TEST(SystemVersion, IsTheRunningKernelsAndOutParametersAreOptional)
+{
+    unsigned major = 0, minor = 0, bugFix = 0;
+    ASSERT_TRUE(HelpActions::getSystemVersion(&major, &minor, &bugFix));
+    EXPECT_TRUE(QSysInfo::kernelVersion().startsWith(u"%1.%2"_s.arg(major).arg(minor)))
+        << QSysInfo::kernelVersion();
+    EXPECT_EQ(HelpActions::systemVersion(), u"%1.%2.%3"_s.arg(major).arg(minor).arg(bugFix));
+}
+
+TEST(Distribution, IsThePrettyNameOfOsRelease)
+{
+    EXPECT_EQ(
+        HelpActions::prettyNameOfOsRelease("NAME=\"Debian GNU/Linux\"\nPRETTY_NAME=\"Debian GNU/Linux 12 "
+                                           "(bookworm)\"\nID=debian\n"),
+        u"Debian GNU/Linux 12 (bookworm)"_s);
+    EXPECT_EQ(HelpActions::prettyNameOfOsRelease("PRETTY_NAME='Fedora Linux 39'\n"), u"Fedora Linux 39"_s);
+    EXPECT_EQ(HelpActions::prettyNameOfOsRelease("NAME=Nothing\n"), QString());
+}
+
+TEST(HelpActions, PagesOpenOnTheMakersServers)
+{
+    UrlCatcher catcher;
+    EXPECT_TRUE(HelpActions::website());
+    EXPECT_TRUE(HelpActions::support());
+    EXPECT_TRUE(HelpActions::downloads());
+    EXPECT_TRUE(HelpActions::forum());
+    const QString web = u"" ORVEL_WEB_SERVER ""_s;
+    EXPECT_EQ(catcher.urls,
+        (QList<QUrl> { QUrl(web + u"/"_s), QUrl(web + u"/support/"_s), QUrl(web + u"/download/"_s),
+            QUrl(u"" ORVEL_FORUM_SERVER "/"_s) }));
+    EXPECT_FALSE(HelpActions::launchStringURL(u"no address"_s));
+}
+
+TEST(HelpActions, FeedbackNamesProductVersionDistributionAndProcessor)
+{
+    UrlCatcher catcher;
+    ASSERT_TRUE(HelpActions::feedback());
+    const QUrlQuery query(catcher.urls.value(0));
+    EXPECT_EQ(catcher.urls.value(0).path(), u"/redirect.php"_s);
+    EXPECT_EQ(query.queryItemValue(u"name"_s), QString());
+    const QString subject = query.queryItemValue(u"subject"_s, QUrl::FullyDecoded);
+    EXPECT_TRUE(subject.startsWith(u"Orvel Thumbnails " ORVEL_VERSION ", "_s)) << subject;
+    EXPECT_TRUE(subject.endsWith(
+        u' ' + HelpActions::systemVersion() + u" ("_s + QSysInfo::currentCpuArchitecture() + u')'))
+        << subject;
+
+    // A subject with query characters stays one parameter.
+    catcher.urls.clear();
+    ASSERT_TRUE(HelpActions::launchFeedbackURL(u"https://orvel.org/f?s=%@&n=%@&e=%@"_s, u"a&b=c d"_s));
+    EXPECT_TRUE(catcher.urls.value(0)
+                    .toString(QUrl::FullyEncoded)
+                    .startsWith(u"https://orvel.org/f?s=a%26b%3Dc%20d%20"_s))
+        << catcher.urls.value(0).toString();
+}
+
+TEST(HelpActions, HelpAndReleaseNotesOpenTheInstalledHelpBook)
+{
+    UrlCatcher catcher;
+    const QString index = HelpActions::helpBookIndex();
+    ASSERT_FALSE(index.isEmpty()) << "the test main installs the help book under XDG_DATA_HOME";
+    EXPECT_TRUE(index.endsWith(u"/orvel-thumbs/help/index.html"_s)) << index;
+    ASSERT_TRUE(HelpActions::showHelp());
+    ASSERT_TRUE(HelpActions::releaseNotes());
+    ASSERT_EQ(catcher.urls.size(), 2);
+    EXPECT_EQ(catcher.urls.at(0), QUrl::fromLocalFile(index));
+    EXPECT_EQ(catcher.urls.at(1).toLocalFile(), index);
+    EXPECT_EQ(catcher.urls.at(1).fragment(), u"_whatsnew"_s);
+    // The anchor exists in the page the release notes open.
+    EXPECT_TRUE(orvel::test::readBytes(index).contains("id=\"_whatsnew\""));
+}
+
+TEST(BundleInfo, MainBundleCarriesTheApplicationsNameVersionAndIdentifier)
+{
+    const Bundle &bundle = Bundle::mainBundle();
+    EXPECT_EQ(bundle.bundleName(), u"Orvel Thumbnails"_s);
+    EXPECT_EQ(bundle.infoDictionary().value(u"CFBundleVersion"_s), u"" ORVEL_VERSION ""_s);
+    EXPECT_EQ(bundle.getShortVersionString(), u"" ORVEL_VERSION ""_s);
+    EXPECT_EQ(bundle.bundleIdentifier(), u"org.orvel.Thumbnails"_s);
+    EXPECT_EQ(bundle.bundleSignature(), quint32('O') << 24 | quint32('r') << 16 | quint32('T') << 8 | 'h');
+
+    const Bundle other(u"org.example.x"_s, u"/orvel-missing"_s,
+        { { u"CFBundleSignature"_s, u"TOOLONG"_s }, { u"CFBundleName"_s, u"../x"_s } });
+    EXPECT_EQ(other.bundleSignature(), 0u);
+    EXPECT_FALSE(other.objectForInfoDictionaryKey(u"CFBundleVersion"_s).isValid());
+    EXPECT_EQ(temporaryDirectory(other), QString()) << "a name with a slash makes no folder";
+}
+
+TEST(BundleFolders, TemporaryFolderIsMadeOnceAndLogFileLiesInTheLibrary)
+{
+    const QString folder = temporaryDirectory(Bundle::mainBundle());
+    EXPECT_EQ(folder, qEnvironmentVariable("XDG_CACHE_HOME") + u"/TemporaryItems/Orvel Thumbnails"_s);
+    EXPECT_TRUE(QFileInfo(folder).isDir());
+    ASSERT_TRUE(orvel::test::writeBytes(folder + u"/kept"_s, "x"));
+    EXPECT_EQ(temporaryDirectory(Bundle::mainBundle()), folder);
+    EXPECT_TRUE(QFileInfo::exists(folder + u"/kept"_s));
+
+    EXPECT_EQ(logFile(Bundle::mainBundle()),
+        qEnvironmentVariable("XDG_DATA_HOME") + u"/Logs/org.orvel.Thumbnails.log"_s);
+    EXPECT_EQ(logFile(Bundle(QString(), u"/x"_s)), QString());
+}
+
+TEST(BundlePlugins, FindsQtPluginsAndFiltersByClass)
+{
+    orvel::test::TempDir dir;
+    ASSERT_TRUE(QFile::copy(u"" ORVEL_TEST_PLUGIN ""_s, dir.file("libsample.so")));
+    ASSERT_TRUE(orvel::test::writeBytes(dir.file("notes.txt"), "not a plug-in"));
+    ASSERT_TRUE(orvel::test::writeBytes(dir.file("libfake.so"),
+        QByteArray("\x7f"
+                   "ELF",
+            4)
+            + QByteArray(100, '\0')));
+    ASSERT_TRUE(QDir(dir.path()).mkdir(u"sub.so"_s));
+
+    const Bundle::PluginList all = Bundle::loadPluginsAtPath(dir.path());
+    ASSERT_EQ(all.size(), 1);
+    EXPECT_EQ(all.first()->fileName(), dir.file("libsample.so"));
+    EXPECT_FALSE(all.first()->isLoaded()) << "finding a plug-in loads no code";
+
+    EXPECT_EQ(Bundle::loadPluginsOfClass(u"OrvelSamplePlugin"_s, dir.path()).size(), 1);
+    EXPECT_EQ(Bundle::loadPluginsOfClass(u"OrvelSampleBase"_s, dir.path()).size(), 0) << "exactly the class";
+    EXPECT_EQ(Bundle::loadPluginsOfClassName(u"OrvelSampleBase"_s, dir.path()).size(), 1)
+        << "contains the class";
+    EXPECT_EQ(Bundle::loadPluginsOfClassName(u"QWidget"_s, dir.path()).size(), 0);
+
+    EXPECT_TRUE(Bundle::loadBundleIfAvailable(dir.file("libsample.so")));
+    EXPECT_FALSE(Bundle::loadBundleIfAvailable(dir.file("notes.txt")));
+    EXPECT_FALSE(Bundle::loadBundleIfAvailable(dir.file("missing.so")));
+}

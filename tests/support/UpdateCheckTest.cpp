@@ -1,0 +1,394 @@
+// The update check against a real HTTP server on loopback, its dialogs driven on the offscreen
+// platform; the update list's reader against well-formed and hostile lists.
+#include "support/UpdateCheck.h"
+#include "support/UpdateList_p.h"
+#include "support/UserDefaults.h"
+
+#include "support/UrlCatcher.h"
+#include "testlib/TestSupport.h"
+
+#include <QAbstractButton>
+#include <QApplication>
+#include <QElapsedTimer>
+#include <QMessageBox>
+#include <QTcpServer>
+#include <QTcpSocket>
+#include <QTimer>
+#include <gtest/gtest.h>
+
+#include <functional>
+
+using namespace orvel;
+using orvel::test::UrlCatcher;
+using namespace Qt::StringLiterals;
+
+namespace {
+
+// Runs the event loop until condition holds or milliseconds pass; answers condition().
+bool waitFor(const std::function<bool()> &condition, int milliseconds = 10000)
+{
+    QElapsedTimer clock;
+    clock.start();
+    while (!condition() && clock.elapsed() < milliseconds)
+        QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
+    return condition();
+}
+
+// A small HTTP/1.1 server on loopback: every request gets the answer its mode says.
+class LoopbackServer : public QObject
+{
+public:
+    enum class Mode { Body, NotFound, RedirectLoop, Drip, Endless };
+
+    explicit LoopbackServer(Mode mode, QByteArray body = {})
+        : m_mode(mode)
+        , m_body(std::move(body))
+    {
+        EXPECT_TRUE(m_server.listen(QHostAddress::LocalHost));
+        connect(&m_server, &QTcpServer::newConnection, this, [this] {
+            while (QTcpSocket *socket = m_server.nextPendingConnection())
+                connect(socket, &QTcpSocket::readyRead, this, [this, socket] { serve(socket); });
+        });
+    }
+
+    QUrl address() const { return QUrl(u"http://127.0.0.1:%1"_s.arg(m_server.serverPort())); }
+    int requests() const { return m_requests; }
+    QByteArray lastPath() const { return m_lastPath; }
+    qint64 bytesSent() const { return m_sent; }
+
+private:
+    void serve(QTcpSocket *socket)
+    {
+        // Requests come whole on loopback, one at a time.
+        const QByteArray request = socket->readAll();
+        ++m_requests;
+        m_lastPath = request.split(' ').value(1);
+        respond(socket);
+    }
+
+    void respond(QTcpSocket *socket)
+    {
+        switch (m_mode) {
+        case Mode::Body:
+            socket->write("HTTP/1.1 200 OK\r\nContent-Type: application/xml\r\nContent-Length: "
+                + QByteArray::number(m_body.size()) + "\r\n\r\n" + m_body);
+            break;
+        case Mode::NotFound:
+            socket->write("HTTP/1.1 404 Not Found\r\nContent-Length: 9\r\n\r\nnot found");
+            break;
+        case Mode::RedirectLoop:
+            socket->write("HTTP/1.1 302 Found\r\nLocation: /Updates.plist\r\nContent-Length: 0\r\n\r\n");
+            break;
+        case Mode::Drip: {
+            // A valid list, one byte at a time, slower than any time limit allows.
+            socket->write(
+                "HTTP/1.1 200 OK\r\nContent-Length: " + QByteArray::number(m_body.size()) + "\r\n\r\n");
+            auto *timer = new QTimer(socket);
+            connect(timer, &QTimer::timeout, socket, [this, socket, position = qsizetype(0)]() mutable {
+                if (position < m_body.size())
+                    socket->write(m_body.mid(position++, 1));
+            });
+            timer->start(200);
+            break;
+        }
+        case Mode::Endless: {
+            // 100 MB announced, sent as fast as the client takes it.
+            socket->write("HTTP/1.1 200 OK\r\nContent-Length: 104857600\r\n\r\n");
+            const QByteArray chunk(64 * 1024, '<');
+            const auto more = [this, socket, chunk] {
+                if (socket->bytesToWrite() < 256 * 1024 && m_sent < 104857600) {
+                    socket->write(chunk);
+                    m_sent += chunk.size();
+                }
+            };
+            connect(socket, &QTcpSocket::bytesWritten, socket, more);
+            more();
+            break;
+        }
+        }
+    }
+
+    Mode m_mode;
+    QByteArray m_body;
+    QTcpServer m_server;
+    QByteArray m_lastPath;
+    int m_requests = 0;
+    qint64 m_sent = 0;
+};
+
+QByteArray xmlList(const QString &version, const QString &download = u"https://orvel.org/download/"_s)
+{
+    QByteArray xml = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<plist version=\"1.0\"><dict>"
+                     "<key>Orvel Thumbnails</key><string>"
+        + version.toUtf8() + "</string><key>Other App</key><string>9.9</string>";
+    if (!download.isEmpty())
+        xml += "<key>Download</key><string>" + download.toUtf8() + "</string>";
+    return xml + "</dict></plist>\n";
+}
+
+QMessageBox *visibleDialog()
+{
+    for (QWidget *widget : QApplication::topLevelWidgets()) {
+        auto *box = qobject_cast<QMessageBox *>(widget);
+        if (box && box->isVisible())
+            return box;
+    }
+    return nullptr;
+}
+
+// Waits for the check's dialog, presses the button called buttonText and answers the dialog's
+// object name, title and text.
+struct DialogSeen
+{
+    QString name, title, text;
+};
+DialogSeen pressInDialog(const QString &buttonText)
+{
+    DialogSeen seen;
+    if (!waitFor([] { return visibleDialog() != nullptr; }))
+        return seen;
+    QMessageBox *box = visibleDialog();
+    seen = { box->objectName(), box->windowTitle(), box->text() };
+    for (QAbstractButton *button : box->buttons()) {
+        if (button->text() == buttonText)
+            button->click();
+    }
+    return seen;
+}
+
+// One check for a product at localVersion against server: the answer, or nullopt when the check
+// did not end.
+struct CheckRun
+{
+    explicit CheckRun(const QUrl &server, const QString &localVersion = u"1.2"_s, int timeLimit = 3000)
+        : check(Bundle(u"org.orvel.Thumbnails"_s, u"/orvel-no-resources"_s,
+            { { u"CFBundleName"_s, u"Orvel Thumbnails"_s }, { u"CFBundleVersion"_s, localVersion } }))
+    {
+        check.setServerAddress(server);
+        check.setTimeLimit(timeLimit);
+        QObject::connect(&check, &UpdateCheck::finished, [this](bool newVersion) { answer = newVersion; });
+    }
+    bool wait()
+    {
+        return waitFor([this] { return answer.has_value(); }, 20000);
+    }
+
+    UpdateCheck check;
+    std::optional<bool> answer;
+};
+
+} // namespace
+
+struct ServerCase
+{
+    const char *name;
+    QString localVersion;
+    QByteArray list;
+    bool newVersion;
+    const char *dialog; // the dialog shown, or "" for none
+};
+
+class UpdateCheckAgainstList : public ::testing::TestWithParam<ServerCase>
+{
+};
+
+TEST_P(UpdateCheckAgainstList, ComparesVersionsAsTextAndAnswersWithTheRightDialog)
+{
+    const ServerCase &c = GetParam();
+    UrlCatcher catcher;
+    LoopbackServer server(LoopbackServer::Mode::Body, c.list);
+    CheckRun run(server.address(), c.localVersion);
+
+    ASSERT_TRUE(run.check.start());
+    EXPECT_TRUE(run.check.isRunning());
+    EXPECT_FALSE(run.check.start()) << "a second request while one runs is ignored";
+    const bool hasDialog = *c.dialog != 0;
+    const DialogSeen seen = hasDialog ? pressInDialog(c.newVersion ? u"Cancel"_s : u"OK"_s) : DialogSeen {};
+    ASSERT_TRUE(run.wait());
+    EXPECT_EQ(*run.answer, c.newVersion);
+    EXPECT_EQ(seen.name, QString::fromLatin1(c.dialog));
+    if (seen.name == u"upToDateDialog") {
+        EXPECT_EQ(seen.text,
+            u"You are running Orvel Thumbnails %1. No newer version was found."_s.arg(c.localVersion));
+    }
+    EXPECT_EQ(server.requests(), 1);
+    EXPECT_EQ(server.lastPath(), "/Updates.plist");
+    EXPECT_TRUE(catcher.urls.isEmpty()) << "Cancel opens nothing";
+    EXPECT_FALSE(run.check.isRunning());
+}
+
+INSTANTIATE_TEST_SUITE_P(Server, UpdateCheckAgainstList,
+    ::testing::Values(ServerCase { "newer", u"1.2"_s, xmlList(u"1.3"_s), true, "newVersionDialog" },
+        ServerCase { "equal", u"1.2"_s, xmlList(u"1.2"_s), false, "upToDateDialog" },
+        ServerCase { "equalIgnoringCase", u"1.2B3"_s, xmlList(u"1.2b3"_s), false, "upToDateDialog" },
+        ServerCase { "olderOnServer", u"1.3"_s, xmlList(u"1.2"_s), true, "newVersionDialog" },
+        ServerCase { "noDownloadPage", u"1.2"_s, xmlList(u"2.0"_s, QString()), true, "" },
+        ServerCase { "productNotListed", u"1.2"_s,
+            "<plist version=\"1.0\"><dict><key>Other App</key><string>2.0</string></dict></plist>", false,
+            "upToDateDialog" },
+        ServerCase { "notAList", u"1.2"_s, "<html><body>Welcome</body></html>", false, "upToDateDialog" },
+        ServerCase { "listIsAnArray", u"1.2"_s,
+            "<plist version=\"1.0\"><array><string>2.0</string></array></plist>", false, "upToDateDialog" }),
+    [](const ::testing::TestParamInfo<ServerCase> &info) { return std::string(info.param.name); });
+
+TEST(UpdateCheck, DownloadOpensTheListedWebPageAndNothingElse)
+{
+    for (const QString &page : { u"https://orvel.org/download/?v=1.3"_s, u"file:///bin/sh"_s }) {
+        UrlCatcher catcher;
+        LoopbackServer server(LoopbackServer::Mode::Body, xmlList(u"1.3"_s, page));
+        CheckRun run(server.address());
+        ASSERT_TRUE(run.check.start());
+        const DialogSeen seen = pressInDialog(u"Download"_s);
+        ASSERT_TRUE(run.wait());
+        EXPECT_TRUE(*run.answer);
+        EXPECT_EQ(seen.title, u"A New Version is Available"_s);
+        EXPECT_EQ(seen.text,
+            u"A new version of Orvel Thumbnails is available (1.3). Would you like to download the "
+            u"new version now?"_s);
+        EXPECT_EQ(catcher.urls, page.startsWith(u"https"_s) ? QList<QUrl> { QUrl(page) } : QList<QUrl> {});
+    }
+}
+
+struct FailureCase
+{
+    const char *name;
+    LoopbackServer::Mode mode;
+    QByteArray body;
+};
+
+class UpdateCheckFailure : public ::testing::TestWithParam<FailureCase>
+{
+};
+
+// Every failure is reported as up to date, within the time limit (1.5 s here) plus a margin.
+TEST_P(UpdateCheckFailure, EndsUpToDateWithinTheTimeLimit)
+{
+    LoopbackServer server(GetParam().mode, GetParam().body);
+    CheckRun run(server.address(), u"1.2"_s, 1500);
+    QElapsedTimer clock;
+    clock.start();
+    ASSERT_TRUE(run.check.start());
+    EXPECT_LT(clock.elapsed(), 500) << "start() must not wait for the server";
+    EXPECT_EQ(pressInDialog(u"OK"_s).name, u"upToDateDialog"_s);
+    ASSERT_TRUE(run.wait());
+    EXPECT_FALSE(*run.answer);
+    EXPECT_LT(clock.elapsed(), 6000);
+    // The endless body was abandoned after about a megabyte, not read to its end.
+    EXPECT_LT(server.bytesSent(), 16 * 1024 * 1024);
+}
+
+INSTANTIATE_TEST_SUITE_P(Server, UpdateCheckFailure,
+    ::testing::Values(FailureCase { "notFound", LoopbackServer::Mode::NotFound, {} },
+        FailureCase { "redirectLoop", LoopbackServer::Mode::RedirectLoop, {} },
+        FailureCase { "oneByteAtATime", LoopbackServer::Mode::Drip, xmlList(u"2.0"_s) },
+        FailureCase { "hundredMegabytes", LoopbackServer::Mode::Endless, {} }),
+    [](const ::testing::TestParamInfo<FailureCase> &info) { return std::string(info.param.name); });
+
+TEST(UpdateCheck, ServerSettingOverridesTheBuiltInServerWhenItIsAWebAddress)
+{
+    UserDefaults::standard().setString(u"http://127.0.0.1:9/updates/"_s, u"UpdateServer"_s);
+    EXPECT_EQ(UpdateCheck::updateListAddress(UpdateCheck::defaultServerAddress()),
+        QUrl(u"http://127.0.0.1:9/updates/Updates.plist"_s));
+    UserDefaults::standard().setString(u"file:///etc"_s, u"UpdateServer"_s);
+    EXPECT_EQ(UpdateCheck::defaultServerAddress(), QUrl(u"" ORVEL_WEB_SERVER ""_s));
+    UserDefaults::standard().removeObjectForKey(u"UpdateServer"_s);
+}
+
+// ---- The update list's reader ----------------------------------------------------------------
+
+namespace {
+
+void appendBigEndian(QByteArray &bytes, quint64 value, int size)
+{
+    for (int shift = 8 * (size - 1); shift >= 0; shift -= 8)
+        bytes += char((value >> shift) & 0xff);
+}
+
+// A binary list of objects (each already encoded): offsets of 4 bytes, references of 2.
+QByteArray binaryList(const QList<QByteArray> &objects)
+{
+    QByteArray bytes = "bplist00";
+    QList<quint32> offsets;
+    for (const QByteArray &object : objects) {
+        offsets.append(quint32(bytes.size()));
+        bytes += object;
+    }
+    const quint64 tableOffset = quint64(bytes.size());
+    for (quint32 offset : offsets)
+        appendBigEndian(bytes, offset, 4);
+    bytes += QByteArray(6, '\0') + char(4) + char(2);
+    for (quint64 value : { quint64(objects.size()), quint64(0), tableOffset })
+        appendBigEndian(bytes, value, 8);
+    return bytes;
+}
+
+QByteArray asciiString(const QByteArray &text)
+{
+    if (text.size() < 15)
+        return char(0x50 | text.size()) + text;
+    return QByteArray("\x5f\x10", 2) + char(text.size()) + text;
+}
+
+// A container object (0xA array, 0xD dictionary) naming the given object indexes.
+QByteArray container(int type, const QList<int> &references)
+{
+    QByteArray object(1, char((type << 4) | 0xF));
+    object += char(0x11);
+    appendBigEndian(object, type == 0xD ? references.size() / 2 : references.size(), 2);
+    for (int reference : references)
+        appendBigEndian(object, reference, 2);
+    return object;
+}
+
+} // namespace
+
+TEST(UpdateList, RefusesListsThatWouldGrowBeyondTheLimits)
+{
+    // Twenty arrays, each naming the next one fifteen times: 15^19 nodes from a few hundred bytes.
+    QList<QByteArray> objects { container(0xD, { 1, 2 }), asciiString("Orvel Thumbnails") };
+    for (int i = 0; i < 20; ++i)
+        objects.append(container(0xA, QList<int>(15, 3 + i)));
+    objects.append(asciiString("leaf"));
+    EXPECT_FALSE(readUpdateList(binaryList(objects)));
+
+    // An object naming itself; a reference past the last object; a truncated file.
+    EXPECT_FALSE(readUpdateList(binaryList({ container(0xD, { 1, 0 }), asciiString("k") })));
+    EXPECT_FALSE(readUpdateList(binaryList({ container(0xD, { 1, 9 }), asciiString("k") })));
+    const QByteArray good = binaryList({ container(0xD, { 1, 2 }), asciiString("k"), asciiString("v") });
+    ASSERT_EQ(readUpdateList(good), (QVariantMap { { u"k"_s, u"v"_s } }));
+    for (qsizetype cut = 1; cut < good.size(); cut += 3)
+        EXPECT_FALSE(readUpdateList(good.left(good.size() - cut))) << cut;
+
+    // XML nested a hundred thousand levels deep.
+    const QByteArray deep = "<plist version=\"1.0\"><dict><key>a</key>"
+        + QByteArray("<array>").repeated(100000) + QByteArray("</array>").repeated(100000)
+        + "</dict></plist>";
+    EXPECT_FALSE(readUpdateList(deep));
+    // Larger than a list of versions can be.
+    EXPECT_FALSE(readUpdateList(xmlList(QString(2 << 20, u'1'))));
+    EXPECT_FALSE(readUpdateList(QByteArray()));
+}
+
+struct VersionCase
+{
+    QString server, local;
+    bool isNew;
+};
+
+class VersionComparison : public ::testing::TestWithParam<VersionCase>
+{
+};
+
+TEST_P(VersionComparison, IsTextIgnoringCaseNotNumbers)
+{
+    const VersionCase &c = GetParam();
+    const QVariantMap list { { u"Orvel Thumbnails"_s, c.server } };
+    EXPECT_EQ(isNewVersion(list, u"Orvel Thumbnails"_s, c.local), c.isNew) << c.server << " vs " << c.local;
+}
+
+INSTANTIATE_TEST_SUITE_P(Versions, VersionComparison,
+    ::testing::Values(VersionCase { u"1.2"_s, u"1.2"_s, false }, VersionCase { u"1.3"_s, u"1.2"_s, true },
+        VersionCase { u"1.2"_s, u"1.3"_s, true }, VersionCase { u"1.2"_s, u"1.2.0"_s, true },
+        VersionCase { u"1.10"_s, u"1.9"_s, true }, VersionCase { u"1.0B2"_s, u"1.0b2"_s, false },
+        VersionCase { u"ÄRA 1"_s, u"ära 1"_s, false }, VersionCase { QString(), u"1.2"_s, false },
+        VersionCase { u"1.2"_s, QString(), false }));
