@@ -41,7 +41,7 @@ TEST(DefaultsCommand, RoundTripThroughTheExecutableAndTheXdgFolder)
     EXPECT_EQ(runThumbs(dir, { u"defaults"_s, u"write"_s, u"width"_s, u"-int"_s, u"wide"_s }), 2);
 }
 
-TEST(CommandLineRun, UsageErrorsExitWithTwoAndSayWhy)
+TEST(CommandLineRun, UsageErrorsExitWithTwoAndSayWhyHelpAndVersionWithZero)
 {
     TempDir dir;
     QByteArray err;
@@ -51,11 +51,7 @@ TEST(CommandLineRun, UsageErrorsExitWithTwoAndSayWhy)
     EXPECT_TRUE(err.contains("--frobnicate")) << err.toStdString();
     EXPECT_EQ(runThumbs(dir, { u"-f"_s, u"webp"_s, dir.path() }, nullptr, &err), 2);
     EXPECT_FALSE(QDir(dir.path()).entryList(QDir::Files).size() > 0);
-}
 
-TEST(CommandLineRun, HelpAndVersion)
-{
-    TempDir dir;
     QByteArray out;
     EXPECT_EQ(runThumbs(dir, { u"--version"_s }, &out), 0);
     EXPECT_TRUE(out.startsWith("orvel-thumbs ")) << out.toStdString();

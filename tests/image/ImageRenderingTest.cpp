@@ -1,6 +1,7 @@
 // Loading and rendering: decoded thumbnails of files, their limits, metadata and what bad files give;
-// the drawing rules (alpha over the background colour, documents on white), square icons,
-// interpolation, orientation, colour conversion and the lazy decoding of large pictures.
+// documents on white, square icons, orientation, colour conversion and the lazy decoding of large
+// pictures. (Transparency on the background colour and interpolation are checked through the
+// thumbnail job, which draws with them.)
 #include "image/Image.h"
 #include "image/PDFImageRep.h"
 #include "testlib/TestSupport.h"
@@ -109,22 +110,6 @@ TEST(ImageLoading, DataAndPicturesBecomeImages)
     EXPECT_FALSE(Image::imageWithCGImageRef(QImage()));
 }
 
-TEST(ImageRendering, TransparencyIsKeptOrComposedOnTheBackgroundColour)
-{
-    TempDir dir;
-    const QString path = dir.file(u"half.png"_s);
-    ASSERT_TRUE(writeSolidImage(path, 40, 20, QColor(255, 0, 0, 0)));
-    ImagePtr image = Image::thumbnailForFile(path, 32767, true, true);
-    ASSERT_TRUE(image);
-    ImagePtr clear = image->bitmapImageWithPixelSize(QSizeF(40, 20), true, 3);
-    ASSERT_TRUE(clear);
-    EXPECT_EQ(pixelOf(clear, 5, 5).alpha(), 0);
-    image->setBackgroundColor(Qt::white);
-    ImagePtr white = image->bitmapImageWithPixelSize(QSizeF(20, 10), true, 3);
-    ASSERT_TRUE(white);
-    EXPECT_TRUE(colourNear(pixelOf(white, 5, 5), Qt::white, 0));
-}
-
 TEST(ImageRendering, DocumentsAreRenderedOnWhite)
 {
     TempDir dir;
@@ -194,24 +179,7 @@ TEST(ImageRendering, SquareImageCentresThePictureOnTransparency)
     EXPECT_TRUE(colourNear(pixelOf(square, 100, 149), Qt::red, 0));
     EXPECT_EQ(pixelOf(square, 100, 150).alpha(), 0);
     EXPECT_FALSE(Image::initWithSize(QSizeF(0, 0))->squareImage());
-}
-
-TEST(ImageRendering, InterpolationNoneSamplesNearestAndHighFiltersSmoothly)
-{
-    QImage checker(64, 64, QImage::Format_RGB888);
-    for (int y = 0; y < 64; ++y)
-        for (int x = 0; x < 64; ++x)
-            checker.setPixelColor(x, y, (x + y) % 2 ? Qt::white : Qt::black);
-    auto image = Image::imageWithRepresentation(BitmapImageRep::fromQImage(checker));
-    ImagePtr nearest = image->bitmapImageWithPixelSize(QSizeF(16, 16), false, 1);
-    ImagePtr high = image->bitmapImageWithPixelSize(QSizeF(16, 16), true, 3);
-    ASSERT_TRUE(nearest && high);
-    const int n = pixelOf(nearest, 7, 7).red();
-    EXPECT_TRUE(n == 0 || n == 255);
-    EXPECT_NEAR(pixelOf(high, 7, 7).red(), 128, 20);
-    EXPECT_EQ(pixelOf(high, 7, 7).alpha(), 255);
-    ImagePtr zero = image->bitmapImageWithPixelSize(QSizeF(0, 5), true, 3);
-    EXPECT_FALSE(zero);
+    EXPECT_FALSE(image->bitmapImageWithPixelSize(QSizeF(0, 5), true, 3));
 }
 
 TEST(ImageRendering, LargePicturesAreNotDecodedWholeForASmallThumbnail)

@@ -13,15 +13,11 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-TEST(Credentials, AtAndHashAreEscapedInUserAndPassword)
+TEST(Credentials, EscapedInUserAndPasswordAndFourFormatsByCredentialsAndPort)
 {
     const URL url(QUrl(u"http://h/p"_s));
     EXPECT_EQ(url.URLForUser(u"a@b"_s, u"x#y"_s).toString(QUrl::FullyEncoded), u"http://a%40b:x%23y@h/p"_s);
     EXPECT_EQ(url.URLForUser(u"a"_s, QString()), url.url());
-}
-
-TEST(Credentials, FourFormatsByCredentialsAndPort)
-{
     const QUrl withPort(u"http://h:8080/p;q?x=1#f"_s);
     const QUrl without(u"http://h/p;q?x=1#f"_s);
     auto rebuilt = [](const QUrl &url, const QString &user, const QString &password) {
@@ -63,33 +59,21 @@ TEST(BaseDirectory, FolderOfTheFileOrThePathItselfAndItsStandardForm)
     const struct
     {
         const char16_t *url, *base, *standardized;
-    } cases[]
-        = { { u"http://h", u"/", u"/" }, { u"http://h/", u"/", u"/" }, { u"http://h/a/b/", u"/a/b", u"/a/b" },
-              { u"http://h/a/b.html", u"/a", u"/a" }, { u"http://h/a/b?x=1", u"/a", u"/a" },
-              { u"http://h/a/b", u"/a/b", u"/a/b" }, { u"http://h/a/b;type=a", u"/a", u"/a" },
-              { u"http://h/x.html", u"/", u"/" }, { u"http://h/a/./c/../b.html", u"/a/./c/..", u"/a" },
-              { u"file:///tmp/a/f.txt", u"/tmp/a", u"/tmp/a" }, { u"file:///tmp/a/", u"/tmp", u"/tmp" } };
+        bool isBase; // the path is its own folder
+    } cases[] = { { u"http://h", u"/", u"/", true }, { u"http://h/", u"/", u"/", true },
+        { u"http://h/a/b/", u"/a/b", u"/a/b", true }, { u"http://h/a/b.html", u"/a", u"/a", false },
+        { u"http://h/a/b?x=1", u"/a", u"/a", false }, { u"http://h/a/b", u"/a/b", u"/a/b", true },
+        { u"http://h/a/b;type=a", u"/a", u"/a", false }, { u"http://h/x.html", u"/", u"/", false },
+        { u"http://h/a/./c/../b.html", u"/a/./c/..", u"/a", false },
+        { u"file:///tmp/a/f.txt", u"/tmp/a", u"/tmp/a", false },
+        { u"file:///tmp/a/", u"/tmp", u"/tmp", false } };
     for (const auto &c : cases) {
         const URL url(QUrl(QString::fromUtf16(c.url)));
         EXPECT_EQ(url.baseDirectory(), QString::fromUtf16(c.base)) << QString::fromUtf16(c.url);
         EXPECT_EQ(url.standardizedBaseDirectory(), QString::fromUtf16(c.standardized))
             << QString::fromUtf16(c.url);
+        EXPECT_EQ(url.isBaseDirectory(), c.isBase) << QString::fromUtf16(c.url);
     }
-}
-
-TEST(BaseDirectory, IsBaseDirectoryWhenThePathIsItsOwnFolder)
-{
-    EXPECT_TRUE(URL(QUrl(u"http://h/a/"_s)).isBaseDirectory());
-    EXPECT_TRUE(URL(QUrl(u"http://h/a"_s)).isBaseDirectory());
-    EXPECT_FALSE(URL(QUrl(u"http://h/a/b.html"_s)).isBaseDirectory());
-}
-
-TEST(HTTPStatus, PhrasesForKnownCodesAndNilOtherwise)
-{
-    EXPECT_EQ(URL::messageForHTTPError(401), u"Authorization Required"_s);
-    EXPECT_EQ(URL::messageForHTTPError(510), u"Disconnected"_s);
-    EXPECT_TRUE(URL::messageForHTTPError(418).isNull());
-    EXPECT_TRUE(URL::messageForHTTPError(-1).isNull());
 }
 
 // A translator for the "HTTPStatus" context, installed as an application's translations would be.
@@ -105,7 +89,7 @@ public:
     bool isEmpty() const override { return false; }
 };
 
-TEST(HTTPStatus, PhrasesGoThroughTheApplicationsTranslations)
+TEST(HTTPStatus, PhrasesGoThroughTheApplicationsLookupOrTranslations)
 {
     GermanStatus german;
     ASSERT_TRUE(QCoreApplication::installTranslator(&german));
@@ -113,10 +97,8 @@ TEST(HTTPStatus, PhrasesGoThroughTheApplicationsTranslations)
     EXPECT_EQ(URL::messageForHTTPError(403), u"Forbidden"_s); // a missing entry gives the key
     QCoreApplication::removeTranslator(&german);
     EXPECT_EQ(URL::messageForHTTPError(404), u"Not Found"_s);
-}
 
-TEST(HTTPStatus, AnApplicationsLookupComesFirst)
-{
+    // An application's own lookup comes first.
     URL::setLocalizedStringLookup(
         [](const QString &english) { return english == u"Gone"_s ? u"Disparu"_s : QString(); });
     EXPECT_EQ(URL::messageForHTTPError(410), u"Disparu"_s);
@@ -124,44 +106,6 @@ TEST(HTTPStatus, AnApplicationsLookupComesFirst)
     EXPECT_TRUE(URL::messageForHTTPError(999).isNull());
     URL::setLocalizedStringLookup({});
     EXPECT_EQ(URL::messageForHTTPError(410), u"Gone"_s);
-}
-
-TEST(HTTPStatus, OkayAndTemporaryPredicatesKeepTheirChoices)
-{
-    std::vector<int> okay;
-    for (int code = 100; code < 600; ++code)
-        if (URL::isHTTPStatusCodeOkay(code) != (code < 300))
-            okay.push_back(code);
-    EXPECT_EQ(okay, (std::vector<int> { 201, 202, 203, 204, 205, 206 }));
-    std::vector<int> temporary;
-    for (int code = 100; code < 600; ++code)
-        if (URL::isHTTPStatusCodeTemporaryError(code))
-            temporary.push_back(code);
-    EXPECT_EQ(temporary, (std::vector<int> { 307, 408, 500, 502, 503, 504, 507, 509, 510 }));
-}
-
-TEST(URLErrors, TemporaryErrorsAndTheirStatusCodes)
-{
-    std::vector<int> temporary;
-    for (int error = -1200; error < 0; ++error)
-        if (URL::isTemporaryURLError(error))
-            temporary.push_back(error);
-    EXPECT_EQ(temporary, (std::vector<int> { -1011, -1009, -1005, -1001 }));
-    const std::pair<int, int> map[] = { { -1014, 204 }, { -1013, 401 }, { -1012, 401 }, { -1010, 302 },
-        { -1007, 302 }, { -1001, 408 }, { -1102, 403 }, { -1100, 404 }, { -1009, 0 }, { 0, 0 } };
-    for (const auto &[error, status] : map)
-        EXPECT_EQ(URL::HTTPStatusCodeForURLError(error), status) << error;
-}
-
-TEST(FileTypes, VocabulariesAndTheirTests)
-{
-    EXPECT_TRUE(URL::isImageType(u"JFIF"));
-    EXPECT_FALSE(URL::isImageType(u""));
-    EXPECT_TRUE(URL::isMarkupType(u"xmloutline"));
-    EXPECT_TRUE(URL::isRichTextType(u"rtfd"));
-    EXPECT_TRUE(URL::isArchiveType(u"sparseimage"));
-    EXPECT_TRUE(URL::isExecutableType(u"class"));
-    EXPECT_FALSE(URL::isExecutableType(u"sh"));
 }
 
 TEST(FileTypes, OfficeGroupsFollowTheirFlags)
