@@ -38,12 +38,6 @@ QImage filledImage(int w, int h, QColor colour, QImage::Format format = QImage::
     return image;
 }
 
-mode_t modeOf(const QString &path)
-{
-    struct stat st = {};
-    return ::stat(QFile::encodeName(path).constData(), &st) == 0 ? (st.st_mode & 07777) : mode_t(-1);
-}
-
 // Every file under dir, recursively, relative to it.
 QStringList filesUnder(const QString &dir)
 {
@@ -135,13 +129,13 @@ TEST_F(IconServiceTest, MakesPrivateFoldersAndFilesAndLeavesNothingElse)
     ::umask(oldMask);
     ASSERT_TRUE(ok);
 
-    EXPECT_EQ(modeOf(cacheHome()), 0700u);
-    EXPECT_EQ(modeOf(thumbnails()), 0700u);
+    EXPECT_EQ(orvel::test::fileMode(cacheHome()), 0700u);
+    EXPECT_EQ(orvel::test::fileMode(thumbnails()), 0700u);
     QStringList expected;
     for (const auto &[size, folder] : Folders) {
-        EXPECT_EQ(modeOf(thumbnails() + u'/' + folder), 0700u) << folder.toStdString();
+        EXPECT_EQ(orvel::test::fileMode(thumbnails() + u'/' + folder), 0700u) << folder.toStdString();
         const QString entry = IconService::cachePathForFile(source, size);
-        EXPECT_EQ(modeOf(entry), 0600u) << folder.toStdString();
+        EXPECT_EQ(orvel::test::fileMode(entry), 0600u) << folder.toStdString();
         expected << folder + u'/' + QFileInfo(entry).fileName();
     }
     expected.sort();

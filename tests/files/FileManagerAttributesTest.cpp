@@ -15,17 +15,11 @@
 using namespace Qt::StringLiterals;
 
 using namespace orvel;
+using orvel::test::fileMode;
 using orvel::test::TempDir;
 using orvel::test::writeBytes;
 
 namespace {
-
-mode_t modeOf(const QString &path)
-{
-    struct stat st = {};
-    stat(QFile::encodeName(path).constData(), &st);
-    return st.st_mode & 07777;
-}
 
 /// Whether this process may set the immutable attribute on a file in dir.
 bool canSetImmutable(const TempDir &dir)
@@ -75,7 +69,7 @@ TEST(FileManagerAttributes, PermissionsTypeCodesAndKinds)
     EXPECT_FALSE(withX->ownerAccountName.isEmpty());
     EXPECT_EQ(FileManager::permissionsAtPath(path, false)->posixPermissions, 0644u);
     EXPECT_EQ(FileManager::permissionsAtPathByDeletingLastPathComponent(path, true)->posixPermissions,
-        modeOf(dir.path()));
+        fileMode(dir.path()));
     EXPECT_FALSE(FileManager::permissionsAtPath(dir.file(u"none"_s), true));
 
     EXPECT_EQ(FileManager::fileTypeForWorkspace(path), QString());
@@ -166,11 +160,11 @@ TEST(FileManagerLocks, LockingTakesWritePermissionAndUnlockingGivesItBack)
     ASSERT_EQ(chmod(QFile::encodeName(path).constData(), 0644), 0);
     ASSERT_TRUE(FileManager::setFileLocked(true, path));
     EXPECT_TRUE(FileManager::isFileLockedAtPath(path));
-    EXPECT_EQ(modeOf(path), 0444u);
+    EXPECT_EQ(fileMode(path), 0444u);
     ASSERT_TRUE(FileManager::setFileLocked(false, path));
     EXPECT_FALSE(FileManager::isFileLockedAtPath(path));
     EXPECT_FALSE(FileManager::isFileImmutableAtPath(path));
-    EXPECT_EQ(modeOf(path), 0644u);
+    EXPECT_EQ(fileMode(path), 0644u);
     EXPECT_FALSE(FileManager::setFileLocked(true, dir.file(u"none"_s)));
 }
 

@@ -13,17 +13,11 @@
 using namespace Qt::StringLiterals;
 
 using namespace orvel;
+using orvel::test::fileMode;
 using orvel::test::TempDir;
 using orvel::test::writeBytes;
 
 namespace {
-
-mode_t modeOf(const QString &path)
-{
-    struct stat st = {};
-    stat(QFile::encodeName(path).constData(), &st);
-    return st.st_mode & 07777;
-}
 
 FileTime fileTime(qint64 seconds, qint64 nanoseconds)
 {
@@ -95,7 +89,7 @@ TEST(FileManager, CreatePathMakesEveryMissingFolderAndAnswersForWhatIsThere)
     ASSERT_TRUE(QDir(dir.path()).mkdir(u"folder"_s));
     chmod(QFile::encodeName(dir.file(u"folder"_s)).constData(), 0700);
     EXPECT_TRUE(FileManager::createPath(dir.file(u"folder"_s), QFileDevice::Permissions(0x7777)));
-    EXPECT_EQ(modeOf(dir.file(u"folder"_s)), 0700u) << "an existing folder is left as it is";
+    EXPECT_EQ(fileMode(dir.file(u"folder"_s)), 0700u) << "an existing folder is left as it is";
 
     // Every missing folder is made with the permissions.
     const mode_t previous = umask(022);
@@ -104,7 +98,7 @@ TEST(FileManager, CreatePathMakesEveryMissingFolderAndAnswersForWhatIsThere)
     umask(previous);
     ASSERT_TRUE(created);
     for (const QString &folder : { dir.file(u"a"_s), dir.file(u"a/b"_s), deep })
-        EXPECT_EQ(modeOf(folder), 0777u) << folder << ": set exactly, not masked";
+        EXPECT_EQ(fileMode(folder), 0777u) << folder << ": set exactly, not masked";
 
     EXPECT_TRUE(FileManager::createPathToFile(dir.file(u"x/y/thumb.png"_s)));
     bool isDirectory = false;

@@ -8,6 +8,8 @@
 #include <gtest/gtest.h>
 #include <vips/vips8>
 
+#include <sys/stat.h>
+
 using namespace Qt::StringLiterals;
 
 namespace orvel::test {
@@ -113,6 +115,14 @@ bool writeBytes(const QString &path, const QByteArray &bytes)
 {
     QFile f(path);
     return f.open(QIODevice::WriteOnly | QIODevice::Truncate) && f.write(bytes) == bytes.size();
+}
+
+unsigned fileMode(const QString &path)
+{
+    struct stat st = {};
+    if (::stat(QFile::encodeName(path).constData(), &st) != 0)
+        return 0;
+    return st.st_mode & 07777;
 }
 
 QByteArray readBytes(const QString &path)

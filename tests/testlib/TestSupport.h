@@ -46,6 +46,8 @@ QByteArray pngDeclaring(quint32 width, quint32 height);
 /// Writes bytes to path; answers whether all were written.
 bool writeBytes(const QString &path, const QByteArray &bytes);
 QByteArray readBytes(const QString &path);
+/// The permission bits (07777) of what is at path, links followed; 0 when nothing is there.
+unsigned fileMode(const QString &path);
 /// Loads a file through libvips into an 8-bit RGBA (straight alpha) QImage; a null image on failure.
 QImage loadImage(const QString &path);
 /// True when every channel of a and b differ by at most tolerance.
