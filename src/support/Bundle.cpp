@@ -4,14 +4,42 @@
 #include <QCoreApplication>
 #include <QDir>
 #include <QFileInfo>
+#include <QJsonObject>
+#include <QLibrary>
+#include <QLibraryInfo>
 #include <QLocale>
+#include <QMutex>
 #include <QPluginLoader>
 #include <QStandardPaths>
 #include <QTranslator>
 
 #include "support/Log.h"
 
+#include <algorithm>
+#include <deque>
+
 namespace orvel {
+
+namespace {
+
+constexpr auto ToolkitIdentifier = "org.orvel.kit";
+constexpr auto WebKitIdentifier = "org.orvel.kit.web";
+
+/// The bundles that plug-ins brought. Loaded code is never unloaded, so neither are they; a deque
+/// keeps the addresses handed out stable.
+struct LoadedBundles
+{
+    QMutex mutex;
+    std::deque<Bundle> bundles;
+};
+
+LoadedBundles &loadedBundles()
+{
+    static LoadedBundles loaded;
+    return loaded;
+}
+
+} // namespace
 
 Bundle::Bundle(const QString &identifier, const QString &resourcePath, const QVariantMap &infoDictionary)
     : m_identifier(identifier)
@@ -62,10 +90,10 @@ const Bundle &Bundle::mainBundle()
 
 const Bundle &Bundle::toolkitBundle()
 {
-    static const Bundle bundle(QStringLiteral("org.orvel.kit"),
+    static const Bundle bundle(QLatin1StringView(ToolkitIdentifier),
         resourceFolders(QStringLiteral(":/orvelkit"), QStringLiteral("orvelkit")),
         QVariantMap {
-            { QStringLiteral("CFBundleIdentifier"), QStringLiteral("org.orvel.kit") },
+            { QStringLiteral("CFBundleIdentifier"), QLatin1StringView(ToolkitIdentifier) },
             { QStringLiteral("CFBundleName"), QStringLiteral("OrvelKit") },
             { QStringLiteral("CFBundleVersion"), QStringLiteral(ORVEL_BUNDLE_VERSION) },
             { QStringLiteral("CFBundleShortVersionString"), QStringLiteral(ORVEL_BUNDLE_VERSION) },
@@ -268,8 +296,72 @@ bool Bundle::loadBundleIfAvailable(const QString &path)
         logMessage(QStringLiteral("Bundle not found: %1").arg(path));
         return false;
     }
-    QPluginLoader loader(path);
-    return loader.load();
+    QPluginLoader plugin(path);
+    const QJsonObject metaData = plugin.metaData();
+    if (metaData.isEmpty()) {
+        // Not a Qt plug-in: a plain shared library is loaded as one. The library stays loaded for
+        // the program's life, as the loader's destructor leaves it.
+        QLibrary library(path);
+        return library.load();
+    }
+    if (!plugin.load())
+        return false;
+    const QVariantMap info = metaData.value(QStringLiteral("MetaData")).toObject().toVariantMap();
+    const QString identifier = info.value(QStringLiteral("CFBundleIdentifier")).toString();
+    if (identifier.isEmpty())
+        return true;
+    LoadedBundles &loaded = loadedBundles();
+    const QMutexLocker lock(&loaded.mutex);
+    const bool known = std::any_of(loaded.bundles.begin(), loaded.bundles.end(),
+        [&identifier](const Bundle &bundle) { return bundle.m_identifier == identifier; });
+    if (!known)
+        loaded.bundles.push_back(Bundle(identifier, QFileInfo(path).absolutePath(), info));
+    return true;
+}
+
+QString Bundle::systemFrameworksPath() { return QLibraryInfo::path(QLibraryInfo::LibrariesPath); }
+
+QString Bundle::privateSystemFrameworksPath() { return systemFrameworksPath() + QStringLiteral("/orvelkit"); }
+
+bool Bundle::loadSystemFrameworkIfAvailable(const QString &name)
+{
+    return loadBundleIfAvailable(systemFrameworksPath() + u'/' + name);
+}
+
+bool Bundle::loadPrivateSystemFrameworkIfAvailable(const QString &name)
+{
+    return loadBundleIfAvailable(privateSystemFrameworksPath() + u'/' + name);
+}
+
+const Bundle *Bundle::bundleWithIdentifier(const QString &identifier)
+{
+    if (identifier.isEmpty())
+        return nullptr;
+    for (const Bundle *bundle : { &mainBundle(), &toolkitBundle() }) {
+        if (bundle->m_identifier == identifier)
+            return bundle;
+    }
+    LoadedBundles &loaded = loadedBundles();
+    const QMutexLocker lock(&loaded.mutex);
+    for (const Bundle &bundle : loaded.bundles) {
+        if (bundle.m_identifier == identifier)
+            return &bundle;
+    }
+    return nullptr;
+}
+
+const Bundle *Bundle::OrvelFoundationBundle()
+{
+    return bundleWithIdentifier(QLatin1StringView(ToolkitIdentifier));
+}
+
+const Bundle *Bundle::OrvelAppKitBundle() { return OrvelFoundationBundle(); }
+
+const Bundle *Bundle::OrvelPDFKitBundle() { return OrvelFoundationBundle(); }
+
+const Bundle *Bundle::OrvelWebKitBundle()
+{
+    return bundleWithIdentifier(QLatin1StringView(WebKitIdentifier));
 }
 
 } // namespace orvel

@@ -113,8 +113,33 @@ public:
     {
         return loadPluginsOfClassName(className, builtInPlugInsPath());
     }
-    /// Loads the plug-in at path; logs "Bundle not found: %@" and answers false when nothing is there.
+    /// Loads the Qt plug-in or shared library at path and answers whether that succeeded; logs
+    /// "Bundle not found: %@" and answers false when nothing is there. A Qt plug-in whose plug-in
+    /// data carries a "CFBundleIdentifier" becomes a loaded bundle, found by bundleWithIdentifier():
+    /// its resources lie in the plug-in's folder, its information dictionary is its plug-in data.
     static bool loadBundleIfAvailable(const QString &path);
+    /// The system's library folder (where the dynamic linker finds the system's shared libraries);
+    /// what "system frameworks" are on Linux.
+    [[nodiscard]] static QString systemFrameworksPath();
+    /// Its "orvelkit" folder, for libraries meant only for the toolkit's own programs.
+    [[nodiscard]] static QString privateSystemFrameworksPath();
+    /// loadBundleIfAvailable() of name in systemFrameworksPath() ("libz.so.1").
+    static bool loadSystemFrameworkIfAvailable(const QString &name);
+    /// loadBundleIfAvailable() of name in privateSystemFrameworksPath().
+    static bool loadPrivateSystemFrameworkIfAvailable(const QString &name);
+
+    /// The loaded bundle with identifier: the main bundle, the toolkit's, or one loaded by
+    /// loadBundleIfAvailable(); null when none is loaded. The bundle lives as long as the program.
+    [[nodiscard]] static const Bundle *bundleWithIdentifier(const QString &identifier);
+    /// The toolkit's parts as bundles. On Linux the toolkit is one library with one resource folder,
+    /// so its foundation, interface, strings and PDF parts all answer toolkitBundle(). It has no web
+    /// part: OrvelWebKitBundle() answers a bundle only once a plug-in with the identifier
+    /// "org.orvel.kit.web" was loaded.
+    [[nodiscard]] static const Bundle *OrvelFoundationBundle();
+    [[nodiscard]] static const Bundle *OrvelAppKitBundle();
+    [[nodiscard]] static const Bundle *OrvelStringsBundle() { return OrvelAppKitBundle(); }
+    [[nodiscard]] static const Bundle *OrvelPDFKitBundle();
+    [[nodiscard]] static const Bundle *OrvelWebKitBundle();
 
     /// The image file extensions tried by pathForImageResource(), in order.
     static const QStringList &imageResourceExtensions();

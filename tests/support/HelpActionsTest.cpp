@@ -159,6 +159,8 @@ TEST(BundlePlugins, FindsQtPluginsAndFiltersByClass)
             + QByteArray(100, '\0')));
     ASSERT_TRUE(QDir(dir.path()).mkdir(u"sub.so"_s));
 
+    EXPECT_EQ(Bundle::OrvelWebKitBundle(), nullptr) << "no web part until a plug-in brings one";
+
     const Bundle::PluginList all = Bundle::loadPluginsAtPath(dir.path());
     ASSERT_EQ(all.size(), 1);
     EXPECT_EQ(all.first()->fileName(), dir.file("libsample.so"));
@@ -173,4 +175,26 @@ TEST(BundlePlugins, FindsQtPluginsAndFiltersByClass)
     EXPECT_TRUE(Bundle::loadBundleIfAvailable(dir.file("libsample.so")));
     EXPECT_FALSE(Bundle::loadBundleIfAvailable(dir.file("notes.txt")));
     EXPECT_FALSE(Bundle::loadBundleIfAvailable(dir.file("missing.so")));
+
+    // The plug-in's data named it the toolkit's web part: now it is a loaded bundle.
+    const Bundle *web = Bundle::OrvelWebKitBundle();
+    ASSERT_NE(web, nullptr);
+    EXPECT_EQ(web, Bundle::bundleWithIdentifier(u"org.orvel.kit.web"_s));
+    EXPECT_EQ(web->bundleName(), u"Sample Web Part"_s);
+    EXPECT_EQ(web->resourcePath(), dir.path());
+}
+
+TEST(BundlePlugins, ToolkitPartsAndSystemLibraries)
+{
+    for (const Bundle *part : { Bundle::OrvelFoundationBundle(), Bundle::OrvelAppKitBundle(),
+             Bundle::OrvelStringsBundle(), Bundle::OrvelPDFKitBundle() })
+        EXPECT_EQ(part, &Bundle::toolkitBundle());
+    EXPECT_EQ(Bundle::bundleWithIdentifier(u"org.orvel.Thumbnails"_s), &Bundle::mainBundle());
+    EXPECT_EQ(Bundle::bundleWithIdentifier(u"org.orvel.nothing"_s), nullptr);
+
+    // A plain shared library of the system loads; a missing one is logged and answers NO.
+    EXPECT_TRUE(QFileInfo(Bundle::systemFrameworksPath() + u"/libz.so.1"_s).exists());
+    EXPECT_TRUE(Bundle::loadSystemFrameworkIfAvailable(u"libz.so.1"_s));
+    EXPECT_FALSE(Bundle::loadSystemFrameworkIfAvailable(u"libno-such-library.so"_s));
+    EXPECT_FALSE(Bundle::loadPrivateSystemFrameworkIfAvailable(u"libz.so.1"_s));
 }

@@ -10,7 +10,7 @@ class OrvelSampleBase : public QObject
 class OrvelSamplePlugin : public OrvelSampleBase
 {
     Q_OBJECT
-    Q_PLUGIN_METADATA(IID "org.orvel.SamplePlugin")
+    Q_PLUGIN_METADATA(IID "org.orvel.SamplePlugin" FILE "SamplePlugin.json")
 };
 
 #include "SamplePlugin.moc"
