@@ -773,5 +773,9 @@
         <source>desktop application: quit after a launch by drop</source>
         <translation>Desktop-Anwendung: nach einem Start durch Ablegen beenden</translation>
     </message>
+    <message>
+        <source>the output folder %1 is a file</source>
+        <translation>der Ausgabeordner %1 ist eine Datei</translation>
+    </message>
 </context>
 </TS>

@@ -773,5 +773,9 @@
         <source>desktop application: quit after a launch by drop</source>
         <translation>application de bureau : quitter après un lancement par dépôt</translation>
     </message>
+    <message>
+        <source>the output folder %1 is a file</source>
+        <translation>le dossier de sortie %1 est un fichier</translation>
+    </message>
 </context>
 </TS>

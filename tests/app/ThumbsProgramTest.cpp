@@ -53,6 +53,9 @@ TEST(CommandLineRun, UsageErrorsExitWithTwoAndSayWhyHelpAndVersionWithZero)
     EXPECT_TRUE(err.contains("--frobnicate")) << err.toStdString();
     EXPECT_EQ(runThumbs(dir, { u"-f"_s, u"webp"_s, dir.path() }, nullptr, &err), 2);
     EXPECT_FALSE(QDir(dir.path()).entryList(QDir::Files).size() > 0);
+    ASSERT_TRUE(writeBytes(dir.file(u"plain"_s), "a file"));
+    EXPECT_EQ(runThumbs(dir, { u"--output-dir"_s, dir.file(u"plain"_s), dir.path() }, nullptr, &err), 2);
+    EXPECT_TRUE(err.contains("plain is a file")) << err.toStdString();
 
     QByteArray out;
     EXPECT_EQ(runThumbs(dir, { u"--version"_s }, &out), 0);

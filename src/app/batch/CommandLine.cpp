@@ -616,6 +616,15 @@ int runCommandLine(const QStringList &arguments, const QString &executable, cons
                 + u'\n');
         return 1;
     }
+    // A file in the output folder's place would fail every thumbnail alike: one line says so.
+    if (const QFileInfo output(options.outputDir);
+        !options.outputDir.isEmpty() && output.exists() && !output.isDir()) {
+        writeText(stderr,
+            u"orvel-thumbs: "_s
+                + localizedText(QStringLiteral("the output folder %1 is a file")).arg(options.outputDir)
+                + u'\n');
+        return 2;
+    }
     CommandLineOptions run = options;
     if (!run.filesFrom.isEmpty()) {
         QFile list(run.filesFrom);
