@@ -391,7 +391,7 @@
     </message>
     <message>
         <source>set a setting; the value must be of the key&apos;s type and range (see the settings below)</source>
-        <translation>setzt eine Einstellung; der Wert muss Typ und Bereich des Schlüssels haben (siehe die Einstellungen unten)</translation>
+        <translation>eine Einstellung setzen; der Wert muss Typ und Bereich des Schlüssels haben (siehe die Einstellungen unten)</translation>
     </message>
     <message>
         <source>the same as --set</source>
@@ -443,7 +443,7 @@
     </message>
     <message>
         <source>write the thumbnails under DIR instead of beside their sources, a folder PATH as DIR/NAME with its sub-folders (NAME: the last part of PATH); --create icon ignores it</source>
-        <translation>schreibt die Miniaturen unter DIR statt neben ihre Quellen, einen Ordner PATH als DIR/NAME mit seinen Unterordnern (NAME: der letzte Teil von PATH); --create icon beachtet es nicht</translation>
+        <translation>die Miniaturen unter DIR statt neben ihre Quellen schreiben, einen Ordner PATH als DIR/NAME mit seinen Unterordnern (NAME: der letzte Teil von PATH); --create icon beachtet das nicht</translation>
     </message>
     <message>
         <source>a folder</source>

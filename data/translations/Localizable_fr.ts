@@ -391,7 +391,7 @@
     </message>
     <message>
         <source>set a setting; the value must be of the key&apos;s type and range (see the settings below)</source>
-        <translation>fixe un réglage ; la valeur doit être du type et dans les limites de la clé (voir les réglages ci-dessous)</translation>
+        <translation>fixer un réglage ; la valeur doit être du type et dans les limites de la clé (voir les réglages ci-dessous)</translation>
     </message>
     <message>
         <source>the same as --set</source>
@@ -443,7 +443,7 @@
     </message>
     <message>
         <source>write the thumbnails under DIR instead of beside their sources, a folder PATH as DIR/NAME with its sub-folders (NAME: the last part of PATH); --create icon ignores it</source>
-        <translation>écrit les vignettes sous DIR au lieu de les placer à côté de leurs sources, un dossier PATH comme DIR/NAME avec ses sous-dossiers (NAME : la dernière partie de PATH) ; --create icon l’ignore</translation>
+        <translation>écrire les vignettes sous DIR au lieu de les placer à côté de leurs sources, un dossier PATH comme DIR/NAME avec ses sous-dossiers (NAME : la dernière partie de PATH) ; --create icon l’ignore</translation>
     </message>
     <message>
         <source>a folder</source>
@@ -467,7 +467,7 @@
     </message>
     <message>
         <source>also make thumbnails of the paths listed in FILE, one a line (&apos;-&apos;: standard input)</source>
-        <translation>crée aussi les vignettes des chemins listés dans FILE, un par ligne (« - » : entrée standard)</translation>
+        <translation>créer aussi les vignettes des chemins listés dans FILE, un par ligne (« - » : entrée standard)</translation>
     </message>
     <message>
         <source>the paths of --files-from end with NUL characters, not line breaks (find -print0)</source>
@@ -475,11 +475,11 @@
     </message>
     <message>
         <source>leave alone a file whose thumbnail exists and is newer than it (to take up an interrupted run)</source>
-        <translation>laisse de côté un fichier dont la vignette existe et est plus récente que lui (pour reprendre un traitement interrompu)</translation>
+        <translation>laisser de côté un fichier dont la vignette existe et est plus récente que lui (pour reprendre un traitement interrompu)</translation>
     </message>
     <message>
         <source>walk folders N levels deep (1: a folder&apos;s own files, 0: no folder entered; default: all the way)</source>
-        <translation>parcourt les dossiers sur N niveaux (1 : les fichiers du dossier lui-même, 0 : aucun dossier parcouru ; par défaut : jusqu’au bout)</translation>
+        <translation>parcourir les dossiers sur N niveaux (1 : les fichiers du dossier lui-même, 0 : aucun dossier parcouru ; par défaut : jusqu’au bout)</translation>
     </message>
     <message>
         <source>a whole number of levels, 0 or more</source>
@@ -503,7 +503,7 @@
     </message>
     <message>
         <source>decode and render every file as for real, list the thumbnails that would be written and what would be skipped or fail, and write nothing</source>
-        <translation>décode et dessine chaque fichier comme pour de vrai, liste les vignettes qui seraient écrites et ce qui serait ignoré ou échouerait, et n’écrit rien</translation>
+        <translation>décoder et dessiner chaque fichier comme pour de vrai, lister les vignettes qui seraient écrites et ce qui serait ignoré ou échouerait, et ne rien écrire</translation>
     </message>
     <message>
         <source>no progress bar and no summary</source>
@@ -511,19 +511,19 @@
     </message>
     <message>
         <source>print every thumbnail written, and log messages (FFmpeg&apos;s too)</source>
-        <translation>affiche chaque vignette écrite, et les messages du journal (ceux de FFmpeg aussi)</translation>
+        <translation>afficher chaque vignette écrite, et les messages du journal (ceux de FFmpeg aussi)</translation>
     </message>
     <message>
         <source>a file manager&apos;s thumbnailer: with PATH being SOURCE OUTPUT, write one PNG of at most -s pixels (default 128) on its longer side, and nothing else; no settings are read</source>
-        <translation>générateur de vignettes d’un gestionnaire de fichiers : avec SOURCE OUTPUT pour PATH, écrit un PNG d’au plus -s pixels (128 par défaut) sur son plus grand côté, et rien d’autre ; aucun réglage n’est lu</translation>
+        <translation>générateur de vignettes d’un gestionnaire de fichiers : avec SOURCE OUTPUT pour PATH, écrire un PNG d’au plus -s pixels (128 par défaut) sur son plus grand côté, et rien d’autre ; aucun réglage n’est lu</translation>
     </message>
     <message>
         <source>print this help</source>
-        <translation>affiche cette aide</translation>
+        <translation>afficher cette aide</translation>
     </message>
     <message>
         <source>print the version</source>
-        <translation>affiche la version</translation>
+        <translation>afficher la version</translation>
     </message>
     <message>
         <source>--thumbnailer takes two paths, SOURCE and OUTPUT</source>
@@ -599,7 +599,7 @@
     </message>
     <message>
         <source>store a setting for the runs to come</source>
-        <translation>enregistre un réglage pour les traitements à venir</translation>
+        <translation>enregistrer un réglage pour les traitements à venir</translation>
     </message>
     <message>
         <source>Try &apos;orvel-thumbs --help&apos; for more.</source>

@@ -535,7 +535,7 @@ TEST(CommandLineLanguage, GermanAndFrenchFromLangWhetherTheLocaleIsInstalledOrNo
             "\n  -h, --help               diese Hilfe ausgeben\n",
             "1 Miniatur erstellt, 0 fehlgeschlagen, " },
         { "fr_FR.UTF-8", "orvel-thumbs: option --frobnicate inconnue\n",
-            "\n  -h, --help               affiche cette aide\n", "1 vignette créée, 0 en échec, " },
+            "\n  -h, --help               afficher cette aide\n", "1 vignette créée, 0 en échec, " },
         { "C", "orvel-thumbs: unknown option --frobnicate\nTry 'orvel-thumbs --help' for more.\n",
             "\n  -h, --help               print this help\n", "1 thumbnail made, 0 failed, " },
     };
