@@ -573,8 +573,10 @@ int runThumbnailer(const CommandLineOptions &options)
 
 int runCommandLine(const QStringList &arguments, const QString &executable, const QString &version)
 {
-    // Messages in the language the environment asks for, whatever the locale for numbers.
-    useTextLanguageOf(messageLocaleFromEnvironment());
+    // Messages in the language the environment asks for, whatever the locale for numbers. A worker
+    // says nothing to the user and starts faster without the table.
+    if (arguments.value(0) != QStringView(WorkerArgument))
+        useTextLanguageOf(messageLocaleFromEnvironment());
     const CommandLineOptions options = parseCommandLine(arguments);
     if (!options.error.isEmpty()) {
         writeText(stderr,
