@@ -7,7 +7,7 @@ _orvel_thumbs()
     local cur=${COMP_WORDS[COMP_CWORD]} prev=${COMP_WORDS[COMP_CWORD-1]}
     local keys="filetype width height sizing scale quality Antialiasing sharpen extension extensionFormat create QuitWhenDone"
     local options="--set --set-string --format --size --scale --quality --interpolation --suffix --prefix
-        --folder --create --sharpen --jobs --dry-run --files-from --null --skip-up-to-date --max-depth
+        --folder --output-dir --create --sharpen --jobs --dry-run --files-from --null --skip-up-to-date --max-depth
         --timeout --memory-limit --thumbnailer --quiet --verbose --help --version"
 
     if [[ ${COMP_WORDS[1]} == defaults ]]; then
@@ -31,6 +31,7 @@ _orvel_thumbs()
             return
             ;;
         --files-from) COMPREPLY=($(compgen -f -- "$cur")); return ;;
+        --output-dir) COMPREPLY=($(compgen -d -- "$cur")); return ;;
         -s | --size | --scale | -Q | --quality | --suffix | --prefix | --folder | -j | --jobs | --max-depth | \
             --timeout | --memory-limit)
             return

@@ -3,8 +3,10 @@
 #include "app/batch/CommandLine.h"
 #include "app/batch/DefaultsCommand.h"
 #include "app/batch/Progress.h"
+#include "app/shared/LocalizedText.h"
 #include "app/shared/ThumbnailSettings.h"
 #include "app/shared/WorkerOptions.h"
+#include "app/shared/WorkerProtocol.h"
 #include "support/NumberFormatter.h"
 #include "support/UserDefaults.h"
 
@@ -325,7 +327,7 @@ TEST(DefaultsCommand, WriteReadAndDeleteOnAStore)
     EXPECT_TRUE(err.isEmpty()) << err.toStdString();
     out.clear();
     EXPECT_EQ(DefaultsCommand::run({ u"--help"_s }, store, &out, &err), 0);
-    EXPECT_TRUE(out.startsWith(u"usage: orvel-thumbs defaults read [KEY]\n"_s)) << out;
+    EXPECT_TRUE(out.startsWith(u"Usage: orvel-thumbs defaults read [KEY]\n"_s)) << out;
 }
 
 TEST(DefaultsCommand, BadWritesAreUsageErrorsAndChangeNothing)
@@ -350,7 +352,7 @@ TEST(DefaultsCommand, BadWritesAreUsageErrorsAndChangeNothing)
         QString err;
         EXPECT_EQ(DefaultsCommand::run(arguments, store, &out, &err), 2)
             << arguments.join(u' ').toStdString();
-        EXPECT_TRUE(err.contains(u"usage:"_s)) << err.toStdString();
+        EXPECT_TRUE(err.contains(u"Usage:"_s)) << err.toStdString();
     }
     EXPECT_TRUE(store.keys().isEmpty());
 
@@ -458,6 +460,74 @@ TEST(SettingsSchema, TheNamingRuleKnowsTheThumbnailsItCouldHaveWritten)
     EXPECT_TRUE(could(2, u"small"_s, u"/a/small/photo.gif"));
     EXPECT_FALSE(could(2, u"small"_s, u"/a/small/notes.txt"));
     EXPECT_FALSE(could(2, u"small"_s, u"/a/big/small.gif"));
+}
+
+TEST(SettingsSchema, AnOutputFolderTakesTheSourcesFolderPlaceInEveryNamingRule)
+{
+    ThumbnailSettings s;
+    s.filetype = 4;
+    s.extension = u"_t"_s;
+    const struct
+    {
+        qint64 rule;
+        const char16_t *folder;
+        const char16_t *expected;
+    } cases[] = {
+        { 1, u"/out/pics", u"/out/pics/photo.x_t.png" }, { 0, u"/out/pics", u"/out/pics/_tphoto.x.png" },
+        { 2, u"/out/pics", u"/out/pics/_t/photo.x.png" }, { 2, u"/", u"/_t/photo.x.png" },
+        { 1, u"", u"/src/a.b/photo.x_t.png" }, // no folder: beside the source, as ever
+    };
+    for (const auto &c : cases) {
+        s.extensionFormat = c.rule;
+        EXPECT_EQ(s.outputPathFor(u"/src/a.b/photo.x.jpg"_s, QString::fromUtf16(c.folder)),
+            QString::fromUtf16(c.expected))
+            << c.rule << ' ' << QString::fromUtf16(c.folder).toStdString();
+    }
+    s.create = 2; // an icon is the source's own: no thumbnail path, folder or not
+    EXPECT_TRUE(s.thumbnailPathFor(u"/src/photo.jpg"_s, u"/out"_s).isEmpty());
+}
+
+TEST(WorkerProtocol, ARequestCarriesItsOutputFolderAndAPathAloneStillReads)
+{
+    QString path, folder;
+    detail::readRequest(detail::requestFrame(u"/a/été.jpg"_s, u"/out/b"_s), &path, &folder);
+    EXPECT_EQ(path, u"/a/été.jpg"_s);
+    EXPECT_EQ(folder, u"/out/b"_s);
+    detail::readRequest(detail::utf16Bytes(u"/a/x.png"_s), &path, &folder);
+    EXPECT_EQ(path, u"/a/x.png"_s);
+    EXPECT_TRUE(folder.isEmpty());
+    EXPECT_EQ(detail::requestFrame(u"/a/x.png"_s, QString()), detail::utf16Bytes(u"/a/x.png"_s));
+}
+
+TEST(CommandLineLanguage, TheEnvironmentChoosesAsOnLinuxAndEnglishIsTheFallback)
+{
+    const struct
+    {
+        const char *lcAll, *lcMessages, *lang, *language;
+        QLocale::Language expected;
+    } cases[] = {
+        { "", "", "de_DE.UTF-8", "", QLocale::German },
+        { "", "", "fr_CA", "", QLocale::French },
+        { "fr_FR.UTF-8", "", "de_DE.UTF-8", "", QLocale::French }, // LC_ALL first
+        { "", "fr_FR", "de_DE", "", QLocale::French }, // then LC_MESSAGES
+        { "", "", "de_DE", "it:fr:de", QLocale::French }, // LANGUAGE's first language with a table
+        { "", "", "C", "de", QLocale::C }, // the C locale ignores LANGUAGE
+        { "", "", "POSIX", "", QLocale::C },
+        { "", "", "C.UTF-8", "fr", QLocale::C },
+        { "", "", "", "de", QLocale::C },
+        { "", "", "ja_JP.UTF-8", "", QLocale::C }, // no table: English
+        { "", "", "en_GB.UTF-8", "de", QLocale::German },
+        { "", "", "de_DE", "en:de", QLocale::C },
+    };
+    for (const auto &c : cases) {
+        test::EnvironmentOverride lcAll("LC_ALL", QString::fromLatin1(c.lcAll));
+        test::EnvironmentOverride lcMessages("LC_MESSAGES", QString::fromLatin1(c.lcMessages));
+        test::EnvironmentOverride lang("LANG", QString::fromLatin1(c.lang));
+        test::EnvironmentOverride language("LANGUAGE", QString::fromLatin1(c.language));
+        const QLocale::Language chosen = messageLocaleFromEnvironment().language();
+        EXPECT_EQ(chosen == QLocale::English ? QLocale::C : chosen, c.expected)
+            << c.lcAll << '|' << c.lcMessages << '|' << c.lang << '|' << c.language;
+    }
 }
 
 /// Every long option that --help lists.

@@ -7,6 +7,7 @@
 
 #include <QDateTime>
 #include <QDir>
+#include <QDirIterator>
 #include <QFile>
 #include <QFileInfo>
 #include <QRegularExpression>
@@ -14,6 +15,7 @@
 #include <gtest/gtest.h>
 #include <random>
 #include <sys/stat.h>
+#include <unistd.h>
 
 using namespace Qt::StringLiterals;
 using namespace orvel::test;
@@ -51,6 +53,9 @@ TEST(CommandLineRun, UsageErrorsExitWithTwoAndSayWhyHelpAndVersionWithZero)
     EXPECT_TRUE(err.contains("--frobnicate")) << err.toStdString();
     EXPECT_EQ(runThumbs(dir, { u"-f"_s, u"webp"_s, dir.path() }, nullptr, &err), 2);
     EXPECT_FALSE(QDir(dir.path()).entryList(QDir::Files).size() > 0);
+    ASSERT_TRUE(writeBytes(dir.file(u"plain"_s), "a file"));
+    EXPECT_EQ(runThumbs(dir, { u"--output-dir"_s, dir.file(u"plain"_s), dir.path() }, nullptr, &err), 2);
+    EXPECT_TRUE(err.contains("plain is a file")) << err.toStdString();
 
     QByteArray out;
     EXPECT_EQ(runThumbs(dir, { u"--version"_s }, &out), 0);
@@ -99,6 +104,7 @@ TEST(CommandLineRun, SummaryShowsTheSizeWrittenInTheUsersNumberFormat)
     const EnvironmentOverride all("LC_ALL", QString());
     const EnvironmentOverride numeric("LC_NUMERIC", u"de_DE.UTF-8"_s);
     const EnvironmentOverride language("LANG", u"de_DE.UTF-8"_s);
+    const EnvironmentOverride messages("LC_MESSAGES", u"C"_s); // German numbers, English words
     QByteArray err;
     ASSERT_EQ(
         runThumbs(dir, QStringList { u"-j"_s, u"2"_s, u"--set"_s, u"filetype=4"_s } + images, nullptr, &err),
@@ -149,7 +155,8 @@ TEST(CommandLineRun, TheBatchRunnerLoadsNoDecodersAndNeedsItsEngine)
     // The libraries the executable itself needs: none of the decoders' (only its workers load them).
     QByteArray dynamic;
     ASSERT_EQ(runProgram(u"readelf"_s, { u"-d"_s, executable }, &dynamic), 0);
-    for (const char *library : { "libvips", "libpoppler", "libavcodec", "libavformat", "libQt6Gui" })
+    for (const char *library :
+        { "libvips", "libpoppler", "libavcodec", "libavformat", "libQt6Gui", "libQt6Widgets" })
         EXPECT_FALSE(dynamic.contains(library)) << library << " is loaded by the batch runner";
     // The engine links the decoders but not FFmpeg, which it opens when a movie comes.
     QByteArray engine;
@@ -392,4 +399,171 @@ TEST(CommandLineRun, ThumbnailAndIconGivesTheThumbnailAClassicIconAndSaysWhenOne
         << again.constData();
     EXPECT_TRUE(out.contains("._pic_thumb.png: skipped")) << out.constData();
     EXPECT_FALSE(QFile::exists(dir.file(u"._pic_thumb_2.jpg"_s)));
+}
+
+namespace {
+
+/// Every file below folder, relative to it, sorted.
+QStringList filesBelow(const QString &folder)
+{
+    QStringList files;
+    QDirIterator it(folder, QDir::Files, QDirIterator::Subdirectories);
+    while (it.hasNext())
+        files << QDir(folder).relativeFilePath(it.next());
+    files.sort();
+    return files;
+}
+
+/// Runs orvel-thumbs as runThumbs() does, but as a user who cannot write what the test made
+/// read-only: root writes anywhere, so as root the program runs as "nobody", and the folders it
+/// must write into (writable, and the program's own) are handed to that user.
+int runThumbsUnprivileged(const TempDir &home, const QStringList &args, const QString &writable,
+    QByteArray *out = nullptr, QByteArray *err = nullptr)
+{
+    if (::geteuid() != 0)
+        return runThumbs(home, args, out, err);
+    constexpr uid_t Nobody = 65534;
+    for (const char16_t *name : { u"config", u"cache", u"tmp" })
+        QDir().mkpath(home.file(QString::fromUtf16(name)));
+    for (const QString &path :
+        { home.file(u"config"_s), home.file(u"cache"_s), home.file(u"tmp"_s), writable })
+        EXPECT_EQ(::chown(QFile::encodeName(path).constData(), Nobody, Nobody), 0);
+    ::chmod(QFile::encodeName(home.path()).constData(), 0755);
+    return runProgram(u"setpriv"_s,
+        QStringList { u"--reuid=65534"_s, u"--regid=65534"_s, u"--clear-groups"_s, thumbsExecutable() }
+            + args,
+        out, err, 60000,
+        { u"XDG_CONFIG_HOME="_s + home.file(u"config"_s), u"XDG_CACHE_HOME="_s + home.file(u"cache"_s),
+            u"TMPDIR="_s + home.file(u"tmp"_s) });
+}
+
+} // namespace
+
+TEST(OutputFolder, AReadOnlyTreeIsMirroredUnderItAndASecondRunMakesNothingNew)
+{
+    TempDir dir;
+    ASSERT_TRUE(QDir(dir.path()).mkpath(u"pics/sub"_s) && QDir(dir.path()).mkdir(u"w"_s));
+    for (const char16_t *name : { u"pics/a.png", u"pics/sub/b.png", u"single.png" })
+        ASSERT_TRUE(writeTestImage(dir.file(QString::fromUtf16(name)), 40, 30));
+    ASSERT_EQ(
+        runProgram(u"chmod"_s, { u"-R"_s, u"a-w"_s, dir.file(u"pics"_s), dir.file(u"single.png"_s) }), 0);
+    const QString out = dir.file(u"w/out"_s);
+    const QStringList run { u"-f"_s, u"png"_s, u"--output-dir"_s, out, dir.file(u"pics"_s),
+        dir.file(u"single.png"_s) };
+
+    QByteArray err;
+    EXPECT_EQ(runThumbsUnprivileged(dir, run, dir.file(u"w"_s), nullptr, &err), 0) << err.constData();
+    const QStringList made { u"pics/a_thumb.png"_s, u"pics/sub/b_thumb.png"_s, u"single_thumb.png"_s };
+    EXPECT_EQ(filesBelow(out), made);
+    EXPECT_EQ(filesBelow(dir.file(u"pics"_s)), (QStringList { u"a.png"_s, u"sub/b.png"_s }));
+    EXPECT_EQ(fileMode(out + u"/pics/sub"_s) & 0700, 0700u);
+    EXPECT_EQ(runThumbsUnprivileged(dir, run, dir.file(u"w"_s), nullptr, &err), 0) << err.constData();
+    EXPECT_EQ(filesBelow(out), made);
+
+    // The sub-folder rule, under the output folder, beside each mirrored source.
+    EXPECT_EQ(runThumbsUnprivileged(dir,
+                  { u"-f"_s, u"png"_s, u"--folder"_s, u"small"_s, u"--output-dir"_s, dir.file(u"w/sub"_s),
+                      dir.file(u"pics"_s) },
+                  dir.file(u"w"_s), nullptr, &err),
+        0)
+        << err.constData();
+    EXPECT_EQ(
+        filesBelow(dir.file(u"w/sub"_s)), (QStringList { u"pics/small/a.png"_s, u"pics/sub/small/b.png"_s }));
+    ASSERT_EQ(runProgram(u"chmod"_s, { u"-R"_s, u"u+w"_s, dir.file(u"pics"_s) }), 0);
+}
+
+TEST(OutputFolder, InsideTheWalkedTreeItsFilesAreNotInputsAndADryRunNamesItsPaths)
+{
+    TempDir dir;
+    ASSERT_TRUE(QDir(dir.path()).mkpath(u"pics/sub"_s));
+    for (const char16_t *name : { u"pics/a.png", u"pics/sub/b.png" })
+        ASSERT_TRUE(writeTestImage(dir.file(QString::fromUtf16(name)), 40, 30));
+    // An empty suffix: the outputs have their sources' names, only the folder tells them apart.
+    const QStringList run { u"-f"_s, u"png"_s, u"--suffix="_s, u"--output-dir"_s, dir.file(u"pics/thumbs"_s),
+        dir.file(u"pics"_s) };
+
+    QByteArray out, err;
+    EXPECT_EQ(runThumbs(dir, QStringList { u"--dry-run"_s } + run, &out, &err), 0) << err.constData();
+    EXPECT_TRUE(out.contains(
+        (dir.file(u"pics/sub/b.png"_s) + u" -> "_s + dir.file(u"pics/thumbs/pics/sub/b.png"_s) + u'\n')
+            .toUtf8()))
+        << out.constData();
+    EXPECT_FALSE(QFileInfo::exists(dir.file(u"pics/thumbs"_s)));
+
+    for (int pass = 0; pass < 2; ++pass) {
+        EXPECT_EQ(runThumbs(dir, run, &out, &err), 0) << err.constData();
+        EXPECT_EQ(filesBelow(dir.file(u"pics"_s)),
+            (QStringList { u"a.png"_s, u"sub/b.png"_s, u"thumbs/pics/a.png"_s, u"thumbs/pics/sub/b.png"_s }))
+            << "pass " << pass;
+    }
+    EXPECT_TRUE(err.startsWith("2 thumbnails made, 2 skipped, 0 failed, ")) << err.constData();
+
+    // Mirrored onto itself, a thumbnail would take its source's place: that file fails instead.
+    const QByteArray source = readBytes(dir.file(u"pics/a.png"_s));
+    EXPECT_EQ(runThumbs(dir,
+                  { u"-f"_s, u"png"_s, u"--suffix="_s, u"--output-dir"_s, dir.path(), u"--max-depth=1"_s,
+                      dir.file(u"pics"_s) },
+                  &out, &err),
+        1);
+    EXPECT_TRUE(err.contains("the thumbnail would replace its source")) << err.constData();
+    EXPECT_EQ(readBytes(dir.file(u"pics/a.png"_s)), source);
+}
+
+namespace {
+
+/// Runs orvel-thumbs as runThumbs() does, in the language that LANG names.
+int runThumbsIn(const char *lang, const TempDir &home, const QStringList &args, QByteArray *out = nullptr,
+    QByteArray *err = nullptr)
+{
+    return runProgram(thumbsExecutable(), args, out, err, 60000,
+        { u"LANG="_s + QLatin1StringView(lang), u"LC_ALL="_s, u"LC_MESSAGES="_s, u"LANGUAGE="_s,
+            u"XDG_CONFIG_HOME="_s + home.file(u"config"_s), u"XDG_CACHE_HOME="_s + home.file(u"cache"_s) });
+}
+
+} // namespace
+
+TEST(CommandLineLanguage, GermanAndFrenchFromLangWhetherTheLocaleIsInstalledOrNot)
+{
+    const struct
+    {
+        const char *lang;
+        const char *usageError;
+        const char *helpLine;
+        const char *summary;
+    } cases[] = {
+        { "de_DE.UTF-8", "orvel-thumbs: unbekannte Option --frobnicate\nMehr mit „orvel-thumbs --help“.\n",
+            "\n  -h, --help               diese Hilfe ausgeben\n",
+            "1 Miniatur erstellt, 0 fehlgeschlagen, " },
+        { "fr_FR.UTF-8", "orvel-thumbs: option --frobnicate inconnue\n",
+            "\n  -h, --help               afficher cette aide\n", "1 vignette créée, 0 en échec, " },
+        { "C", "orvel-thumbs: unknown option --frobnicate\nTry 'orvel-thumbs --help' for more.\n",
+            "\n  -h, --help               print this help\n", "1 thumbnail made, 0 failed, " },
+    };
+    TempDir dir;
+    ASSERT_TRUE(writeTestImage(dir.file(u"pic.png"_s), 40, 30));
+    for (const auto &c : cases) {
+        QByteArray out, err;
+        EXPECT_EQ(runThumbsIn(c.lang, dir, { u"--frobnicate"_s, dir.path() }, nullptr, &err), 2);
+        EXPECT_TRUE(err.startsWith(c.usageError)) << c.lang << ": " << err.constData();
+        EXPECT_EQ(runThumbsIn(c.lang, dir, { u"--help"_s }, &out), 0);
+        EXPECT_TRUE(out.contains(c.helpLine)) << c.lang << ": " << out.constData();
+        EXPECT_EQ(runThumbsIn(c.lang, dir, { u"--format=png"_s, dir.file(u"pic.png"_s) }, nullptr, &err), 0);
+        EXPECT_TRUE(err.startsWith(c.summary)) << c.lang << ": " << err.constData();
+    }
+}
+
+TEST(CommandLineLanguage, EveryHelpLineFitsEightyColumnsInEveryLanguage)
+{
+    TempDir dir;
+    for (const char *lang : { "C", "de_DE.UTF-8", "fr_FR.UTF-8" }) {
+        for (const QStringList &help :
+            { QStringList { u"--help"_s }, QStringList { u"defaults"_s, u"--help"_s } }) {
+            QByteArray out;
+            ASSERT_EQ(runThumbsIn(lang, dir, help, &out), 0) << lang;
+            const QStringList lines = QString::fromUtf8(out).split(u'\n');
+            EXPECT_GT(lines.size(), 3) << lang;
+            for (const QString &line : lines)
+                EXPECT_LE(line.size(), 80) << lang << ": " << line.toStdString();
+        }
+    }
 }

@@ -1,9 +1,12 @@
 // BatchRun: one run of orvel-thumbs over its paths, and its report.
 #include "app/batch/BatchRun.h"
 
+#include "app/shared/LocalizedText.h"
 #include "app/shared/ThumbnailSettings.h"
 #include "files/FileManager.h"
+#include "files/LinkResolution.h"
 
+#include <QDir>
 #include <QFileInfo>
 
 #include <cstdio>
@@ -37,11 +40,44 @@ bool isUpToDate(const QString &output, const QString &source)
     return made && changed && *made > *changed;
 }
 
+/// The folder of path ("/" for a file at the root).
+QString folderOf(const QString &path)
+{
+    const qsizetype slash = path.lastIndexOf(u'/');
+    return slash <= 0 ? u"/"_s : path.left(slash);
+}
+
+QString lastComponent(const QString &path) { return path.mid(path.lastIndexOf(u'/') + 1); }
+
+/// Whether path, with its links resolved, lies inside the folder whose resolved path is folderKey.
+bool liesInside(const QString &path, const QString &folderKey)
+{
+    if (folderKey.isEmpty())
+        return false;
+    const QString key = stringByResolvingSymlinksInPath(path);
+    return folderKey == u"/"
+        || (key.startsWith(folderKey) && key.size() > folderKey.size() && key.at(folderKey.size()) == u'/');
+}
+
+/// The output folder (resolved) whose files a walk of walkedPath skips: none when the walk starts
+/// at or inside it, for then the user asked for what is there.
+QString guardedOutputFolder(const QString &walkedPath, const QString &outputDirKey)
+{
+    if (outputDirKey.isEmpty() || stringByResolvingSymlinksInPath(walkedPath) == outputDirKey
+        || liesInside(walkedPath, outputDirKey))
+        return QString();
+    return outputDirKey;
+}
+
+QString absolute(const QString &path) { return path.isEmpty() ? path : QFileInfo(path).absoluteFilePath(); }
+
 } // namespace
 
 BatchRun::BatchRun(const CommandLineOptions &options, const QString &executable, UserDefaults &defaults)
     : m_options(options)
     , m_defaults(defaults)
+    , m_outputDir(options.outputDir.isEmpty() ? QString() : QDir::cleanPath(absolute(options.outputDir)))
+    , m_outputDirKey(stringByResolvingSymlinksInPath(m_outputDir))
     , m_progress(!options.quiet)
     , m_pool(poolOptions(options, executable), [this](const WorkerPool::Result &result) {
         complete(result.tag, result.ok, result.reason, result.skipped, result.bytesWritten);
@@ -61,11 +97,13 @@ public:
     }
     bool processFile(const QString &path, FolderWalk::Found found) override
     {
-        if (found == FolderWalk::Found::Named || !m_settings.couldHaveWritten(path))
+        if (found == FolderWalk::Found::Named
+            || (!m_settings.couldHaveWritten(path) && !liesInside(path, guardedOutputFolder)))
             ++files;
         return true;
     }
     qint64 files = 0;
+    QString guardedOutputFolder;
 
 private:
     const ThumbnailSettings &m_settings;
@@ -80,15 +118,17 @@ int BatchRun::run()
         // A total known from the start, so that the bar and the time left mean something.
         const ThumbnailSettings settings = ThumbnailSettings::read(m_defaults);
         Count count(settings);
-        for (const QString &argument : m_options.paths)
-            (void)FolderWalk::processPath(
-                argument.isEmpty() ? argument : QFileInfo(argument).absoluteFilePath(), count,
-                m_options.maxDepth);
+        for (const QString &argument : m_options.paths) {
+            count.guardedOutputFolder = guardedOutputFolder(absolute(argument), m_outputDirKey);
+            (void)FolderWalk::processPath(absolute(argument), count, m_options.maxDepth);
+        }
         m_progress.setTotal(count.files);
     }
     for (const QString &argument : m_options.paths) {
-        const QString path = argument.isEmpty() ? argument : QFileInfo(argument).absoluteFilePath();
-        ok = FolderWalk::processPath(path, *this, m_options.maxDepth) && ok;
+        m_walkedPath = absolute(argument);
+        m_guardedOutputFolder = guardedOutputFolder(m_walkedPath, m_outputDirKey);
+        m_mirrors.clear();
+        ok = FolderWalk::processPath(m_walkedPath, *this, m_options.maxDepth) && ok;
     }
     m_pool.waitForAll();
     m_progress.finish();
@@ -96,7 +136,9 @@ int BatchRun::run()
         writeText(stderr,
             Progress::formatSummary(
                 m_thumbnails, m_icons, m_skipped, m_failed, m_progress.elapsedSeconds(), m_bytesWritten)
-                + (m_options.dryRun ? u" (dry run: nothing written)\n"_s : u"\n"_s));
+                + (m_options.dryRun
+                        ? u" ("_s + localizedText(QStringLiteral("dry run: nothing written")) + u")\n"_s
+                        : u"\n"_s));
     return ok && m_failed == 0 ? 0 : 1;
 }
 
@@ -106,24 +148,63 @@ bool BatchRun::processFile(const QString &path, FolderWalk::Found found)
     // A pipe or a device would block the decoder reading it until the time limit.
     const std::optional<FileKind> kind = FileManager::fileKindAtPath(path);
     if (kind && *kind != FileKind::Regular) {
-        failed(path, u"not a regular file"_s);
+        failed(path, localizedText(QStringLiteral("not a regular file")));
         return false;
     }
     const ThumbnailSettings settings = ThumbnailSettings::read(m_defaults);
     if (inFolder && settings.couldHaveWritten(path)) {
-        complete(add(path, {}, false, true), false, u"a thumbnail of this naming rule"_s, true);
+        complete(add(path, {}, false, true), false,
+            localizedText(QStringLiteral("a thumbnail of this naming rule")), true);
         return true;
     }
-    const QString output = settings.thumbnailPathFor(path);
+    if (inFolder && liesInside(path, m_guardedOutputFolder)) {
+        complete(add(path, {}, false, true), false, localizedText(QStringLiteral("inside the output folder")),
+            true);
+        return true;
+    }
+    const QString folder = outputFolderFor(found);
+    const QString output = settings.thumbnailPathFor(path, folder);
     if (m_options.skipUpToDate && isUpToDate(output, path)) {
-        complete(add(path, {}, false, true), false, u"its thumbnail is up to date"_s, true);
+        complete(add(path, {}, false, true), false,
+            localizedText(QStringLiteral("its thumbnail is up to date")), true);
         return true;
     }
     const qint64 tag = add(path, output, true, inFolder);
     m_progress.fileStarted(path);
-    m_pool.submit(tag, path, output);
+    // An icon is the source's own: no folder goes with it.
+    m_pool.submit(tag, path, output, output.isEmpty() ? QString() : folder);
     // The answer arrives later; run() counts it.
     return true;
+}
+
+void BatchRun::willExamine(const QString &path)
+{
+    m_examined = path;
+    m_pool.waitForChangesAt(path);
+}
+
+void BatchRun::willListFolder(const QString &path)
+{
+    if (!m_outputDir.isEmpty()) {
+        // The folder was reached through the path examined last: the walked path itself, or an
+        // entry of a folder listed before (whose name it keeps, even when it is a link).
+        if (m_examined == m_walkedPath) {
+            m_mirrors.insert(path, lastComponent(QDir::cleanPath(m_examined)));
+        } else {
+            const QString above = m_mirrors.value(folderOf(m_examined));
+            const QString name = lastComponent(m_examined);
+            m_mirrors.insert(path, above.isEmpty() ? name : above + u'/' + name);
+        }
+    }
+    m_pool.waitForOutputsInside(path);
+}
+
+QString BatchRun::outputFolderFor(FolderWalk::Found found) const
+{
+    if (m_outputDir.isEmpty() || found == FolderWalk::Found::Named)
+        return m_outputDir;
+    const QString mirror = m_mirrors.value(folderOf(m_examined));
+    return mirror.isEmpty() ? m_outputDir : m_outputDir + u'/' + mirror;
 }
 
 void BatchRun::failed(const QString &path, const QString &reason)
@@ -165,7 +246,8 @@ void BatchRun::report(const Entry &entry)
     if (entry.skipped) {
         ++m_skipped;
         if (m_options.verbose || m_options.dryRun)
-            m_progress.printLine(stdout, u"%1: skipped (%2)"_s.arg(entry.path, entry.reason));
+            m_progress.printLine(
+                stdout, localizedText(QStringLiteral("%1: skipped (%2)")).arg(entry.path, entry.reason));
     } else if (!entry.ok) {
         ++m_failed;
         m_progress.printLine(stderr, u"%1: %2"_s.arg(entry.path, entry.reason));

@@ -6,6 +6,8 @@
 #include "app/batch/WorkerPool.h"
 #include "files/FolderWalk.h"
 
+#include <QHash>
+
 #include <deque>
 
 namespace orvel {
@@ -17,6 +19,11 @@ class UserDefaults;
 /// with --verbose each thumbnail (and each skipped file) on standard output, a progress line and a
 /// summary. Inside a folder, files the job does not read and thumbnails that the naming rule could
 /// have written are skipped, not failed: a second run over a folder makes nothing new.
+///
+/// With an output folder, thumbnails go there instead of beside their sources, in a copy of the
+/// walked tree: a file found at PATH/a/b in a walked folder PATH writes into
+/// OUTPUT/<name of PATH>/a/b, a file named by itself into OUTPUT. Whatever a walk finds inside
+/// the output folder is skipped, as the outputs of an earlier run, unless the walk starts there.
 class BatchRun : public FolderWalk::Visitor
 {
 public:
@@ -30,8 +37,8 @@ public:
     bool processFile(const QString &path, FolderWalk::Found found) override;
     void failed(const QString &path, const QString &reason) override;
     bool unreadableFolder(const QString &path, const QString &reason) override;
-    void willExamine(const QString &path) override { m_pool.waitForChangesAt(path); }
-    void willListFolder(const QString &path) override { m_pool.waitForOutputsInside(path); }
+    void willExamine(const QString &path) override;
+    void willListFolder(const QString &path) override;
 
 private:
     struct Entry
@@ -51,9 +58,22 @@ private:
     qint64 add(const QString &path, const QString &output, bool started, bool inFolder = false);
     void complete(qint64 tag, bool ok, const QString &reason, bool skipped = false, qint64 bytesWritten = 0);
     void report(const Entry &entry);
+    /// The folder that the thumbnail of a file goes into, as the walk came to it; empty for beside
+    /// the source.
+    QString outputFolderFor(FolderWalk::Found found) const;
 
     const CommandLineOptions &m_options;
     UserDefaults &m_defaults;
+    // The output folder, absolute, and with its links resolved (empty without one), and the one
+    // whose files the current walk skips.
+    QString m_outputDir;
+    QString m_outputDirKey;
+    QString m_guardedOutputFolder;
+    // The path given for the current walk, the last path the walk examined, and for every folder
+    // it lists (as listed) the folder under m_outputDir that mirrors it.
+    QString m_walkedPath;
+    QString m_examined;
+    QHash<QString, QString> m_mirrors;
     Progress m_progress;
     // Results wait here until every earlier one is in, so they are reported in walk order.
     std::deque<Entry> m_entries;

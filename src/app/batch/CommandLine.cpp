@@ -6,6 +6,7 @@
 #include "app/batch/Progress.h"
 #include "app/batch/WorkerEngine.h"
 #include "app/batch/WorkerPool.h"
+#include "app/shared/LocalizedText.h"
 #include "app/shared/ThumbnailSettings.h"
 #include "app/shared/WorkerOptions.h"
 #include "support/Log.h"
@@ -81,7 +82,8 @@ std::optional<double> decimalNumber(const QString &text, double low, double high
 
 QString invalidValue(const QString &option, const QString &value, const QString &expected)
 {
-    return u"invalid value '%1' for %2 (expected %3)"_s.arg(value, option, expected);
+    return localizedText(QStringLiteral("invalid value '%1' for %2 (expected %3)"))
+        .arg(value, option, expected);
 }
 
 /// Applies an option with its value (as the user wrote it) to the options; answers a usage error
@@ -111,14 +113,15 @@ QString unknownSetting(const QString &key)
     QStringList keys;
     for (const SettingKey &known : settingKeys())
         keys << known.key();
-    return u"unknown setting '%1' (the settings are %2)"_s.arg(key, keys.join(u", "_s));
+    return localizedText(QStringLiteral("unknown setting '%1' (the settings are %2)"))
+        .arg(key, keys.join(u", "_s));
 }
 
 QString setSetting(const QString &option, const QString &value, CommandLineOptions &o)
 {
     const qsizetype eq = value.indexOf(u'=');
     if (eq <= 0)
-        return u"%1 needs KEY=VALUE, not '%2'"_s.arg(option, value);
+        return localizedText(QStringLiteral("%1 needs KEY=VALUE, not '%2'")).arg(option, value);
     const QString key = value.left(eq);
     const SettingKey *known = findSettingKey(key);
     if (!known)
@@ -159,16 +162,17 @@ struct Option
 
 const Option Options[] = {
     { Option::Section::Settings, u"set", 0, u"KEY=VALUE",
-        u"set a setting; the value must be of the key's type and range\n(see the settings below)", nullptr,
+        QT_TR_NOOP(u"set a setting; the value must be of the key's type and range (see the settings below)"),
+        nullptr, setSetting },
+    { Option::Section::Settings, u"set-string", 0, u"KEY=VALUE", QT_TR_NOOP(u"the same as --set"), nullptr,
         setSetting },
-    { Option::Section::Settings, u"set-string", 0, u"KEY=VALUE", u"the same as --set", nullptr, setSetting },
-    { Option::Section::Settings, u"format", u'f', u"FORMAT", u"tiff, bmp, gif, jpeg, png or jp2",
+    { Option::Section::Settings, u"format", u'f', u"FORMAT", QT_TR_NOOP(u"tiff, bmp, gif, jpeg, png or jp2"),
         Setting::FileType.name,
         [](const QString &option, const QString &value, CommandLineOptions &o) {
             return setChoice(FormatChoices, Setting::FileType, option, value, o);
         } },
-    { Option::Section::Settings, u"size", u's', u"WxH | N", u"fit into a box of W by H (or N by N) pixels",
-        u"width, height",
+    { Option::Section::Settings, u"size", u's', u"WxH | N",
+        QT_TR_NOOP(u"fit into a box of W by H (or N by N) pixels"), u"width, height",
         [](const QString &option, const QString &value, CommandLineOptions &o) {
             static const QRegularExpression box(u"^(\\d+)(?:[xX](\\d+))?$"_s);
             const QRegularExpressionMatch m = box.match(value);
@@ -177,126 +181,148 @@ const Option Options[] = {
                 ? wholeNumber(m.hasCaptured(2) ? m.captured(2) : m.captured(1), 1, 1000000)
                 : std::nullopt;
             if (!w || !h)
-                return invalidValue(option, value, u"WIDTHxHEIGHT or SIZE in pixels"_s);
+                return invalidValue(
+                    option, value, localizedText(QStringLiteral("WIDTHxHEIGHT or SIZE in pixels")));
             o.settings.insert(Setting::Width.key(), *w);
             o.settings.insert(Setting::Height.key(), *h);
             o.settings.insert(Setting::Sizing.key(), qint64(0));
             return QString();
         } },
-    { Option::Section::Settings, u"scale", 0, u"PERCENT", u"scale to PERCENT of the original size",
-        Setting::Scale.name,
+    { Option::Section::Settings, u"scale", 0, u"PERCENT",
+        QT_TR_NOOP(u"scale to PERCENT of the original size"), Setting::Scale.name,
         [](const QString &option, const QString &value, CommandLineOptions &o) {
             const auto percent = decimalNumber(value, 0, 100);
             if (!percent || *percent <= 0)
-                return invalidValue(option, value, u"a percentage above 0, at most 100"_s);
+                return invalidValue(
+                    option, value, localizedText(QStringLiteral("a percentage above 0, at most 100")));
             o.settings.insert(Setting::Sizing.key(), qint64(1));
             o.settings.insert(Setting::Scale.key(), *percent / 100.0);
             return QString();
         } },
-    { Option::Section::Settings, u"quality", u'Q', u"0-100", u"compression quality", Setting::Quality.name,
+    { Option::Section::Settings, u"quality", u'Q', u"0-100", QT_TR_NOOP(u"compression quality"),
+        Setting::Quality.name,
         [](const QString &option, const QString &value, CommandLineOptions &o) {
             const auto percent = decimalNumber(value, 0, 100);
             if (!percent)
-                return invalidValue(option, value, u"0 to 100"_s);
+                return invalidValue(option, value, localizedText(QStringLiteral("0 to 100")));
             o.settings.insert(Setting::Quality.key(), *percent / 100.0);
             return QString();
         } },
-    { Option::Section::Settings, u"interpolation", 0, u"MODE", u"default, none, low or high",
+    { Option::Section::Settings, u"interpolation", 0, u"MODE", QT_TR_NOOP(u"default, none, low or high"),
         Setting::Interpolation.name,
         [](const QString &option, const QString &value, CommandLineOptions &o) {
             return setChoice(InterpolationChoices, Setting::Interpolation, option, value, o);
         } },
-    { Option::Section::Settings, u"suffix", 0, u"TEXT", u"name thumbnails NAME + TEXT",
+    { Option::Section::Settings, u"suffix", 0, u"TEXT", QT_TR_NOOP(u"name thumbnails NAME + TEXT"),
         u"extension, extensionFormat",
         [](const QString &, const QString &value, CommandLineOptions &o) { return setNaming(1, value, o); } },
-    { Option::Section::Settings, u"prefix", 0, u"TEXT", u"name thumbnails TEXT + NAME", nullptr,
+    { Option::Section::Settings, u"prefix", 0, u"TEXT", QT_TR_NOOP(u"name thumbnails TEXT + NAME"), nullptr,
         [](const QString &, const QString &value, CommandLineOptions &o) { return setNaming(0, value, o); } },
-    { Option::Section::Settings, u"folder", 0, u"NAME", u"put thumbnails into a sub-folder NAME", nullptr,
+    { Option::Section::Settings, u"folder", 0, u"NAME", QT_TR_NOOP(u"put thumbnails into a sub-folder NAME"),
+        nullptr,
         [](const QString &, const QString &value, CommandLineOptions &o) { return setNaming(2, value, o); } },
-    { Option::Section::Settings, u"create", 0, u"WHAT", u"thumbnail, thumbnail+icon or icon",
+    { Option::Section::Settings, u"output-dir", 0, u"DIR",
+        QT_TR_NOOP(
+            u"write the thumbnails under DIR instead of beside their sources, a folder PATH as DIR/NAME "
+            u"with its sub-folders (NAME: the last part of PATH); --create icon ignores it"),
+        nullptr,
+        [](const QString &option, const QString &value, CommandLineOptions &o) {
+            if (value.isEmpty())
+                return invalidValue(option, value, localizedText(QStringLiteral("a folder")));
+            o.outputDir = value;
+            return QString();
+        } },
+    { Option::Section::Settings, u"create", 0, u"WHAT", QT_TR_NOOP(u"thumbnail, thumbnail+icon or icon"),
         Setting::Create.name,
         [](const QString &option, const QString &value, CommandLineOptions &o) {
             return setChoice(CreateChoices, Setting::Create, option, value, o);
         } },
-    { Option::Section::Settings, u"sharpen", 0, u"AMOUNT", u"none, light, medium or strong",
+    { Option::Section::Settings, u"sharpen", 0, u"AMOUNT", QT_TR_NOOP(u"none, light, medium or strong"),
         Setting::Sharpen.name,
         [](const QString &option, const QString &value, CommandLineOptions &o) {
             return setChoice(SharpenChoices, Setting::Sharpen, option, value, o);
         } },
     { Option::Section::Running, u"jobs", u'j', u"N",
-        u"files processed at once (default: one per processor core)", nullptr,
+        QT_TR_NOOP(u"files processed at once (default: one per processor core)"), nullptr,
         [](const QString &option, const QString &value, CommandLineOptions &o) {
             const auto jobs = wholeNumber(value, 1, MaxJobs);
             if (!jobs)
-                return invalidValue(option, value, u"1 to %1"_s.arg(MaxJobs));
+                return invalidValue(option, value, localizedText(QStringLiteral("1 to %1")).arg(MaxJobs));
             o.jobs = int(*jobs);
             return QString();
         } },
     { Option::Section::Running, u"files-from", 0, u"FILE",
-        u"also make thumbnails of the paths listed in FILE, one a line ('-': standard input)", nullptr,
+        QT_TR_NOOP(u"also make thumbnails of the paths listed in FILE, one a line ('-': standard input)"),
+        nullptr,
         [](const QString &, const QString &value, CommandLineOptions &o) {
             o.filesFrom = value;
             return QString();
         } },
     { Option::Section::Running, u"null", u'0', nullptr,
-        u"the paths of --files-from end with NUL characters, not line breaks (find -print0)", nullptr,
-        setFlag<&CommandLineOptions::nullSeparated> },
+        QT_TR_NOOP(u"the paths of --files-from end with NUL characters, not line breaks (find -print0)"),
+        nullptr, setFlag<&CommandLineOptions::nullSeparated> },
     { Option::Section::Running, u"skip-up-to-date", 0, nullptr,
-        u"leave alone a file whose thumbnail exists and is newer than it (to take up an interrupted run)",
+        QT_TR_NOOP(u"leave alone a file whose thumbnail exists and is newer than it (to take up an "
+                   u"interrupted run)"),
         nullptr, setFlag<&CommandLineOptions::skipUpToDate> },
     { Option::Section::Running, u"max-depth", 0, u"N",
-        u"walk folders N levels deep (1: a folder's own files, 0: no\nfolder entered; default: all the way)",
+        QT_TR_NOOP(u"walk folders N levels deep (1: a folder's own files, 0: no folder entered; default: all "
+                   u"the way)"),
         nullptr,
         [](const QString &option, const QString &value, CommandLineOptions &o) {
             const auto depth = wholeNumber(value, 0, 1000000);
             if (!depth)
-                return invalidValue(option, value, u"a whole number of levels, 0 or more"_s);
+                return invalidValue(
+                    option, value, localizedText(QStringLiteral("a whole number of levels, 0 or more")));
             o.maxDepth = int(*depth);
             return QString();
         } },
-    { Option::Section::Running, u"timeout", 0, u"SECONDS", u"time limit per file (default 120, 0 for none)",
-        nullptr,
+    { Option::Section::Running, u"timeout", 0, u"SECONDS",
+        QT_TR_NOOP(u"time limit per file (default 120, 0 for none)"), nullptr,
         [](const QString &option, const QString &value, CommandLineOptions &o) {
             const auto seconds = wholeNumber(value, 0, 1000000);
             if (!seconds)
-                return invalidValue(option, value, u"whole seconds, 0 for no limit"_s);
+                return invalidValue(
+                    option, value, localizedText(QStringLiteral("whole seconds, 0 for no limit")));
             o.timeoutSeconds = int(*seconds);
             return QString();
         } },
     { Option::Section::Running, u"memory-limit", 0, u"MIB",
-        u"memory limit of each worker process (default: three quarters\n"
-        u"of the machine's memory shared among the workers; 0 for none)",
+        QT_TR_NOOP(u"memory limit of each worker process (default: three quarters "
+                   u"of the machine's memory shared among the workers; 0 for none)"),
         nullptr,
         [](const QString &option, const QString &value, CommandLineOptions &o) {
             const auto mebibytes = wholeNumber(value, 0, qint64(1) << 40);
             if (!mebibytes)
-                return invalidValue(option, value, u"whole MiB, 0 for no limit"_s);
+                return invalidValue(
+                    option, value, localizedText(QStringLiteral("whole MiB, 0 for no limit")));
             o.memoryLimitMiB = *mebibytes;
             return QString();
         } },
     { Option::Section::Running, u"dry-run", u'n', nullptr,
-        u"decode and render every file as for real, list the thumbnails that would be written and "
-        u"what would be skipped or fail, and write nothing",
+        QT_TR_NOOP(u"decode and render every file as for real, list the thumbnails that would be written and "
+                   u"what would be skipped or fail, and write nothing"),
         nullptr, setFlag<&CommandLineOptions::dryRun> },
-    { Option::Section::Running, u"quiet", u'q', nullptr, u"no progress bar and no summary", nullptr,
-        setFlag<&CommandLineOptions::quiet> },
+    { Option::Section::Running, u"quiet", u'q', nullptr, QT_TR_NOOP(u"no progress bar and no summary"),
+        nullptr, setFlag<&CommandLineOptions::quiet> },
     { Option::Section::Running, u"verbose", u'v', nullptr,
-        u"print every thumbnail written, and log messages (FFmpeg's too)", nullptr,
+        QT_TR_NOOP(u"print every thumbnail written, and log messages (FFmpeg's too)"), nullptr,
         setFlag<&CommandLineOptions::verbose> },
     { Option::Section::Running, u"thumbnailer", 0, nullptr,
-        u"a file manager's thumbnailer: with PATH being SOURCE OUTPUT, write one PNG of at most -s "
-        u"pixels (default 128) on its longer side, and nothing else; no settings are read",
+        QT_TR_NOOP(
+            u"a file manager's thumbnailer: with PATH being SOURCE OUTPUT, write one PNG of at most -s "
+            u"pixels (default 128) on its longer side, and nothing else; no settings are read"),
         nullptr,
         [](const QString &, const QString &, CommandLineOptions &o) {
             o.mode = CommandLineOptions::Mode::Thumbnailer;
             return QString();
         } },
-    { Option::Section::Running, u"help", u'h', nullptr, u"print this help", nullptr,
+    { Option::Section::Running, u"help", u'h', nullptr, QT_TR_NOOP(u"print this help"), nullptr,
         [](const QString &, const QString &, CommandLineOptions &o) {
             o.mode = CommandLineOptions::Mode::Help;
             return QString();
         } },
-    { Option::Section::Running, u"version", u'V', nullptr, u"print the version", nullptr,
+    { Option::Section::Running, u"version", u'V', nullptr, QT_TR_NOOP(u"print the version"), nullptr,
         [](const QString &, const QString &, CommandLineOptions &o) {
             o.mode = CommandLineOptions::Mode::Version;
             return QString();
@@ -333,7 +359,9 @@ QString helpLines(const QString &head, qsizetype indent, const QString &text)
         }
         lines << line;
     }
-    QString out = head.size() < indent ? head.leftJustified(indent) : head + u'\n' + QString(indent, u' ');
+    QString out = head.isEmpty() ? QString(indent, u' ')
+        : head.size() < indent   ? head.leftJustified(indent)
+                                 : head + u'\n' + QString(indent, u' ');
     out += lines.join(u'\n' + QString(indent, u' ')) + u'\n';
     return out;
 }
@@ -349,7 +377,7 @@ QString optionHelp(Option::Section section)
         name += QString::fromUtf16(option.longName);
         if (option.valueName)
             name += u' ' + QString::fromUtf16(option.valueName);
-        QString help = QString::fromUtf16(option.help).replace(u'\n', u' ');
+        QString help = localizedText(QString::fromUtf16(option.help));
         if (option.keys)
             help += u" (%1)"_s.arg(QString::fromUtf16(option.keys));
         text += helpLines(name, 27, help);
@@ -364,7 +392,7 @@ QString settingsHelp()
     for (const SettingKey &key : settingKeys()) {
         const QString head
             = u"  %1 %2 %3"_s.arg(key.key(), -16).arg(key.typeName(), -8).arg(key.defaultText());
-        text += helpLines(head, 36, QString::fromUtf16(key.meaning));
+        text += helpLines(head, 36, localizedText(QString::fromUtf16(key.meaning)));
     }
     return text;
 }
@@ -373,12 +401,12 @@ QString settingsHelp()
 /// error or an empty string.
 QString finishThumbnailer(CommandLineOptions &o)
 {
-    if (o.paths.size() != 2 || !o.filesFrom.isEmpty())
-        return u"--thumbnailer takes two paths, SOURCE and OUTPUT"_s;
+    if (o.paths.size() != 2 || !o.filesFrom.isEmpty() || !o.outputDir.isEmpty())
+        return localizedText(QStringLiteral("--thumbnailer takes two paths, SOURCE and OUTPUT"));
     for (auto it = o.settings.cbegin(); it != o.settings.cend(); ++it) {
         if (it.key() != Setting::Width.key() && it.key() != Setting::Height.key()
             && it.key() != Setting::Sizing.key())
-            return u"--thumbnailer reads no settings; only -s sets its size"_s;
+            return localizedText(QStringLiteral("--thumbnailer reads no settings; only -s sets its size"));
     }
     if (o.settings.contains(Setting::Width.key()))
         o.thumbnailerSize = int(std::max(o.settings.value(Setting::Width.key()).toLongLong(),
@@ -393,7 +421,8 @@ QString finishThumbnailer(CommandLineOptions &o)
         source.clear();
     }
     if (source.isEmpty())
-        return u"--thumbnailer reads local files only, not %1"_s.arg(o.paths.at(0));
+        return localizedText(QStringLiteral("--thumbnailer reads local files only, not %1"))
+            .arg(o.paths.at(0));
     o.thumbnailerSource = source;
     o.thumbnailerOutput = o.paths.at(1);
     o.paths.clear();
@@ -454,12 +483,13 @@ CommandLineOptions parseCommandLine(const QStringList &arguments)
             }
         }
         if (!known)
-            return fail(u"unknown option %1"_s.arg(isLong ? u"--"_s + name : argument));
+            return fail(
+                localizedText(QStringLiteral("unknown option %1")).arg(isLong ? u"--"_s + name : argument));
         if (!known->valueName && hasValue)
-            return fail(u"%1 takes no value"_s.arg(argument));
+            return fail(localizedText(QStringLiteral("%1 takes no value")).arg(argument));
         if (known->valueName && !hasValue) {
             if (i + 1 >= arguments.size())
-                return fail(u"%1 needs a value"_s.arg(argument));
+                return fail(localizedText(QStringLiteral("%1 needs a value")).arg(argument));
             value = arguments.at(++i);
         }
         const QString error = known->apply(u"--"_s + QString::fromUtf16(known->longName), value, o);
@@ -475,7 +505,7 @@ CommandLineOptions parseCommandLine(const QStringList &arguments)
     }
 
     if (o.paths.isEmpty() && o.filesFrom.isEmpty())
-        return fail(u"no PATH given"_s);
+        return fail(localizedText(QStringLiteral("no PATH given")));
     return o;
 }
 
@@ -483,35 +513,47 @@ int defaultJobCount() { return std::clamp(QThread::idealThreadCount(), 1, MaxJob
 
 QString usageText()
 {
-    return u"Usage: orvel-thumbs [OPTION]... PATH...\n"
-           u"       orvel-thumbs --thumbnailer [-s SIZE] SOURCE OUTPUT\n"
-           u"       orvel-thumbs defaults read [KEY]\n"
-           u"       orvel-thumbs defaults write [--force] KEY [-int|-float|-bool|-string]\n"
-           u"                                 VALUE\n"
-           u"       orvel-thumbs defaults delete KEY\n"
-           u"\n"
-           u"Makes a thumbnail of every image, PDF or PostScript document and movie in PATH\n"
-           u"(files, and folders searched through), with the stored settings; a movie gives\n"
-           u"the frame at half its length, at most 15 seconds in. Inside folders, files that\n"
-           u"are none of these and thumbnails the naming rule could have written are skipped.\n"
-           u"Exits with 0 when every PATH was handled, 1 when something gave no thumbnail,\n"
-           u"2 on a usage error.\n"
-           u"\n"
-           u"Settings for this run only (the stored settings are left as they are):\n"_s
-        + optionHelp(Option::Section::Settings) + u"\nRunning:\n"_s + optionHelp(Option::Section::Running)
-        + u"\nSettings (KEY, type, default, meaning), stored in\n"
-          u"$XDG_CONFIG_HOME/orvel/thumbnails.conf; see 'orvel-thumbs defaults'. A file\n"
-          u"named 'defaults' is given as ./defaults.\n"_s
-        + settingsHelp()
-        + u"\nExamples:\n"
-          u"  orvel-thumbs ~/Pictures\n"
-          u"      thumbnails of every picture below ~/Pictures, with the stored settings\n"
-          u"  orvel-thumbs -s 256 -f png --folder small photos\n"
-          u"      256-pixel PNGs, each in a folder 'small' beside its source\n"
-          u"  orvel-thumbs --create icon --max-depth 1 ~/Downloads\n"
-          u"      file-manager icons for the files of ~/Downloads, not of its sub-folders\n"
-          u"  orvel-thumbs defaults write width 200\n"
-          u"      store a setting for the runs to come\n"_s;
+    const auto paragraph = [](const QString &text) { return helpLines(QString(), 0, text); };
+    const auto example = [](const char16_t *command, const QString &meaning) {
+        return u"  orvel-thumbs "_s + QString::fromUtf16(command) + u'\n' + helpLines(QString(), 6, meaning);
+    };
+    const QString usage = localizedText(QStringLiteral("Usage:"));
+    const QString indent(usage.size(), u' ');
+    return usage + u" orvel-thumbs [OPTION]... PATH...\n"_s + indent
+        + u" orvel-thumbs --thumbnailer [-s SIZE] SOURCE OUTPUT\n"_s + indent
+        + u" orvel-thumbs defaults read [KEY]\n"_s + indent
+        + u" orvel-thumbs defaults write [--force] KEY [-int|-float|-bool|-string]\n"_s + indent
+        + u"                             VALUE\n"_s + indent + u" orvel-thumbs defaults delete KEY\n\n"_s
+        + paragraph(localizedText(QStringLiteral(
+            "Makes a thumbnail of every image, PDF or PostScript document and movie in PATH (files, and "
+            "folders searched through), with the stored settings; a movie gives the frame at half its "
+            "length, at most 15 seconds in. Inside folders, files that are none of these and thumbnails "
+            "the naming rule could have written are skipped.")))
+        + paragraph(localizedText(QStringLiteral(
+            "Exits with 0 when every PATH was handled, 1 when something gave no thumbnail, 2 on a usage "
+            "error.")))
+        + u'\n'
+        + paragraph(localizedText(
+            QStringLiteral("Settings for this run only (the stored settings are left as they are):")))
+        + optionHelp(Option::Section::Settings) + u'\n' + paragraph(localizedText(QStringLiteral("Running:")))
+        + optionHelp(Option::Section::Running) + u'\n'
+        + paragraph(localizedText(QStringLiteral(
+            "Settings (KEY, type, default, meaning), stored in $XDG_CONFIG_HOME/orvel/thumbnails.conf; "
+            "see 'orvel-thumbs defaults'. A file named 'defaults' is given as ./defaults.")))
+        + settingsHelp() + u'\n' + paragraph(localizedText(QStringLiteral("Examples:")))
+        + example(u"~/Pictures",
+            localizedText(
+                QStringLiteral("thumbnails of every picture below ~/Pictures, with the stored settings")))
+        + example(u"-s 256 -f png --folder small photos",
+            localizedText(QStringLiteral("256-pixel PNGs, each in a folder 'small' beside its source")))
+        + example(u"--output-dir /tmp/thumbs /media/card/DCIM",
+            localizedText(QStringLiteral(
+                "thumbnails of a read-only memory card in /tmp/thumbs/DCIM, in the card's folders")))
+        + example(u"--create icon --max-depth 1 ~/Downloads",
+            localizedText(
+                QStringLiteral("file-manager icons for the files of ~/Downloads, not of its sub-folders")))
+        + example(u"defaults write width 200",
+            localizedText(QStringLiteral("store a setting for the runs to come")));
 }
 
 namespace {
@@ -531,9 +573,15 @@ int runThumbnailer(const CommandLineOptions &options)
 
 int runCommandLine(const QStringList &arguments, const QString &executable, const QString &version)
 {
+    // Messages in the language the environment asks for, whatever the locale for numbers. A worker
+    // says nothing to the user and starts faster without the table.
+    if (arguments.value(0) != QStringView(WorkerArgument))
+        useTextLanguageOf(messageLocaleFromEnvironment());
     const CommandLineOptions options = parseCommandLine(arguments);
     if (!options.error.isEmpty()) {
-        writeText(stderr, u"orvel-thumbs: %1\nTry 'orvel-thumbs --help' for more.\n"_s.arg(options.error));
+        writeText(stderr,
+            u"orvel-thumbs: %1\n%2\n"_s.arg(
+                options.error, localizedText(QStringLiteral("Try 'orvel-thumbs --help' for more."))));
         return 2;
     }
     switch (options.mode) {
@@ -564,9 +612,20 @@ int runCommandLine(const QStringList &arguments, const QString &executable, cons
     const QString folder = QFileInfo(executable).absolutePath();
     if (WorkerEngine::locate(folder).isEmpty()) {
         writeText(stderr,
-            u"orvel-thumbs: the thumbnail engine %1 is missing beside %2\n"_s.arg(
-                QLatin1StringView(WorkerEngine::FileName), folder));
+            u"orvel-thumbs: "_s
+                + localizedText(QStringLiteral("the thumbnail engine %1 is missing beside %2"))
+                      .arg(QLatin1StringView(WorkerEngine::FileName), folder)
+                + u'\n');
         return 1;
+    }
+    // A file in the output folder's place would fail every thumbnail alike: one line says so.
+    if (const QFileInfo output(options.outputDir);
+        !options.outputDir.isEmpty() && output.exists() && !output.isDir()) {
+        writeText(stderr,
+            u"orvel-thumbs: "_s
+                + localizedText(QStringLiteral("the output folder %1 is a file")).arg(options.outputDir)
+                + u'\n');
+        return 2;
     }
     CommandLineOptions run = options;
     if (!run.filesFrom.isEmpty()) {
@@ -574,7 +633,9 @@ int runCommandLine(const QStringList &arguments, const QString &executable, cons
         const bool opened
             = run.filesFrom == u"-" ? list.open(stdin, QIODevice::ReadOnly) : list.open(QIODevice::ReadOnly);
         if (!opened) {
-            writeText(stderr, u"orvel-thumbs: cannot read %1: %2\n"_s.arg(run.filesFrom, list.errorString()));
+            writeText(stderr,
+                u"orvel-thumbs: %1\n"_s.arg(localizedText(QStringLiteral("cannot read %1: %2"))
+                                                .arg(run.filesFrom, list.errorString())));
             return 2;
         }
         const QList<QByteArray> names = list.readAll().split(run.nullSeparated ? '\0' : '\n');

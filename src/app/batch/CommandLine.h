@@ -44,6 +44,8 @@ struct CommandLineOptions
     bool nullSeparated = false;
     /// Leave a file alone whose thumbnail exists and is newer than it.
     bool skipUpToDate = false;
+    /// The folder the thumbnails go into, mirroring the walked folders; empty for beside the sources.
+    QString outputDir;
 
     QStringList defaultsArguments;
 

@@ -1,6 +1,7 @@
 // DefaultsCommand: "orvel-thumbs defaults": reads, writes and deletes keys of the settings store.
 #include "app/batch/DefaultsCommand.h"
 
+#include "app/shared/LocalizedText.h"
 #include "app/shared/ThumbnailSettings.h"
 #include "support/UserDefaults.h"
 
@@ -8,6 +9,8 @@
 #include <QLocale>
 
 #include <cmath>
+
+using namespace Qt::StringLiterals;
 
 namespace orvel {
 
@@ -28,10 +31,11 @@ bool isTypeOption(const QString &text)
 
 QString DefaultsCommand::usageText()
 {
-    return QStringLiteral(
-        "usage: orvel-thumbs defaults read [KEY]\n"
-        "       orvel-thumbs defaults write [--force] KEY [-int|-float|-bool|-string] VALUE\n"
-        "       orvel-thumbs defaults delete KEY\n");
+    const QString usage = localizedText(QStringLiteral("Usage:"));
+    const QString indent(usage.size(), u' ');
+    return usage + u" orvel-thumbs defaults read [KEY]\n"_s + indent
+        + u" orvel-thumbs defaults write [--force] KEY [-int|-float|-bool|-string]\n"_s + indent
+        + u"                             VALUE\n"_s + indent + u" orvel-thumbs defaults delete KEY\n"_s;
 }
 
 QString DefaultsCommand::formatValue(const QVariant &value)
@@ -78,7 +82,7 @@ QVariant DefaultsCommand::parseValue(const QString &type, const QString &text)
 int DefaultsCommand::run(const QStringList &arguments, UserDefaults &store, QString *output, QString *errors)
 {
     if (arguments.isEmpty())
-        return usageError(QStringLiteral("missing command"), errors);
+        return usageError(localizedText(QStringLiteral("missing command")), errors);
     if (arguments.first() == u"--help" || arguments.first() == u"-h") {
         *output += usageText();
         return 0;
@@ -88,15 +92,15 @@ int DefaultsCommand::run(const QStringList &arguments, UserDefaults &store, QStr
 
     if (command == u"read") {
         if (rest.size() > 1)
-            return usageError(QStringLiteral("too many arguments"), errors);
+            return usageError(localizedText(QStringLiteral("too many arguments")), errors);
         if (rest.isEmpty()) {
             // Every setting with the value in effect, the defaults marked; then any other key stored.
             QVariantMap all = store.dictionaryRepresentation();
             for (const SettingKey &key : settingKeys()) {
                 const QVariant stored = all.take(key.key());
-                *output += stored.isValid()
-                    ? QStringLiteral("%1 = %2\n").arg(key.key(), formatValue(stored))
-                    : QStringLiteral("%1 = %2 (default)\n").arg(key.key(), key.defaultText());
+                *output += stored.isValid() ? QStringLiteral("%1 = %2\n").arg(key.key(), formatValue(stored))
+                                            : u"%1 = %2 (%3)\n"_s.arg(key.key(), key.defaultText(),
+                                                localizedText(QStringLiteral("default")));
             }
             for (auto it = all.cbegin(); it != all.cend(); ++it)
                 *output += QStringLiteral("%1 = %2\n").arg(it.key(), formatValue(it.value()));
@@ -104,7 +108,8 @@ int DefaultsCommand::run(const QStringList &arguments, UserDefaults &store, QStr
         }
         const QVariant value = store.objectForKey(rest.first());
         if (!value.isValid()) {
-            *errors += QStringLiteral("orvel-thumbs defaults: the key %1 is not set (%2)\n")
+            *errors += (u"orvel-thumbs defaults: "_s
+                + localizedText(QStringLiteral("the key %1 is not set (%2)")) + u'\n')
                            .arg(rest.first(), store.filePath());
             return 1;
         }
@@ -124,17 +129,18 @@ int DefaultsCommand::run(const QStringList &arguments, UserDefaults &store, QStr
             type = rest.at(1);
             value = rest.at(2);
         } else if (rest.size() == 3) {
-            return usageError(QStringLiteral("unknown type %1").arg(rest.at(1)), errors);
+            return usageError(localizedText(QStringLiteral("unknown type %1")).arg(rest.at(1)), errors);
         } else {
-            return usageError(rest.size() < 2 ? QStringLiteral("missing KEY or VALUE")
-                                              : QStringLiteral("too many arguments"),
+            return usageError(rest.size() < 2 ? localizedText(QStringLiteral("missing KEY or VALUE"))
+                                              : localizedText(QStringLiteral("too many arguments")),
                 errors);
         }
         if (rest.first().isEmpty())
-            return usageError(QStringLiteral("empty KEY"), errors);
+            return usageError(localizedText(QStringLiteral("empty KEY")), errors);
         QVariant typed = parseValue(type, value);
         if (!typed.isValid())
-            return usageError(QStringLiteral("%1 is not a valid %2 value").arg(value, type.mid(1)), errors);
+            return usageError(
+                localizedText(QStringLiteral("%1 is not a valid %2 value")).arg(value, type.mid(1)), errors);
         // The thumbnail settings are checked against their schema; other keys only with --force.
         if (const SettingKey *known = findSettingKey(rest.first()); known && !force) {
             QString error;
@@ -144,28 +150,31 @@ int DefaultsCommand::run(const QStringList &arguments, UserDefaults &store, QStr
             typed = *checked;
         } else if (!known && !force) {
             return usageError(
-                QStringLiteral("unknown setting '%1' (write it anyway with defaults write --force)")
+                localizedText(
+                    QStringLiteral("unknown setting '%1' (write it anyway with defaults write --force)"))
                     .arg(rest.first()),
                 errors);
         }
         store.setObject(typed, rest.first());
     } else if (command == u"delete") {
         if (rest.size() != 1)
-            return usageError(
-                rest.isEmpty() ? QStringLiteral("missing KEY") : QStringLiteral("too many arguments"),
+            return usageError(rest.isEmpty() ? localizedText(QStringLiteral("missing KEY"))
+                                             : localizedText(QStringLiteral("too many arguments")),
                 errors);
         if (!store.objectForKey(rest.first()).isValid()) {
-            *errors += QStringLiteral("orvel-thumbs defaults: the key %1 is not set (%2)\n")
+            *errors += (u"orvel-thumbs defaults: "_s
+                + localizedText(QStringLiteral("the key %1 is not set (%2)")) + u'\n')
                            .arg(rest.first(), store.filePath());
             return 1;
         }
         store.removeObjectForKey(rest.first());
     } else {
-        return usageError(QStringLiteral("unknown command %1").arg(command), errors);
+        return usageError(localizedText(QStringLiteral("unknown command %1")).arg(command), errors);
     }
 
     if (!store.synchronize()) {
-        *errors += QStringLiteral("orvel-thumbs defaults: cannot write %1\n").arg(store.filePath());
+        *errors += (u"orvel-thumbs defaults: "_s + localizedText(QStringLiteral("cannot write %1")) + u'\n')
+                       .arg(store.filePath());
         return 1;
     }
     return 0;

@@ -1,6 +1,7 @@
 // Progress: the one-line progress bar of a batch on a terminal, and the batch's closing summary.
 #include "app/batch/Progress.h"
 
+#include "app/shared/LocalizedText.h"
 #include "support/NumberFormatter.h"
 
 #include <QStringList>
@@ -27,7 +28,7 @@ int terminalColumns(int fd)
 QString rateText(qint64 done, double seconds)
 {
     const double rate = seconds > 0 ? double(done) / seconds : 0.0;
-    return QString::number(rate, 'f', rate < 10 ? 1 : 0) + QStringLiteral(" files/s");
+    return localizedText(QStringLiteral("%1 files/s")).arg(QString::number(rate, 'f', rate < 10 ? 1 : 0));
 }
 
 } // namespace
@@ -59,19 +60,21 @@ QString Progress::formatLine(const Status &status, int columns)
     const QString rate = rateText(status.done, status.elapsedSeconds);
     // Without a total counted ahead the bar would only ever look nearly full: a count instead.
     QString count = status.totalKnown ? QStringLiteral("%1/%2").arg(status.done).arg(total)
-                                      : QStringLiteral("%1 done").arg(status.done);
+                                      : localizedText(QStringLiteral("%1 done")).arg(status.done);
     if (status.totalKnown)
         count += QStringLiteral(" %1%").arg(total > 0 ? 100 * status.done / total : 100);
     QString left;
+    const QString leftText = localizedText(QStringLiteral("%1 left"));
     if (status.totalKnown && status.done > 0 && status.done < total && status.elapsedSeconds > 0) {
         const qint64 seconds
             = qint64(status.elapsedSeconds * double(total - status.done) / double(status.done));
-        left = seconds >= 3600
-            ? QStringLiteral(" %1:%2:%3 left")
+        const QString time = seconds >= 3600
+            ? QStringLiteral("%1:%2:%3")
                   .arg(seconds / 3600)
                   .arg(seconds / 60 % 60, 2, 10, QChar(u'0'))
                   .arg(seconds % 60, 2, 10, QChar(u'0'))
-            : QStringLiteral(" %1:%2 left").arg(seconds / 60).arg(seconds % 60, 2, 10, QChar(u'0'));
+            : QStringLiteral("%1:%2").arg(seconds / 60).arg(seconds % 60, 2, 10, QChar(u'0'));
+        left = u' ' + leftText.arg(time);
     }
 
     // Never use the last column: writing there makes some terminals wrap the line.
@@ -104,16 +107,18 @@ QString Progress::formatSummary(
 {
     QStringList parts;
     if (thumbnails > 0 || icons == 0)
-        parts << (thumbnails == 1 ? QStringLiteral("1 thumbnail made")
-                                  : QStringLiteral("%1 thumbnails made").arg(thumbnails));
+        parts << (thumbnails == 1 ? localizedText(QStringLiteral("1 thumbnail made"))
+                                  : localizedText(QStringLiteral("%1 thumbnails made")).arg(thumbnails));
     if (icons > 0)
-        parts << (icons == 1 ? QStringLiteral("1 icon set") : QStringLiteral("%1 icons set").arg(icons));
+        parts << (icons == 1 ? localizedText(QStringLiteral("1 icon set"))
+                             : localizedText(QStringLiteral("%1 icons set")).arg(icons));
     if (skipped > 0)
-        parts << QStringLiteral("%1 skipped").arg(skipped);
-    parts << QStringLiteral("%1 failed").arg(failed);
+        parts << localizedText(QStringLiteral("%1 skipped")).arg(skipped);
+    parts << localizedText(QStringLiteral("%1 failed")).arg(failed);
     parts << QStringLiteral("%1 s").arg(seconds, 0, 'f', 1);
     if (bytesWritten > 0)
-        parts << QStringLiteral("%1 written").arg(NumberFormatter::stringForSize(quint64(bytesWritten)));
+        parts << localizedText(QStringLiteral("%1 written"))
+                     .arg(NumberFormatter::stringForSize(quint64(bytesWritten)));
     return parts.join(QStringLiteral(", "));
 }
 

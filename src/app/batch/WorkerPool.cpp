@@ -306,7 +306,8 @@ WorkerPool::~WorkerPool()
     }
 }
 
-void WorkerPool::submit(qint64 tag, const QString &path, const QString &outputPath)
+void WorkerPool::submit(
+    qint64 tag, const QString &path, const QString &outputPath, const QString &outputFolder)
 {
     Private::Job job;
     job.tag = tag;
@@ -332,7 +333,7 @@ void WorkerPool::submit(qint64 tag, const QString &path, const QString &outputPa
             d->finishJob(worker, false, u"cannot start a worker process: %1"_s.arg(error));
             return;
         }
-        if (writeFrame(worker.process->channel(), utf16Bytes(path))) {
+        if (writeFrame(worker.process->channel(), requestFrame(path, outputFolder))) {
             worker.busy = true;
             worker.job = job;
             worker.job.deadline = Clock::now() + std::chrono::seconds(d->options.timeoutSeconds);

@@ -77,8 +77,10 @@ public:
     WorkerPool &operator=(const WorkerPool &) = delete;
 
     /// Hands the file at path (resolved) to a worker; outputPath is the file its job writes, empty
-    /// when none. Waits first until a worker is free and no running job conflicts with this one.
-    void submit(qint64 tag, const QString &path, const QString &outputPath);
+    /// when none, and outputFolder the folder it writes it into when not beside the source. Waits
+    /// first until a worker is free and no running job conflicts with this one.
+    void submit(
+        qint64 tag, const QString &path, const QString &outputPath, const QString &outputFolder = QString());
 
     /// Waits for every running job that may change what is at path (see the class comment).
     void waitForChangesAt(const QString &path);

@@ -137,10 +137,11 @@ void sharpen(const ImagePtr &thumbnail, ThumbnailSettings::Sharpening sharpening
 }
 
 /// Encodes the thumbnail and writes it to its path, never over its own source.
-Failure writeThumbnail(const ImagePtr &thumbnail, const QString &path, const ThumbnailSettings &s)
+Failure writeThumbnail(
+    const ImagePtr &thumbnail, const QString &path, const ThumbnailSettings &s, const QString &outputFolder)
 {
-    const QString out = s.outputPathFor(path);
-    if (s.namingRule() == ThumbnailSettings::NamingRule::SubFolder)
+    const QString out = s.outputPathFor(path, outputFolder);
+    if (s.namingRule() == ThumbnailSettings::NamingRule::SubFolder || !outputFolder.isEmpty())
         FileManager::createPathToFile(out); // its answer is not checked: the write says what matters
     if (FileManager::isSameFileAtPaths(out, path))
         return u"the thumbnail would replace its source %1"_s.arg(out);
@@ -163,7 +164,8 @@ Failure writeThumbnail(const ImagePtr &thumbnail, const QString &path, const Thu
     return std::nullopt;
 }
 
-Failure makeThumbnail(const QString &path, const ThumbnailSettings &s, ThumbnailJob::Mode mode)
+Failure makeThumbnail(
+    const QString &path, const ThumbnailSettings &s, ThumbnailJob::Mode mode, const QString &outputFolder)
 {
     if (isAppleDoubleCompanion(path))
         return CompanionText;
@@ -197,11 +199,13 @@ Failure makeThumbnail(const QString &path, const ThumbnailSettings &s, Thumbnail
     }
     // With create mode 1 the icon is made from the sharpened thumbnail.
     sharpen(thumbnail, s.sharpening());
-    if (dryRun)
-        return FileManager::isSameFileAtPaths(s.outputPathFor(path), path)
-            ? Failure(u"the thumbnail would replace its source %1"_s.arg(s.outputPathFor(path)))
+    if (dryRun) {
+        const QString out = s.outputPathFor(path, outputFolder);
+        return FileManager::isSameFileAtPaths(out, path)
+            ? Failure(u"the thumbnail would replace its source %1"_s.arg(out))
             : Failure();
-    return writeThumbnail(thumbnail, path, s);
+    }
+    return writeThumbnail(thumbnail, path, s, outputFolder);
 }
 
 } // namespace
@@ -222,9 +226,11 @@ ImagePtr ThumbnailJob::loadSource(const QString &path, QString *error)
     return image;
 }
 
-QString ThumbnailJob::outputPathForFile(const QString &path, UserDefaults *defaults)
+QString ThumbnailJob::outputPathForFile(
+    const QString &path, UserDefaults *defaults, const QString &outputFolder)
 {
-    return ThumbnailSettings::read(defaults ? *defaults : UserDefaults::standard()).thumbnailPathFor(path);
+    return ThumbnailSettings::read(defaults ? *defaults : UserDefaults::standard())
+        .thumbnailPathFor(path, outputFolder);
 }
 
 bool ThumbnailJob::processFile(const QString &path, UserDefaults *defaults, QString *error)
@@ -233,11 +239,11 @@ bool ThumbnailJob::processFile(const QString &path, UserDefaults *defaults, QStr
 }
 
 ThumbnailJob::Outcome ThumbnailJob::run(
-    const QString &path, UserDefaults *defaults, QString *error, Mode mode)
+    const QString &path, UserDefaults *defaults, QString *error, Mode mode, const QString &outputFolder)
 {
     const ThumbnailSettings settings
         = ThumbnailSettings::read(defaults ? *defaults : UserDefaults::standard());
-    const Failure failed = makeThumbnail(path, settings, mode);
+    const Failure failed = makeThumbnail(path, settings, mode, outputFolder);
     if (!failed)
         return Outcome::Made;
     (void)failure(error, *failed);

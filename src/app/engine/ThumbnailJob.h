@@ -30,9 +30,11 @@ public:
         Write, ///< write the thumbnail or give the icon
         DryRun, ///< load and render as for real, then write nothing: Made says it would be made
     };
-    /// processFile() telling a file it skips from one it fails on.
+    /// processFile() telling a file it skips from one it fails on. A thumbnail file goes into
+    /// outputFolder (created when missing) instead of beside its source when that is not empty;
+    /// an icon is always the source's own.
     [[nodiscard]] static Outcome run(const QString &path, UserDefaults *defaults = nullptr,
-        QString *error = nullptr, Mode mode = Mode::Write);
+        QString *error = nullptr, Mode mode = Mode::Write, const QString &outputFolder = QString());
 
     /// Classifies and loads the file as the job does: PDF and the PostScript family first (a
     /// document drawn when first needed), then pictures (decoded whole, orientation applied), then
@@ -40,9 +42,11 @@ public:
     /// load; error then says why.
     [[nodiscard]] static std::shared_ptr<Image> loadSource(const QString &path, QString *error);
 
-    /// The thumbnail file the job writes for path with the settings of defaults; empty when it writes
-    /// none (create mode 2, an unknown create mode or format). The path is not resolved or checked.
-    [[nodiscard]] static QString outputPathForFile(const QString &path, UserDefaults *defaults = nullptr);
+    /// The thumbnail file the job writes for path with the settings of defaults (into outputFolder
+    /// when that is not empty); empty when it writes none (create mode 2, an unknown create mode or
+    /// format). The path is not resolved or checked.
+    [[nodiscard]] static QString outputPathForFile(
+        const QString &path, UserDefaults *defaults = nullptr, const QString &outputFolder = QString());
 };
 
 } // namespace orvel

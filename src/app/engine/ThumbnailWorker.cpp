@@ -139,14 +139,16 @@ int ThumbnailWorker::run(const WorkerOptions &options)
 
     QByteArray request;
     while (detail::readFrame(channel, &request)) {
-        const QString path = detail::stringFromUtf16Bytes(request.constData(), request.size());
+        QString path;
+        QString outputFolder;
+        detail::readRequest(request, &path, &outputFolder);
         QString reason;
         ThumbnailJob::Outcome outcome = ThumbnailJob::Outcome::Failed;
         pendingAnswerChannel.store(channel);
         fileStartedAt.store(steadySeconds());
         try {
             outcome = ThumbnailJob::run(path, &defaults, &reason,
-                options.dryRun ? ThumbnailJob::Mode::DryRun : ThumbnailJob::Mode::Write);
+                options.dryRun ? ThumbnailJob::Mode::DryRun : ThumbnailJob::Mode::Write, outputFolder);
         } catch (const std::exception &e) {
             reason = QStringLiteral("internal error: %1").arg(QString::fromLocal8Bit(e.what()));
         } catch (...) {
@@ -159,7 +161,7 @@ int ThumbnailWorker::run(const WorkerOptions &options)
         if (outcome == ThumbnailJob::Outcome::Made) {
             // The size of the thumbnail as it is now, right after the job wrote it; none for an icon.
             const QString output
-                = options.dryRun ? QString() : ThumbnailJob::outputPathForFile(path, &defaults);
+                = options.dryRun ? QString() : ThumbnailJob::outputPathForFile(path, &defaults, outputFolder);
             answer = detail::madeAnswer(output.isEmpty() ? 0 : QFileInfo(output).size());
         } else {
             answer = QByteArray(

@@ -2,6 +2,7 @@
 // thumbnail goes.
 #include "app/shared/ThumbnailSettings.h"
 
+#include "app/shared/LocalizedText.h"
 #include "app/shared/WorkerOptions.h"
 #include "image/BitmapFileType.h"
 #include "support/Failure.h"
@@ -97,34 +98,38 @@ std::optional<QVariant> SettingKey::checkedValue(const QVariant &value, QString 
         typed = typedSettingValue(value.toString());
 
     const auto refuse = [&](const QString &takes) {
-        QString why = u"%1 takes %2, not '%3'"_s.arg(key(), takes, value.toString());
+        QString why
+            = localizedText(QStringLiteral("%1 takes %2, not '%3'")).arg(key(), takes, value.toString());
         if (option && type == Type::Integer && typed.typeId() == QMetaType::QString)
-            why += u" (try %1 %2)"_s.arg(QString::fromUtf16(option), value.toString());
+            why += u" ("_s
+                + localizedText(QStringLiteral("try %1 %2")).arg(QString::fromUtf16(option), value.toString())
+                + u')';
         return failure<std::optional<QVariant>>(error, why);
     };
-    const auto range
-        = [&] { return QString::number(minimum, 'g', 10) + u" to "_s + QString::number(maximum, 'g', 10); };
+    const auto range = [&](const QString &text) {
+        return text.arg(QString::number(minimum, 'g', 10), QString::number(maximum, 'g', 10));
+    };
     const int id = typed.typeId();
     const bool whole = id == QMetaType::LongLong || id == QMetaType::Int || id == QMetaType::UInt;
     const bool number = whole || id == QMetaType::Double || id == QMetaType::Float;
     switch (type) {
     case Type::Integer:
         if (!whole || typed.toLongLong() < qint64(minimum) || typed.toLongLong() > qint64(maximum))
-            return refuse(u"a whole number from "_s + range());
+            return refuse(range(localizedText(QStringLiteral("a whole number from %1 to %2"))));
         return QVariant(typed.toLongLong());
     case Type::Float:
         if (!number || !(typed.toDouble() >= minimum) || !(typed.toDouble() <= maximum))
-            return refuse(u"a number from "_s + range());
+            return refuse(range(localizedText(QStringLiteral("a number from %1 to %2"))));
         return QVariant(typed.toDouble());
     case Type::Boolean:
         if (id != QMetaType::Bool)
-            return refuse(u"true or false"_s);
+            return refuse(localizedText(QStringLiteral("true or false")));
         return typed;
     case Type::String:
         break;
     }
     if (id != QMetaType::QString)
-        return refuse(u"a text"_s);
+        return refuse(localizedText(QStringLiteral("a text")));
     return typed;
 }
 
@@ -222,6 +227,23 @@ QString ThumbnailSettings::outputPathFor(const QString &path) const
         appendingComponent(folderOf(path), extension), deletingPathExtension(lastComponent(path)) + suffix);
 }
 
+QString ThumbnailSettings::outputPathFor(const QString &path, const QString &folder) const
+{
+    if (folder.isEmpty())
+        return outputPathFor(path);
+    const QString name = deletingPathExtension(lastComponent(path)) + u'.' + fileExtension();
+    switch (namingRule()) {
+    case NamingRule::Suffix:
+        return appendingComponent(folder, deletingPathExtension(lastComponent(path)) + extension) + u'.'
+            + fileExtension();
+    case NamingRule::Prefix:
+        return appendingComponent(folder, extension + name);
+    case NamingRule::SubFolder:
+        break;
+    }
+    return appendingComponent(appendingComponent(folder, extension), name);
+}
+
 bool ThumbnailSettings::couldHaveWritten(const QString &path) const
 {
     if (extension.isEmpty())
@@ -252,6 +274,12 @@ QString ThumbnailSettings::thumbnailPathFor(const QString &path) const
     if (fileExtension().isNull() || !createMode() || createMode() == CreateMode::Icon)
         return QString();
     return outputPathFor(path);
+}
+
+QString ThumbnailSettings::thumbnailPathFor(const QString &path, const QString &folder) const
+{
+    const QString beside = thumbnailPathFor(path);
+    return beside.isEmpty() || folder.isEmpty() ? beside : outputPathFor(path, folder);
 }
 
 } // namespace orvel

@@ -51,29 +51,29 @@ struct SettingKey
 
 namespace Setting {
 inline constexpr SettingKey FileType { u"filetype", SettingKey::Type::Integer, 3, nullptr,
-    u"output format: 0 TIFF, 1 BMP, 2 GIF, 3 JPEG, 4 PNG, 5 JPEG 2000", 0, 5, u"--format" };
+    QT_TR_NOOP(u"output format: 0 TIFF, 1 BMP, 2 GIF, 3 JPEG, 4 PNG, 5 JPEG 2000"), 0, 5, u"--format" };
 inline constexpr SettingKey Width { u"width", SettingKey::Type::Integer, 128, nullptr,
-    u"width of the box a thumbnail must fit, in pixels", 1, 1000000 };
+    QT_TR_NOOP(u"width of the box a thumbnail must fit, in pixels"), 1, 1000000 };
 inline constexpr SettingKey Height { u"height", SettingKey::Type::Integer, 128, nullptr,
-    u"height of the box a thumbnail must fit, in pixels", 1, 1000000 };
+    QT_TR_NOOP(u"height of the box a thumbnail must fit, in pixels"), 1, 1000000 };
 inline constexpr SettingKey Sizing { u"sizing", SettingKey::Type::Integer, 0, nullptr,
-    u"0 fit the box; anything else scale by scale", 0, 1 };
+    QT_TR_NOOP(u"0 fit the box; anything else scale by scale"), 0, 1 };
 inline constexpr SettingKey Scale { u"scale", SettingKey::Type::Float, 1.0, nullptr,
-    u"scale factor of the source's pixel size", 0.0001, 1 };
+    QT_TR_NOOP(u"scale factor of the source's pixel size"), 0.0001, 1 };
 inline constexpr SettingKey Quality { u"quality", SettingKey::Type::Float, 0.8, nullptr,
-    u"compression factor, 0 to 1", 0, 1 };
+    QT_TR_NOOP(u"compression factor, 0 to 1"), 0, 1 };
 inline constexpr SettingKey Interpolation { u"Antialiasing", SettingKey::Type::Integer, 3, nullptr,
-    u"interpolation: 0 default, 1 none, 2 low, 3 high", 0, 3, u"--interpolation" };
+    QT_TR_NOOP(u"interpolation: 0 default, 1 none, 2 low, 3 high"), 0, 3, u"--interpolation" };
 inline constexpr SettingKey Sharpen { u"sharpen", SettingKey::Type::Integer, 0, nullptr,
-    u"0 none, 1 light, 2 medium, 3 strong", 0, 3, u"--sharpen" };
+    QT_TR_NOOP(u"0 none, 1 light, 2 medium, 3 strong"), 0, 3, u"--sharpen" };
 inline constexpr SettingKey Extension { u"extension", SettingKey::Type::String, 0, u"_thumb",
-    u"suffix, prefix or sub-folder name" };
+    QT_TR_NOOP(u"suffix, prefix or sub-folder name") };
 inline constexpr SettingKey ExtensionFormat { u"extensionFormat", SettingKey::Type::Integer, 1, nullptr,
-    u"1 suffix, 0 prefix, anything else a sub-folder", 0, 2 };
+    QT_TR_NOOP(u"1 suffix, 0 prefix, anything else a sub-folder"), 0, 2 };
 inline constexpr SettingKey Create { u"create", SettingKey::Type::Integer, 0, nullptr,
-    u"0 thumbnail, 1 thumbnail and its icon, 2 icon of the source", 0, 2, u"--create" };
+    QT_TR_NOOP(u"0 thumbnail, 1 thumbnail and its icon, 2 icon of the source"), 0, 2, u"--create" };
 inline constexpr SettingKey QuitWhenDone { u"QuitWhenDone", SettingKey::Type::Boolean, 1, nullptr,
-    u"desktop application: quit after a launch by drop" };
+    QT_TR_NOOP(u"desktop application: quit after a launch by drop") };
 } // namespace Setting
 
 /// Every setting, in the order of the README's table.
@@ -121,6 +121,9 @@ struct ThumbnailSettings
     [[nodiscard]] QString fileExtension() const;
     /// The thumbnail's path for the source at path by the naming rule, whatever the create mode.
     [[nodiscard]] QString outputPathFor(const QString &path) const;
+    /// The same, with the thumbnail (or its sub-folder) in folder instead of beside the source;
+    /// an empty folder means the source's own.
+    [[nodiscard]] QString outputPathFor(const QString &path, const QString &folder) const;
     /// Whether the file at path could be a thumbnail that this naming rule wrote: its name carries
     /// the naming string and an output format's extension where the rule puts them, or (the
     /// sub-folder rule) it lies in a folder of that name. Never for an empty naming string. A walk
@@ -129,6 +132,8 @@ struct ThumbnailSettings
     /// outputPathFor(path) when the job writes a thumbnail file (create mode 0 or 1 and a known
     /// format); empty otherwise.
     [[nodiscard]] QString thumbnailPathFor(const QString &path) const;
+    /// thumbnailPathFor() with the thumbnail written into folder (the source's own when empty).
+    [[nodiscard]] QString thumbnailPathFor(const QString &path, const QString &folder) const;
 };
 
 } // namespace orvel

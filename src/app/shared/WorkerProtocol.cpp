@@ -67,6 +67,21 @@ QByteArray utf16Bytes(const QString &text)
         reinterpret_cast<const char *>(text.utf16()), text.size() * qsizetype(sizeof(char16_t)));
 }
 
+QByteArray requestFrame(const QString &path, const QString &outputFolder)
+{
+    if (outputFolder.isEmpty())
+        return utf16Bytes(path);
+    return utf16Bytes(path + QChar(u'\0') + outputFolder);
+}
+
+void readRequest(const QByteArray &payload, QString *path, QString *outputFolder)
+{
+    const QString text = stringFromUtf16Bytes(payload.constData(), payload.size());
+    const qsizetype nul = text.indexOf(QChar(u'\0'));
+    *path = nul < 0 ? text : text.left(nul);
+    *outputFolder = nul < 0 ? QString() : text.mid(nul + 1);
+}
+
 QByteArray madeAnswer(qint64 bytesWritten)
 {
     QByteArray answer(1, AnswerMade);

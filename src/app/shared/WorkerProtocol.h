@@ -1,8 +1,9 @@
 // The frames that the batch runner and its worker processes exchange.
 //
 // The protocol on the socket that is a worker's standard input and output is a sequence of frames,
-// each a native 32-bit byte count and that many bytes. A request is the file's path in UTF-16; an
-// answer is one byte (1 made, 0 failed, 2 skipped) followed, for a file made, by the size of the
+// each a native 32-bit byte count and that many bytes. A request is the file's path in UTF-16,
+// followed, when the thumbnail goes into a folder of its own, by a NUL and that folder. An answer
+// is one byte (1 made, 0 failed, 2 skipped) followed, for a file made, by the size of the
 // thumbnail written as a native 64-bit count, else by the reason in UTF-16. Paths travel as
 // QString's own code units, so any name that reached the walk reaches the job unchanged.
 #pragma once
@@ -26,6 +27,11 @@ bool writeFrame(int fd, const QByteArray &payload);
 bool readFrame(int fd, QByteArray *payload);
 
 [[nodiscard]] QByteArray utf16Bytes(const QString &text);
+/// The request for the file at path whose thumbnail goes into outputFolder (beside it when empty).
+[[nodiscard]] QByteArray requestFrame(const QString &path, const QString &outputFolder);
+/// The path and the output folder (empty when none) of a request's payload. A path holds no NUL,
+/// so a request of the path alone, as older runners send it, reads the same.
+void readRequest(const QByteArray &payload, QString *path, QString *outputFolder);
 /// The answer for a file made, with the bytes written.
 [[nodiscard]] QByteArray madeAnswer(qint64 bytesWritten);
 /// The bytes written that a made answer's payload (its first byte included) carries; 0 without them.

@@ -406,11 +406,12 @@ std::set<QString> shownTexts()
     }
     EXPECT_FALSE(xml.hasError()) << xml.errorString().toStdString();
 
-    // localizedText(QStringLiteral("..." "...")): adjacent literals joined.
-    static const QRegularExpression call(uR"re(localizedText\(QStringLiteral\(((?:\s*"[^"\\]*")+)\)\))re"_s);
+    // localizedText(QStringLiteral("..." "...")) and QT_TR_NOOP(u"..." u"..."): adjacent literals joined.
+    static const QRegularExpression call(
+        uR"re((?:localizedText\(\s*QStringLiteral\(|QT_TR_NOOP\()((?:\s*u?"[^"\\]*")+)\))re"_s);
     static const QRegularExpression literal(uR"re("([^"\\]*)")re"_s);
-    QDirIterator sources(
-        u"" ORVEL_SOURCE_DIR "/src/app"_s, { u"*.cpp"_s }, QDir::Files, QDirIterator::Subdirectories);
+    QDirIterator sources(u"" ORVEL_SOURCE_DIR "/src/app"_s, { u"*.cpp"_s, u"*.h"_s }, QDir::Files,
+        QDirIterator::Subdirectories);
     while (sources.hasNext()) {
         QFile source(sources.next());
         EXPECT_TRUE(source.open(QIODevice::ReadOnly));
