@@ -192,20 +192,16 @@ void expectParallelRunsMatchOneByOne(
     for (QString &line : oneByOne.failures)
         line.replace(roots[0], u"ROOT"_s);
 
-    QByteArray errJ1;
-    QByteArray errJ3;
-    const int statusJ1
-        = runThumbs(dir, options + QStringList { u"-j1"_s } + argumentsFor(roots[1]), nullptr, &errJ1);
-    const int statusJ3
-        = runThumbs(dir, options + QStringList { u"-j3"_s } + argumentsFor(roots[2]), nullptr, &errJ3);
-
-    EXPECT_EQ(statusJ1, ok ? 0 : 1);
-    EXPECT_EQ(statusJ3, ok ? 0 : 1);
     const auto expected = snapshot(roots[0]);
-    EXPECT_EQ(snapshot(roots[1]), expected);
-    EXPECT_EQ(snapshot(roots[2]), expected);
-    EXPECT_EQ(failureLines(errJ1, roots[1]), oneByOne.failures) << errJ1.toStdString();
-    EXPECT_EQ(failureLines(errJ3, roots[2]), oneByOne.failures) << errJ3.toStdString();
+    for (int i = 1; i <= 2; ++i) {
+        const QString jobs = i == 1 ? u"-j1"_s : u"-j3"_s;
+        QByteArray err;
+        EXPECT_EQ(runThumbs(dir, options + QStringList { jobs } + argumentsFor(roots[i]), nullptr, &err),
+            ok ? 0 : 1)
+            << jobs;
+        EXPECT_EQ(snapshot(roots[i]), expected) << jobs;
+        EXPECT_EQ(failureLines(err, roots[i]), oneByOne.failures) << jobs << err.toStdString();
+    }
 }
 
 } // namespace
