@@ -4,6 +4,7 @@
 
 #include <QCryptographicHash>
 #include <QDir>
+#include <QDirIterator>
 #include <QFileInfo>
 #include <QImageReader>
 #include <QPainter>
@@ -42,13 +43,9 @@ QImage filledImage(int w, int h, QColor colour, QImage::Format format = QImage::
 QStringList filesUnder(const QString &dir)
 {
     QStringList out;
-    const QDir root(dir);
-    for (const QFileInfo &fi :
-        root.entryInfoList(QDir::Files | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot))
-        out << fi.fileName();
-    for (const QFileInfo &fi : root.entryInfoList(QDir::Dirs | QDir::Hidden | QDir::NoDotAndDotDot))
-        for (const QString &f : filesUnder(fi.filePath()))
-            out << fi.fileName() + u'/' + f;
+    QDirIterator it(dir, QDir::Files | QDir::Hidden | QDir::System, QDirIterator::Subdirectories);
+    while (it.hasNext())
+        out << it.next().mid(dir.size() + 1);
     out.sort();
     return out;
 }

@@ -21,15 +21,7 @@ using namespace orvel::test;
 
 namespace {
 
-QSize sizeOf(const QString &path)
-{
-    try {
-        const vips::VImage image = vips::VImage::new_from_file(path.toUtf8().constData());
-        return QSize(image.width(), image.height());
-    } catch (const vips::VError &) {
-        return {};
-    }
-}
+QSize sizeOf(const QString &path) { return loadImage(path).size(); }
 
 /// One source, one change of the settings, and what the job then makes, or why it makes nothing.
 struct SettingCase
@@ -170,7 +162,7 @@ TEST_F(ThumbnailJobTest, IconModesWriteTheThumbnailCacheAndTheClassicIconAndKeep
         IconService::cachePathForFile(file(u"p_thumb.jpg"_s), IconService::CacheSize::Normal)));
     expectClassicIcon(file(u"p_thumb.jpg"_s), { 16, 32 });
 
-    // A large icon family goes to the companion file, which the next run over the folder passes by.
+    // A large icon family goes to the companion file.
     ASSERT_TRUE(writeTestImage(file(u"wide.png"_s), 1200, 600));
     set(u"create"_s, 2);
     ASSERT_TRUE(run(u"wide.png"_s));
@@ -185,25 +177,6 @@ TEST_F(ThumbnailJobTest, IconModesWriteTheThumbnailCacheAndTheClassicIconAndKeep
     ASSERT_TRUE(run(u"n.png"_s));
     EXPECT_FALSE(QFileInfo::exists(file(u"._n_thumb.jpg"_s)));
     EXPECT_FALSE(hasCustomIconOfFile(file(u"n_thumb.jpg"_s)));
-    for (const QString &companion : entries().filter(u"._"_s)) {
-        QString why;
-        EXPECT_EQ(ThumbnailJob::run(file(companion), &defaults(), &why), ThumbnailJob::Outcome::Skipped)
-            << companion;
-    }
-}
-
-TEST_F(ThumbnailJobTest, AClassicIconThatCannotBeStoredLeavesTheCacheIconAndTheAnswerYes)
-{
-    ASSERT_TRUE(writeNoisyPng(file(u"n.png"_s), 300));
-    // A folder where the companion file would go: the family is too large for an attribute.
-    ASSERT_TRUE(QDir().mkdir(file(u"._n.png"_s)));
-    set(u"create"_s, 2);
-    ASSERT_TRUE(run(u"n.png"_s));
-    EXPECT_TRUE(
-        QFileInfo::exists(IconService::cachePathForFile(file(u"n.png"_s), IconService::CacheSize::Normal)));
-    EXPECT_FALSE(hasCustomIconOfFile(file(u"n.png"_s))) << "no flag without its icon";
-    const auto fork = ResourceFork::resourceForkForReadingAtPath(file(u"n.png"_s));
-    EXPECT_TRUE(!fork || fork->dataForType(IconFamily, ClassicIcon::ResourceID).isNull());
 }
 
 TEST_F(ThumbnailJobTest, DocumentsAndMoviesGiveTheirPicture)

@@ -19,16 +19,13 @@ using namespace orvel::test;
 
 namespace {
 
-/// The thumbnailer entry as it is installed, its programs in the build folder.
+/// The thumbnailer entry's command as it is installed, its programs in the build folder.
 QString entryExecLine()
 {
-    const QString entry = QString::fromUtf8(
-        readBytes(u"" ORVEL_DATA_BUILD_DIR "/thumbnailers/org.orvel.Thumbnails.thumbnailer"_s));
-    for (const QString &line : entry.split(u'\n')) {
-        if (line.startsWith(u"Exec="_s))
-            return line.mid(5).replace(u"@ORVEL_BINDIR@"_s, QFileInfo(thumbsExecutable()).absolutePath());
-    }
-    return {};
+    return readKeyFile(u"" ORVEL_DATA_BUILD_DIR "/thumbnailers/org.orvel.Thumbnails.thumbnailer"_s)
+        .value(u"Thumbnailer Entry"_s)
+        .value(u"Exec"_s)
+        .replace(u"@ORVEL_BINDIR@"_s, QFileInfo(thumbsExecutable()).absolutePath());
 }
 
 /// The entry's command with its field codes filled in: %s the size, %i the input, %o the output.

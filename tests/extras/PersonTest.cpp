@@ -103,7 +103,6 @@ TEST(ABValuesForKey, NilEmptyOrTheStrings)
     EXPECT_EQ(ABValuesForKey(p, PersonProperty::Birthday), std::nullopt);
     EXPECT_EQ(ABValuesForKey(p, PersonProperty::Note), QStringList { "a note" });
     EXPECT_EQ(ABValuesForKey(p, PersonProperty::Email), QStringList());
-    EXPECT_EQ(p.emailAdresses(), QStringList());
     EXPECT_EQ(p.phoneNumbers(), (QStringList { "555", "556" }));
 }
 

@@ -1,10 +1,13 @@
-// Cards as the major exporters write them, read from real files: a Mac's Contacts, Outlook's vCard 2.1,
-// a vCard 4.0 company card.
+// The vCard reader on cards as the major exporters write them, read from real files, and on what
+// real exports and hostile files do: folding, encodings, parameter forms, escapes, groups, several
+// and broken cards, and input past every limit.
 #include "extras/VCardReader.h"
 
 #include "testlib/TestSupport.h"
 
 #include <QDate>
+#include <QFile>
+#include <QStringEncoder>
 #include <QUrl>
 
 #include <gtest/gtest.h>
@@ -13,6 +16,270 @@ using namespace orvel;
 using namespace Qt::StringLiterals;
 
 namespace {
+
+QByteArray card(const QByteArray &lines, const char *version = "3.0")
+{
+    return "BEGIN:VCARD\r\nVERSION:" + QByteArray(version) + "\r\n" + lines + "END:VCARD\r\n";
+}
+
+std::optional<Person> read(const QByteArray &lines, const char *version = "3.0")
+{
+    return Person::initWithVCardRepresentation(card(lines, version));
+}
+
+// A property as the record shows it.
+QString shown(const Person &p, QStringView property)
+{
+    return p.stringForProperty(property, p.valueForProperty(property));
+}
+
+QString first(const QByteArray &data, QStringView property)
+{
+    const std::optional<Person> p = Person::initWithVCardRepresentation(data);
+    return p ? shown(*p, property) : u"(nil)"_s;
+}
+
+/// A named input and what is read from it.
+struct ReadCase
+{
+    const char *what;
+    QByteArray data;
+    QString expected;
+};
+
+TEST(NoteText, FoldingEscapesAndEncodingsDecodeAsWritten)
+{
+    const ReadCase cases[] = {
+        { "CR LF space", card("NOTE:Long li\r\n ne\r\n"), "Long line" },
+        { "LF tab", card("NOTE:Long li\n\tne\n"), "Long line" },
+        { "lone CR", card("NOTE:Long li\r ne\r"), "Long line" },
+        { "inside a UTF-8 sequence",
+            card("NOTE:Gr\xC3\r\n \xBC\xC3\r\n \x9F"
+                 "e\r\n"),
+            u"Grüße"_s },
+        { "2.1 keeps the blank", card("NOTE:two\r\n words\r\n", "2.1"), "two words" },
+        { "escapes", card("NOTE:a\\nb\\, c\\; d\\\\e\\qf\r\n"), "a\nb, c; d\\e\\qf" },
+        { "2.1 backslashes stay", card("NOTE:C:\\new\\; x\r\n", "2.1"), "C:\\new; x" },
+        { "soft breaks", card("NOTE;ENCODING=QUOTED-PRINTABLE:a=3Db=\r\nc=\r\n=C3=A9\r\n"), u"a=bcé"_s },
+        { "bare 2.1 encoding", card("NOTE;QUOTED-PRINTABLE:x=20y\r\n", "2.1"), "x y" },
+        { "broken escape kept", card("NOTE;ENCODING=QUOTED-PRINTABLE:100=% =ZZ\r\n"), "100=% =ZZ" },
+        { "windows-1251", card("NOTE;CHARSET=windows-1251:\xC8\xE2\xE0\xED\r\n"), u"Иван"_s },
+        { "Mac Roman", card("NOTE;CHARSET=macintosh:Caf\x8E\r\n"), u"Café"_s },
+        { "ISO-8859-15", card("NOTE;CHARSET=\"ISO-8859-15\":\xA4 5\r\n"), u"€ 5"_s },
+        { "quoted-printable Latin-1", card("NOTE;ENCODING=QUOTED-PRINTABLE;CHARSET=ISO-8859-1:=E9t=E9\r\n"),
+            u"été"_s },
+        { "base64 text", card("NOTE;ENCODING=b:SGVsbG8=\r\n"), "Hello" },
+        { "invalid UTF-8 read as a code page", card("NOTE:caf\xE9 \x80\r\n"), u"café €"_s },
+        { "unknown charset", card("NOTE;CHARSET=x-nonesuch:na\xEFve\r\n"), u"naïve"_s },
+    };
+    for (const ReadCase &c : cases)
+        EXPECT_EQ(first(c.data, PersonProperty::Note), c.expected) << c.what;
+}
+
+TEST(StructuredValues, EscapedSeparatorsStayInTheirComponent)
+{
+    const std::optional<Person> p = read("N:O\\;Brien;Ann\\, Jo;;;\r\n"
+                                         "ORG:Smith\\, Jones \\; Co;Law\\;Tax\r\n"
+                                         "ADR:;;Flat 1\\, 2 High St;Leeds;;LS1 1AA;UK;extra\r\n");
+    ASSERT_TRUE(p);
+    EXPECT_EQ(p->valueForProperty(PersonProperty::Last).toString(), "O;Brien");
+    EXPECT_EQ(p->valueForProperty(PersonProperty::First).toString(), "Ann, Jo");
+    EXPECT_FALSE(p->valueForProperty(PersonProperty::Middle).isValid());
+    EXPECT_EQ(p->valueForProperty(PersonProperty::Organization).toString(), "Smith, Jones ; Co");
+    EXPECT_EQ(p->valueForProperty(PersonProperty::Department).toString(), "Law;Tax");
+    EXPECT_EQ(first(card("ADR:;;Flat 1\\, 2 High St;Leeds;;LS1 1AA;UK\r\n"), PersonProperty::Address),
+        "Flat 1, 2 High St\nLeeds LS1 1AA\nUK");
+}
+
+TEST(StructuredValues, ShiftJisBackslashByteIsNoEscape)
+{
+    // 表 is 0x95 0x5C and ソ is 0x83 0x5C in Shift-JIS: the second byte is a backslash.
+    const QByteArray n = "N;CHARSET=SHIFT_JIS:\x95\x5C;\x83\x5C\x83\x74\x83\x67\r\n";
+    const std::optional<Person> p = read(n, "2.1");
+    ASSERT_TRUE(p);
+    EXPECT_EQ(p->proposedName(), u"ソフト 表"_s);
+}
+
+TEST(Utf16Files, ByteOrderMarkEitherWayAndNone)
+{
+    const QString text
+        = u"BEGIN:VCARD\r\nVERSION:3.0\r\nN:Ødegård;Åse\r\nNOTE;CHARSET=windows-1252:Ü\r\nEND:VCARD\r\n"_s;
+    QStringEncoder le(QStringEncoder::Utf16LE), be(QStringEncoder::Utf16BE);
+    const QByteArray little = le.encode(text), big = be.encode(text);
+    for (const QByteArray &data : { "\xFF\xFE" + little, "\xFE\xFF" + big, little }) {
+        const std::optional<Person> p = Person::initWithVCardRepresentation(data);
+        ASSERT_TRUE(p);
+        EXPECT_EQ(p->proposedName(), u"Åse Ødegård"_s);
+        EXPECT_EQ(p->valueForProperty(PersonProperty::Note).toString(), u"Ü"_s);
+    }
+}
+
+TEST(PrimaryByParameter, MarksTheRightValue)
+{
+    const ReadCase cases[] = {
+        { "none: the first", card("EMAIL:a@x\r\nEMAIL:b@x\r\n"), "a@x" },
+        { "TYPE=pref", card("EMAIL:a@x\r\nEMAIL;TYPE=pref:b@x\r\n"), "b@x" },
+        { "list with pref", card("EMAIL:a@x\r\nEMAIL;TYPE=\"home,pref\":b@x\r\n"), "b@x" },
+        { "lowest PREF", card("EMAIL;PREF=3:a@x\r\nEMAIL;PREF=1:b@x\r\nEMAIL;PREF=2:c@x\r\n", "4.0"), "b@x" },
+        { "bare PREF", card("EMAIL;INTERNET:a@x\r\nEMAIL;PREF;INTERNET:b@x\r\n", "2.1"), "b@x" },
+        { "first of two prefs", card("EMAIL;TYPE=pref:a@x\r\nEMAIL;TYPE=pref:b@x\r\n"), "a@x" },
+        { "bad PREF ignored", card("EMAIL:a@x\r\nEMAIL;PREF=zero:b@x\r\n", "4.0"), "a@x" },
+    };
+    for (const ReadCase &c : cases) {
+        const std::optional<Person> p = Person::initWithVCardRepresentation(c.data);
+        ASSERT_TRUE(p) << c.what;
+        EXPECT_EQ(p->primaryEmail(), c.expected) << c.what;
+    }
+}
+
+TEST(Parameters, ListsQuotesAndCase)
+{
+    const std::optional<Person> p = read("tel;type=home,work;x-note=\"a;b:c\":555\r\n"
+                                         "ITEM7.Email;Type=Work:w@x\r\nitem7.x-ablabel:Office\r\n"
+                                         "X-ABShowAs:company\r\nORG:Acme\r\nN:Doe;Jo\r\n");
+    ASSERT_TRUE(p);
+    EXPECT_EQ(p->phoneNumbers(), QStringList { "555" });
+    EXPECT_EQ(shown(*p, PersonProperty::Phone), "home: 555");
+    EXPECT_EQ(shown(*p, PersonProperty::Email), "Office: w@x");
+    EXPECT_EQ(p->proposedName(), "Acme - Jo Doe");
+}
+
+// Every form decodes to the same bytes ("Hello!?", whose base64 has both 62 and 63 in it), and the
+// property after the picture is still read.
+TEST(EmbeddedPhoto, EveryFormDecodesToTheBytes)
+{
+    const struct
+    {
+        const char *what;
+        QByteArray lines;
+        const char *version;
+    } cases[] = {
+        { "3.0 folded", "PHOTO;ENCODING=b:SGVs\r\n bG8hP//+\r\n", "3.0" },
+        { "unpadded, URL-safe", "PHOTO;ENCODING=b:SGVsbG8hP__-\r\n", "3.0" },
+        { "padded with blanks", "PHOTO;ENCODING=b:SGVs bG8h P//+ \r\n", "3.0" },
+        { "2.1 indented, blank line", "PHOTO;BASE64:\r\n  SGVsbG8h\r\n  P//+\r\n\r\n", "2.1" },
+        { "2.1 not indented, up to the next property", "PHOTO;ENCODING=BASE64;TYPE=JPEG:SGVsbG8h\r\nP//+\r\n",
+            "2.1" },
+        { "no ENCODING parameter", "PHOTO;TYPE=JPEG:SGVsbG8hP//+\r\n", "3.0" },
+        { "4.0 data URI, any case", "PHOTO:DATA:image/jpeg;BASE64,SGVsbG8hP//+\r\n", "3.0" },
+        { "4.0 data URI", "PHOTO:data:image/jpeg;base64,SGVsbG8hP//+\r\n", "4.0" },
+    };
+    for (const auto &c : cases) {
+        const std::optional<Person> p = read(c.lines + "NOTE:after\r\n", c.version);
+        ASSERT_TRUE(p) << c.what;
+        EXPECT_EQ(p->valueForProperty(PersonProperty::Photo).toByteArray(), QByteArray("Hello!?\xFF\xFE"))
+            << c.what;
+        EXPECT_EQ(p->valueForProperty(PersonProperty::Note).toString(), "after") << c.what;
+    }
+}
+
+TEST(Values, DatesInstantMessagingAndLabels)
+{
+    const std::optional<Person> p
+        = read("BDAY:19800501T000000Z\r\nX-ICQ;TYPE=WORK:12345\r\nIMPP:msnim:mara@msn.example\r\n"
+               "IMPP:ymsgr:mara\r\nIMPP:sip:mara@voip.example\r\nX-JABBER:mara@jabber.example\r\n"
+               "item1.URL:https\\://a.example\r\nitem1.X-ABLabel:_$!<HomePage>!$_\r\n"
+               "item2.TEL:1\r\nitem2.X-ABLabel:_$!<WorkFAX>!$_\r\nTEL;WORK;FAX:2\r\nTEL;CELL:3\r\n");
+    ASSERT_TRUE(p);
+    EXPECT_EQ(p->valueForProperty(PersonProperty::Birthday).toDate(), QDate(1980, 5, 1));
+    EXPECT_EQ(first(card("BDAY:--0501\r\n"), PersonProperty::Birthday), "--0501"); // no year: kept as text
+    EXPECT_EQ(first(card("BDAY:1980-02-30\r\n"), PersonProperty::Birthday), "1980-02-30");
+    EXPECT_EQ(ABValuesForKey(*p, PersonProperty::ICQInstant), QStringList { "12345" });
+    EXPECT_EQ(ABValuesForKey(*p, PersonProperty::MSNInstant), QStringList { "mara@msn.example" });
+    EXPECT_EQ(ABValuesForKey(*p, PersonProperty::YahooInstant), QStringList { "mara" });
+    EXPECT_EQ(ABValuesForKey(*p, PersonProperty::JabberInstant), QStringList { "mara@jabber.example" });
+    EXPECT_EQ(shown(*p, PersonProperty::URLs), "home page: https://a.example");
+    EXPECT_EQ(shown(*p, PersonProperty::Phone), "work fax: 1\nwork fax: 2\nmobile: 3");
+    EXPECT_EQ(p->valueForProperty(PersonProperty::HomePage).toString(), "https://a.example");
+}
+
+TEST(BrokenInput, NilOrWhatCouldBeRead)
+{
+    const QString nil = u"(nil)"_s;
+    const ReadCase cases[] = {
+        { "empty", "", nil },
+        { "no BEGIN", "VERSION:3.0\r\nN:Holt;Mara\r\nEND:VCARD\r\n", nil },
+        { "not a vCard", "BEGIN:VCALENDAR\r\nN:x\r\nEND:VCALENDAR\r\n", nil },
+        { "binary", QByteArray("\x00\x01\xFF\xFE\x00\x00\x0A", 7), nil },
+        { "no END", "BEGIN:VCARD\r\nN:Holt;Mara\r\nEMAIL:m@x\r\n", "Mara Holt" },
+        { "cut inside the last line", "BEGIN:VCARD\r\nN:Holt;Mara\r\nNICKNAME:Mo", "Mara Holt" },
+        { "cut inside a picture", "BEGIN:VCARD\r\nFN:Mara\r\nPHOTO;ENCODING=b:/9j/4AAQ\r\n", "Mara" },
+        { "lines without a colon", "junk\r\nBEGIN:VCARD\r\nN\r\nN;x\r\n;;;\r\nN:Holt;Mara\r\nEND:VCARD",
+            "Mara Holt" },
+        { "QP soft break at the end", "BEGIN:VCARD\r\nN:A;B\r\nNOTE;QUOTED-PRINTABLE:x=", "B A" },
+        { "nested AGENT card skipped",
+            "BEGIN:VCARD\r\nVERSION:2.1\r\nAGENT:\r\nBEGIN:VCARD\r\nN:Agent;Secret\r\nEND:VCARD\r\n"
+            "N:Holt;Mara\r\nEND:VCARD\r\n",
+            "Mara Holt" },
+        { "empty card", "BEGIN:VCARD\r\nEND:VCARD\r\n", QString() },
+    };
+    for (const ReadCase &c : cases) {
+        const std::optional<Person> p = Person::initWithVCardRepresentation(c.data);
+        EXPECT_EQ(p ? p->proposedName() : nil, c.expected) << c.what;
+        EXPECT_EQ(p && p->proposedName().isNull(), c.expected.isNull()) << c.what;
+    }
+}
+
+TEST(Limits, HundredMegabytePictureLeavesTheRest)
+{
+    const test::TempDir dir;
+    const QString path = dir.file(u"big.vcf"_s);
+    QFile file(path);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write("BEGIN:VCARD\r\nVERSION:3.0\r\nN:Holt;Mara\r\nPHOTO;ENCODING=b;TYPE=JPEG:");
+    const QByteArray chunk = QByteArray(74, 'A') + "\r\n ";
+    for (int i = 0; i < 100 * 1024 * 1024 / chunk.size(); ++i)
+        file.write(chunk);
+    file.write("AAAA\r\nEMAIL:m@x\r\nEND:VCARD\r\n");
+    file.close();
+    const std::optional<Person> p = Person::initWithContentsOfFile(path);
+    ASSERT_TRUE(p);
+    EXPECT_EQ(p->proposedName(), "Mara Holt");
+    EXPECT_FALSE(p->valueForProperty(PersonProperty::Photo).isValid());
+}
+
+TEST(Limits, OverlongValuesAreConsumedAndSkipped)
+{
+    // Past the limit the lines of a continued value must still be taken as its own, not as properties.
+    const qsizetype rows = VCardLimits::MaxPropertyBytes / 13 + 10; // 13 bytes of each kept
+    const QByteArray line = "NOTE:" + QByteArray(VCardLimits::MaxPropertyBytes, 'x') + "\r\n";
+    const QByteArray picture = "PHOTO;BASE64:\r\n" + (QByteArray(13, 'A') + "\r\n").repeated(rows) + "\r\n";
+    const QByteArray note
+        = "NOTE;QUOTED-PRINTABLE:=\r\n" + QByteArray("EMAIL:bogus@x=\r\n").repeated(rows) + "end\r\n";
+    const std::optional<Person> p = read(line + "EMAIL:m@x\r\n" + picture + note + "N:Holt;Mara\r\n", "2.1");
+    ASSERT_TRUE(p);
+    EXPECT_FALSE(p->valueForProperty(PersonProperty::Photo).isValid());
+    EXPECT_FALSE(p->valueForProperty(PersonProperty::Note).isValid());
+    EXPECT_EQ(p->emailAdresses(), QStringList { "m@x" });
+    EXPECT_EQ(p->proposedName(), "Mara Holt");
+}
+
+TEST(Limits, MillionPropertiesKeepTheFirstOnes)
+{
+    QByteArray data = "BEGIN:VCARD\r\nN:Holt;Mara\r\n";
+    data.reserve(20 * 1000 * 1000);
+    for (int i = 0; i < 1000 * 1000; ++i)
+        data += "EMAIL:" + QByteArray::number(i) + "@x\r\n";
+    data += "NOTE:past the limit\r\nEND:VCARD\r\nBEGIN:VCARD\r\nN:Two;B\r\nEND:VCARD\r\n";
+    const QList<Person> people = readVCards(data);
+    ASSERT_EQ(people.size(), 2);
+    EXPECT_EQ(people.at(0).emailAdresses()->size(), VCardLimits::MaxPropertiesPerCard - 1);
+    EXPECT_FALSE(people.at(0).valueForProperty(PersonProperty::Note).isValid());
+    EXPECT_EQ(people.at(1).proposedName(), "B Two");
+}
+
+TEST(Limits, ManyCardsAndNestingStayLinear)
+{
+    QByteArray data;
+    for (int i = 0; i < 200 * 1000; ++i)
+        data += "BEGIN:VCARD\n";
+    EXPECT_EQ(readVCards(data).size(), 1); // each BEGIN nests in the first card
+    data = QByteArray("BEGIN:VCARD\nEND:VCARD\n").repeated(50 * 1000);
+    EXPECT_EQ(readVCards(data).size(), 50 * 1000);
+    EXPECT_EQ(readVCards(data, 10).size(), 10);
+}
+
+// ---- Cards as the major exporters write them ----
 
 // A person read through a real file.
 std::optional<Person> readFile(const QByteArray &card)

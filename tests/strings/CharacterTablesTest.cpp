@@ -1,9 +1,7 @@
 // Character-set reps and conversion tables: contents for the units that are easy to get wrong.
 #include "strings/CharacterTables.h"
 
-#include <QThread>
 #include <gtest/gtest.h>
-#include <vector>
 
 using namespace orvel;
 
@@ -90,22 +88,6 @@ TEST(CharacterSetReps, BitLayoutIsByteCShiftThreeBitCAndSeven)
     const CharacterSetRep digits = digitCharacterSetRep();
     EXPECT_EQ(digits['0' >> 3], 0xFF); // '0'...'7' fill byte 6
     EXPECT_EQ(digits['8' >> 3], 0x03); // '8' and '9' are bits 0 and 1 of byte 7
-}
-
-TEST(CharacterSetReps, SameRepPointerFromEveryThread)
-{
-    std::vector<CharacterSetRep> seen(4);
-    std::vector<QThread *> threads;
-    for (int i = 0; i < 4; ++i)
-        threads.push_back(QThread::create([&seen, i] { seen[size_t(i)] = whiteCharacterSetRep(); }));
-    for (QThread *t : threads)
-        t->start();
-    for (QThread *t : threads) {
-        t->wait();
-        delete t;
-    }
-    for (CharacterSetRep r : seen)
-        EXPECT_EQ(r, whiteCharacterSetRep());
 }
 
 TEST(CharacterSetReps, FirstAndLastAlphaCharacter)

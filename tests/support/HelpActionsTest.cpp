@@ -17,6 +17,20 @@ using namespace orvel;
 using namespace Qt::StringLiterals;
 using orvel::test::UrlCatcher;
 
+// Installs the help book in the user's (temporary) data folder before any test makes the main bundle,
+// which looks for its folders once.
+class HelpBook : public ::testing::Environment
+{
+public:
+    void SetUp() override
+    {
+        const QString book = qEnvironmentVariable("XDG_DATA_HOME") + u"/orvel-thumbs/help"_s;
+        QDir().mkpath(book);
+        QFile::copy(u"" ORVEL_SOURCE_DIR "/docs/help/index.html"_s, book + u"/index.html"_s);
+    }
+};
+[[maybe_unused]] ::testing::Environment *const helpBook = ::testing::AddGlobalTestEnvironment(new HelpBook);
+
 struct ReleaseCase
 {
     const char *release;
@@ -105,7 +119,7 @@ TEST(HelpActions, HelpAndReleaseNotesOpenTheInstalledHelpBook)
 {
     UrlCatcher catcher;
     const QString index = HelpActions::helpBookIndex();
-    ASSERT_FALSE(index.isEmpty()) << "the test main installs the help book under XDG_DATA_HOME";
+    ASSERT_FALSE(index.isEmpty()) << "the help book is installed under XDG_DATA_HOME before the tests";
     EXPECT_TRUE(index.endsWith(u"/orvel-thumbs/help/index.html"_s)) << index;
     ASSERT_TRUE(HelpActions::showHelp());
     ASSERT_TRUE(HelpActions::releaseNotes());

@@ -123,21 +123,9 @@ TEST_F(Localization, StringsTableIsTheReadableFileOfTheTableAndLanguage)
     EXPECT_EQ(broken.localizedStringForKey("File", "", "Short"), "File");
 }
 
-TEST_F(Localization, ShippedTablesTranslateTheApplicationAndTheToolkit)
+TEST_F(Localization, ShippedToolkitTableTranslatesTheToolkit)
 {
-    EXPECT_EQ(Bundle::mainBundle().localizedStringForKey("Folder &name:", "", QString()), "Ordnern&ame:");
     EXPECT_EQ(Bundle::toolkitBundle().localizedStringForKey("Download", "", "Bundle"), "Herunterladen");
-    QLocale::setDefault(QLocale(QLocale::French, QLocale::France));
-    EXPECT_EQ(Bundle::mainBundle().localizedStringForKey("Folder &name:", "", QString()),
-        u"Nom du &dossier\u00a0:");
-    EXPECT_EQ(Bundle::mainBundle().localizedStringForKey("&Quit", "", QString()), "&Quitter");
-    QLocale::setDefault(QLocale(QLocale::English, QLocale::UnitedStates));
-    EXPECT_EQ(Bundle::mainBundle().localizedStringForKey("Folder &name:", "", QString()), "Folder &name:");
-
-    QLocale::setDefault(QLocale(QLocale::German, QLocale::Germany));
-    QLabel label("Folder &name:");
-    localize(&label); // the main bundle's default table
-    EXPECT_EQ(label.text(), "Ordnern&ame:");
 }
 
 // The sorted sources of a shipped table, and how many translations in it are filled in and finished.
@@ -296,18 +284,6 @@ TEST_F(Localization, ActionAndButtonGroupAlone)
     EXPECT_EQ(icon.toolTip(), "Zeigt mehr");
     replaceString(&group, "Sym", "Zym");
     EXPECT_EQ(icon.text(), "Zymbol");
-}
-
-TEST_F(Localization, MenuTitlesComeFromTheMainBundle)
-{
-    ASSERT_TRUE(compileTable(m_dir.path(), "Localizable", "de", germanRows));
-    const Bundle bundle("org.example.test", m_dir.path());
-    Interface ui;
-    ui.fileMenu->setTitle("&File"); // as the application's own menu bar has it
-    localizeUsingTable(ui.window.menuBar(), QString(), bundle);
-    EXPECT_EQ(ui.fileMenu->title(), "&Datei"); // the shipped table, not the given bundle's
-    EXPECT_EQ(ui.open->text(), "Öffnen…");
-    EXPECT_EQ(ui.recentMenu->title(), "Recent"); // not in the shipped table
 }
 
 TEST_F(Localization, MenuAloneTakesItsTitleFromTheMainBundleAndKeepsSystemTexts)

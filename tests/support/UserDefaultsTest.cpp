@@ -48,12 +48,6 @@ TEST(UserDefaults, OnlyAMissingKeyGivesTheDefault)
     EXPECT_EQ(s.defaults.stringForKey("extension", "_thumb"), "_thumb");
     EXPECT_EQ(s.defaults.objectForKey("x", QVariant(7)), QVariant(7));
 
-    EXPECT_FALSE(s.defaults.boolForKey("QuitWhenDone"));
-    EXPECT_EQ(s.defaults.integerForKey("width"), 0);
-    EXPECT_EQ(s.defaults.doubleForKey("scale"), 0.0);
-    EXPECT_TRUE(s.defaults.stringForKey("extension").isNull());
-    EXPECT_FALSE(s.defaults.objectForKey("x").isValid());
-
     // A present value wins over the default even when it is zero, false or empty.
     s.defaults.setObject(qint64(0), "width");
     s.defaults.setObject(false, "QuitWhenDone");

@@ -1,10 +1,13 @@
 // Helpers shared by the tests: real images and documents made in a temporary folder, pixel checks.
 #include "testlib/TestSupport.h"
 
+#include <QCoreApplication>
+#include <QDeadlineTimer>
 #include <QDir>
 #include <QFile>
 #include <QProcess>
 #include <QProcessEnvironment>
+#include <QThread>
 #include <gtest/gtest.h>
 #include <vips/vips8>
 
@@ -131,6 +134,19 @@ QByteArray readBytes(const QString &path)
     return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
 }
 
+QMap<QString, QMap<QString, QString>> readKeyFile(const QString &path)
+{
+    QMap<QString, QMap<QString, QString>> groups;
+    QString group;
+    for (const QString &line : QString::fromUtf8(readBytes(path)).split(u'\n')) {
+        if (line.startsWith(u'[') && line.endsWith(u']'))
+            group = line.mid(1, line.size() - 2);
+        else if (const qsizetype eq = line.indexOf(u'='); eq > 0 && !line.startsWith(u'#'))
+            groups[group].insert(line.left(eq), line.mid(eq + 1));
+    }
+    return groups;
+}
+
 QImage loadImage(const QString &path)
 {
     try {
@@ -198,6 +214,18 @@ int runThumbs(const TempDir &home, const QStringList &args, QByteArray *out, QBy
     return runProgram(executable, args, out, err, 60000,
         { u"XDG_CONFIG_HOME="_s + home.file(u"config"_s), u"XDG_CACHE_HOME="_s + home.file(u"cache"_s),
             u"TMPDIR="_s + home.file(u"tmp"_s) });
+}
+
+bool processEventsUntil(const std::function<bool()> &condition, int timeoutMs)
+{
+    QDeadlineTimer deadline(timeoutMs);
+    while (!condition()) {
+        if (deadline.hasExpired())
+            return false;
+        QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
+        QThread::msleep(2);
+    }
+    return true;
 }
 
 void keepLeakDetectionToThisProcess()

@@ -4,6 +4,7 @@
 #include <QByteArray>
 #include <QColor>
 #include <QImage>
+#include <QMap>
 #include <QString>
 #include <QStringList>
 #include <QTemporaryDir>
@@ -52,6 +53,9 @@ unsigned fileMode(const QString &path);
 QImage loadImage(const QString &path);
 /// True when every channel of a and b differ by at most tolerance.
 bool colourNear(QColor a, QColor b, int tolerance);
+/// The groups of a key file (a desktop entry, a file manager's action), each with its keys; comments
+/// and lines without "=" left out.
+QMap<QString, QMap<QString, QString>> readKeyFile(const QString &path);
 /// Runs a program and answers its exit code (-1 when it could not start or was killed).
 int runProgram(const QString &program, const QStringList &args, QByteArray *out = nullptr,
     QByteArray *err = nullptr, int timeoutMs = 60000, const QStringList &extraEnv = {});
@@ -61,6 +65,9 @@ QString thumbsExecutable();
 /// tmp/ in home), so that nothing of the user's plays a part; answers its exit code.
 int runThumbs(
     const TempDir &home, const QStringList &args, QByteArray *out = nullptr, QByteArray *err = nullptr);
+
+/// Runs the event loop until condition holds or timeoutMs pass; answers the condition.
+bool processEventsUntil(const std::function<bool()> &condition, int timeoutMs = 10000);
 
 /// In a sanitizer run, leaves leak detection to this process: the programs a test starts (and
 /// their workers) run without it. LeakSanitizer's tracer crashes now and then in those children

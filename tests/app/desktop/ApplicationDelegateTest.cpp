@@ -33,7 +33,6 @@ protected:
         panel = std::make_unique<PreferencesPanel>();
         delegate = std::make_unique<ApplicationDelegate>(panel.get());
         delegate->setFileProcessor([this](const QString &path) {
-            processed << QFileInfo(path).fileName();
             if (processingHook)
                 processingHook();
             return ThumbnailJob::processFile(path);
@@ -45,16 +44,8 @@ protected:
         clock.start();
     }
 
-    QString picture(const QString &name)
-    {
-        EXPECT_TRUE(writeTestImage(dir.file(name), 64, 48));
-        return dir.file(name);
-    }
-
-    TempDir dir;
     std::unique_ptr<PreferencesPanel> panel;
     std::unique_ptr<ApplicationDelegate> delegate;
-    QStringList processed;
     std::function<void()> processingHook;
     int quits = 0;
     qint64 quitClock = -1;
@@ -146,22 +137,6 @@ TEST_F(ApplicationDelegateTest, TerminationStoresThePanelOnlyWhenItIsVisible)
     delegate->terminate();
     EXPECT_EQ(UserDefaults::standard().integerForKey(u"width"_s), 300);
     EXPECT_EQ(quits, 1);
-}
-
-// The walk itself (order, links, answers) is the folder walk's; the delegate hands it every file.
-TEST_F(ApplicationDelegateTest, EachFileOfAFolderGoesToTheJobAndAnyFailureAnswersNo)
-{
-    QDir(dir.path()).mkpath(u"top/inner"_s);
-    ASSERT_TRUE(writeTestImage(dir.file(u"top/inner/two.png"_s), 40, 30));
-    ASSERT_TRUE(writeBytes(dir.file(u"top/notes.txt"_s), "not a picture"));
-    EXPECT_FALSE(delegate->applicationOpenFile(dir.file(u"top"_s))) << "notes.txt fails";
-    processed.sort();
-    EXPECT_EQ(processed, QStringList({ u"notes.txt"_s, u"two.png"_s }));
-    EXPECT_TRUE(QFile::exists(dir.file(u"top/inner/two_thumb.jpg"_s)));
-    processed.clear();
-    for (const QString &path : { dir.file(u"nothing-here.png"_s), QString() })
-        EXPECT_FALSE(delegate->applicationOpenFile(path)) << path;
-    EXPECT_TRUE(processed.isEmpty());
 }
 
 TEST(DesktopApplication, PathsAreProcessedOneAtATimeInOrderAndADropKeepsItRunning)

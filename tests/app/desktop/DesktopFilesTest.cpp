@@ -24,27 +24,10 @@ using namespace orvel::test;
 
 namespace {
 
+/// The value of key in the main group of a desktop file.
 QString entryValue(const QString &desktopFile, const QString &key)
 {
-    const QStringList lines = QString::fromUtf8(readBytes(desktopFile)).split(u'\n');
-    for (const QString &line : lines)
-        if (line.startsWith(key + u'='))
-            return line.mid(key.size() + 1);
-    return {};
-}
-
-/// The groups of a key file (a desktop entry, a Nemo action), each with its keys.
-QMap<QString, QMap<QString, QString>> keyFile(const QString &path)
-{
-    QMap<QString, QMap<QString, QString>> groups;
-    QString group;
-    for (const QString &line : QString::fromUtf8(readBytes(path)).split(u'\n')) {
-        if (line.startsWith(u'[') && line.endsWith(u']'))
-            group = line.mid(1, line.size() - 2);
-        else if (const qsizetype eq = line.indexOf(u'='); eq > 0 && !line.startsWith(u'#'))
-            groups[group].insert(line.left(eq), line.mid(eq + 1));
-    }
-    return groups;
+    return readKeyFile(desktopFile).value(u"Desktop Entry"_s).value(key);
 }
 
 /// A file made from the templates in data/, as the build folder holds it.
@@ -158,7 +141,7 @@ class FileManagerAction : public testing::TestWithParam<MenuAction>
 
 TEST_P(FileManagerAction, IsNamedInThreeLanguagesAndRunsTheProgramOnTheChosenItems)
 {
-    const auto groups = keyFile(staged(QString::fromLatin1(GetParam().file)));
+    const auto groups = readKeyFile(staged(QString::fromLatin1(GetParam().file)));
     const auto action = groups.value(QString::fromLatin1(GetParam().group));
     const auto named = groups.value(QString::fromLatin1(GetParam().nameGroup));
     EXPECT_EQ(named.value(u"Name"_s), u"Make Thumbnails"_s);

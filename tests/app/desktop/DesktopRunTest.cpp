@@ -60,11 +60,6 @@ protected:
         options.workerExecutable = thumbsExecutable();
         options.applicationId = uniqueApplicationId();
     }
-    QString picture(const QString &name)
-    {
-        EXPECT_TRUE(writeTestImage(dir.file(name), 40, 30));
-        return dir.file(name);
-    }
     QString endless(const QString &name)
     {
         EXPECT_TRUE(writeBytes(dir.file(name), EndlessPostScript));
@@ -72,35 +67,8 @@ protected:
     }
     bool hasThumbnail(const QString &base) const { return QFile::exists(dir.file(base + u"_thumb.jpg"_s)); }
 
-    TempDir dir;
     DesktopApplication::Options options;
 };
-
-TEST_F(DesktopRun, CancelKillsTheWorkerWithWhatItStartedAndLeavesNoTemporaryFile)
-{
-    IsolatedJob job(thumbsExecutable());
-    ASSERT_TRUE(job.isIsolated());
-    const QString slow = endless(u"slow.eps"_s);
-    // What a writer killed before its rename leaves beside its output.
-    ASSERT_TRUE(writeBytes(dir.file(u".slow_thumb.jpg.x7k2q.tmp"_s), "half"));
-    qint64 worker = 0;
-    QTimer::singleShot(700, [&] {
-        worker = job.workerProcessId();
-        job.cancel();
-    });
-    QString reason;
-    EXPECT_FALSE(job.processFile(slow, &reason));
-    EXPECT_EQ(reason, u"cancelled"_s);
-    ASSERT_GT(worker, 0);
-    EXPECT_TRUE(groupEnds(worker)) << "a process of the cancelled worker lives on";
-    EXPECT_EQ(job.workerProcessId(), 0);
-    EXPECT_FALSE(hasThumbnail(u"slow"_s));
-    EXPECT_EQ(temporaryFiles(dir.path()), QStringList());
-
-    // A fresh worker takes the next file.
-    EXPECT_TRUE(job.processFile(picture(u"next.png"_s), &reason)) << reason;
-    EXPECT_TRUE(hasThumbnail(u"next"_s));
-}
 
 TEST_F(DesktopRun, CancelFromTheProgressWindowEndsTheRunAndLeavesTheFilesNotYetStartedAlone)
 {
@@ -109,6 +77,8 @@ TEST_F(DesktopRun, CancelFromTheProgressWindowEndsTheRunAndLeavesTheFilesNotYetS
     picture(u"later/inside.png"_s);
     const QStringList paths
         = { picture(u"first.png"_s), endless(u"slow.eps"_s), dir.file(u"later"_s), picture(u"last.png"_s) };
+    // What a writer killed before its rename leaves beside its output.
+    ASSERT_TRUE(writeBytes(dir.file(u".slow_thumb.jpg.x7k2q.tmp"_s), "half"));
     qint64 worker = 0;
     bool finished = false;
     QObject::connect(&app.delegate(), &ApplicationDelegate::processingFinished, [&] { finished = true; });
@@ -136,6 +106,9 @@ TEST_F(DesktopRun, CancelFromTheProgressWindowEndsTheRunAndLeavesTheFilesNotYetS
     EXPECT_TRUE(app.lastResults().failures.isEmpty());
     EXPECT_EQ(app.resultsDialog(), nullptr);
     EXPECT_TRUE(processEventsUntil([&] { return !app.progressWindow().isVisible(); }));
+    // A fresh worker takes the next file.
+    app.open({ picture(u"next.png"_s) });
+    EXPECT_TRUE(hasThumbnail(u"next"_s));
 }
 
 TEST_F(DesktopRun, WithoutANotificationServiceADialogListsTheFailedFilesWithTheirReasons)

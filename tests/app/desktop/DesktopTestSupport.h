@@ -1,21 +1,17 @@
-// Helpers of the desktop tests: a clean settings store, events until a condition holds, the
-// panel's controls by name, a private session bus and a test in another language.
+// Helpers of the desktop tests: a clean settings store, the panel's controls by name, a private
+// session bus and a test in another language.
 #pragma once
 
 #include "support/UserDefaults.h"
+#include "testlib/TestSupport.h"
 
-#include <QCoreApplication>
 #include <QDBusConnection>
-#include <QDeadlineTimer>
 #include <QLineEdit>
 #include <QLocale>
 #include <QProcess>
-#include <QThread>
 #include <QUuid>
 #include <QWidget>
 #include <gtest/gtest.h>
-
-#include <functional>
 
 namespace orvel::test {
 
@@ -29,19 +25,6 @@ inline void clearStandardDefaults()
     for (const QString &key : keys)
         store.removeObjectForKey(key);
     store.synchronize();
-}
-
-/// Runs the event loop until condition holds or timeoutMs pass; answers the condition.
-inline bool processEventsUntil(const std::function<bool()> &condition, int timeoutMs = 10000)
-{
-    QDeadlineTimer deadline(timeoutMs);
-    while (!condition()) {
-        if (deadline.hasExpired())
-            return false;
-        QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
-        QThread::msleep(2);
-    }
-    return true;
 }
 
 /// The control of window with that object name (a failure when there is none).
@@ -101,13 +84,22 @@ private:
     QStringList m_connections;
 };
 
-/// A test on an empty settings store, in the language use() picks (restored after the test).
+/// A test on an empty settings store with a folder of its own, in the language use() picks
+/// (restored after the test).
 class DesktopTest : public ::testing::Test
 {
 protected:
     void SetUp() override { clearStandardDefaults(); }
     void TearDown() override { QLocale::setDefault(m_saved); }
     static void use(QLocale::Language language) { QLocale::setDefault(QLocale(language)); }
+    /// A 40×30 picture of that name in the test's folder; answers its path.
+    QString picture(const QString &name)
+    {
+        EXPECT_TRUE(writeTestImage(dir.file(name), 40, 30));
+        return dir.file(name);
+    }
+
+    TempDir dir;
 
 private:
     QLocale m_saved;
