@@ -1,23 +1,27 @@
 #!/usr/bin/env bash
 # Mirroring against rsync -a, zipping against zip -r -q and unzipping against unzip -q, on corpora
-# made here. Prints each pair's median wall time and the ratio (ours / tool's; below 1 is faster).
-# Usage: bench/archives/archives-vs-tools.sh [--files N] [--zip-mib N] [--runs N]
+# made here. Prints each pair's median wall time and median CPU time (user + sys) and their ratios
+# (ours / tool's; below 1 is faster).
+# Usage: bench/archives/archives-vs-tools.sh [--files N] [--zip-mib N] [--runs N] [--mirror-only]
 #   --files N    files in the mirrored tree (default 10000; 10 % of them change between runs)
 #   --zip-mib N  size of the mixed corpus that is zipped, in MiB (default 1024)
 #   --runs N     measurements per command, the median is kept (default 3)
+#   --mirror-only  measure the mirroring alone (no zip corpus is made)
 set -euo pipefail
 top=$(cd "$(dirname "$0")/../.." && pwd)
-files=10000 zipmib=1024 runs=3
+files=10000 zipmib=1024 runs=3 mirroronly=0
 while [ $# -gt 0 ]; do
   case $1 in
     --files) files=$2; shift 2 ;;
     --zip-mib) zipmib=$2; shift 2 ;;
     --runs) runs=$2; shift 2 ;;
+    --mirror-only) mirroronly=1; zipmib=0; shift ;;
     *) echo "unknown option $1" >&2; exit 2 ;;
   esac
 done
 bench=${ARCHIVES_BENCH:-$top/build/bench/archives/archives_bench}
 [ -x "$bench" ] || { echo "build the archives_bench target first (or set ARCHIVES_BENCH)" >&2; exit 2; }
+[ -x /usr/bin/time ] || { echo "needs /usr/bin/time (Debian's time package)" >&2; exit 2; }
 for tool in rsync zip unzip python3; do command -v $tool >/dev/null || { echo "needs $tool" >&2; exit 2; }; done
 
 work=$(mktemp -d)
@@ -56,9 +60,9 @@ while total < zipmib << 20:
     i += 1
 PY
 
-now() { date +%s.%N; }
 median() { sort -n | awk '{a[NR]=$1} END {print a[int((NR+1)/2)]}'; }
-timed() { local s e; s=$(now); "$@" >/dev/null; e=$(now); awk -v s="$s" -v e="$e" 'BEGIN { print e - s }'; }
+# One run: "wall cpu" in seconds, cpu being user + sys of the command and its children.
+timed() { /usr/bin/time -f '%e %U %S' -o "$work/time" "$@" >/dev/null; awk '{print $1, $2 + $3}' "$work/time"; }
 
 # Each run: a fresh mirror, 10 % of the source touched with new contents, then the update.
 prepare_mirror() {
@@ -83,7 +87,7 @@ for r in $(seq "$runs"); do
 done
 
 zip_ours=() zip_tool=() unzip_ours=() unzip_tool=()
-for r in $(seq "$runs"); do
+[ "$mirroronly" = 1 ] || for r in $(seq "$runs"); do
   rm -f "$work/tool.zip" "$work/ours.zip"
   zip_tool+=("$(cd "$work" && timed zip -r -q "$work/tool.zip" mixed)")
   zip_ours+=("$(timed "$bench" zip "$work/mixed" "$work/ours.zip")")
@@ -93,13 +97,18 @@ for r in $(seq "$runs"); do
 done
 rm -rf "$work/out-tool" "$work/out-ours"
 
+# report NAME RUNS... : each run is "wall cpu"; the first half are ours, the second the tool's.
 report() {
-  local name=$1 ours tool
-  ours=$(printf '%s\n' "${@:2:$runs}" | median)
-  tool=$(printf '%s\n' "${@:$((2 + runs))}" | median)
-  printf '%-34s ours %7.3f s   tool %7.3f s   ratio %.2f\n' "$name" "$ours" "$tool" "$(awk -v o="$ours" -v t="$tool" 'BEGIN { print o / t }')"
+  local name=$1 col ours tool
+  for col in 1 2; do
+    ours=$(printf '%s\n' "${@:2:$runs}" | awk -v c=$col '{print $c}' | median)
+    tool=$(printf '%s\n' "${@:$((2 + runs))}" | awk -v c=$col '{print $c}' | median)
+    printf '%-34s %-4s ours %7.3f s   tool %7.3f s   ratio %.2f\n' "$name" "$([ $col = 1 ] && echo wall || echo cpu)" \
+      "$ours" "$tool" "$(awk -v o="$ours" -v t="$tool" 'BEGIN { print (t > 0 ? o / t : 0) }')"
+  done
 }
-echo "corpus: $files files mirrored, $(du -sm "$work/mixed" | cut -f1) MiB zipped; median of $runs"
+echo "corpus: $files files mirrored$([ "$mirroronly" = 1 ] || echo ", $(du -sm "$work/mixed" | cut -f1) MiB zipped"); median of $runs"
 report "mirror, 10 % changed vs rsync -a" "${mirror_ours[@]}" "${mirror_rsync[@]}"
+[ "$mirroronly" = 1 ] && exit 0
 report "zip vs zip -r -q" "${zip_ours[@]}" "${zip_tool[@]}"
 report "unzip vs unzip -q" "${unzip_ours[@]}" "${unzip_tool[@]}"

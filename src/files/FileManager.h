@@ -48,6 +48,24 @@ struct FileReference
     QString path;
 };
 
+/// The properties of an item that FileManager::getResourceForKey() reads, each with the value type
+/// it answers and where Linux keeps it.
+enum class ResourceKey {
+    ContentModificationDate, ///< FileTime: the modification time
+    ContentAccessDate, ///< FileTime: the access time
+    AttributeModificationDate, ///< FileTime: the status change time
+    CreationDate, ///< FileTime: the birth time, where the file system records one
+    FileSize, ///< qint64: the size in bytes (of a folder, what the file system reports)
+    IsRegularFile, ///< bool
+    IsDirectory, ///< bool
+    IsSymbolicLink, ///< bool: whether the path itself is a link (the only key not following links)
+    IsHidden, ///< bool: the name starts with "." or the Finder info has the invisible flag
+    HasHiddenExtension, ///< bool: the Finder info's extended flag that hides the name's extension
+    IsUserImmutable, ///< bool: the immutable attribute (false where the file system has none)
+    LabelNumber, ///< int: the label of the Finder info, 0 (none) to 7
+    TypeCode, ///< FileTypeCode: the type code of the Finder info, 0 when it has none
+};
+
 /// File-manager operations. All are static, keep no state, never throw, and answer empty, nullopt or
 /// false on failure. Paths are POSIX paths; an empty path or one holding a NUL character is a failure.
 class FileManager
@@ -153,6 +171,12 @@ public:
 
     // Attributes
 
+    /// The value of one property of the item at path (links followed, but for IsSymbolicLink), of
+    /// the type ResourceKey names; FileTime values are held with QVariant::fromValue(). error (when
+    /// given) is cleared first, so it is empty after success and for an empty path, which answers
+    /// an invalid QVariant; one that cannot be read answers it too, with the reason in error.
+    [[nodiscard]] static QVariant getResourceForKey(
+        ResourceKey key, const QString &path, QString *error = nullptr);
     /// Bytes free to an ordinary user on the file system that holds path; 0 when it cannot be told.
     [[nodiscard]] static quint64 freeDiskSpaceAtPath(const QString &path);
     /// The type code of the file's Finder info; 0 when it has none.

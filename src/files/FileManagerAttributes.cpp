@@ -2,8 +2,10 @@
 #include "files/FileManager.h"
 #include "files/FileManager_p.h"
 #include "files/PathExtensions.h"
+#include "support/Failure.h"
 
 #include <QDir>
+#include <QtEndian>
 
 #include <fcntl.h>
 #include <grp.h>
@@ -38,7 +40,78 @@ QString groupNameForId(gid_t gid)
     return QString::fromLocal8Bit(found->gr_name);
 }
 
+QVariant fileTime(const statx_timestamp &t)
+{
+    const timespec ts { time_t(t.tv_sec), long(t.tv_nsec) };
+    return QVariant::fromValue(detail::timePointFromTimespec<FileTime>(ts));
+}
+
+/// The value of a key kept in the Finder info of the item at path.
+QVariant finderInfoResource(ResourceKey key, const QString &path, QString *error)
+{
+    const std::optional<QByteArray> info = finderInfoOfFile(path);
+    if (!info)
+        return failure<QVariant>(error, u"the Finder info of the item cannot be read"_s);
+    const auto *bytes = info->constData();
+    const quint16 flags = qFromBigEndian<quint16>(bytes + 8);
+    switch (key) {
+    case ResourceKey::IsHidden:
+        return detail::lastComponent(path).startsWith(u'.') || (flags & FinderFlag::IsInvisible);
+    case ResourceKey::HasHiddenExtension:
+        return bool(
+            qFromBigEndian<quint16>(bytes + detail::ExtendedFinderFlagsOffset) & detail::ExtensionHiddenFlag);
+    case ResourceKey::LabelNumber:
+        return int((flags & FinderFlag::Color) >> 1);
+    default:
+        return QVariant::fromValue(FileTypeCode(qFromBigEndian<quint32>(bytes)));
+    }
+}
+
 } // namespace
+
+QVariant FileManager::getResourceForKey(ResourceKey key, const QString &path, QString *error)
+{
+    if (error)
+        error->clear();
+    QByteArray native;
+    if (path.isEmpty())
+        return QVariant();
+    if (!detail::nativePath(path, &native))
+        return failure<QVariant>(error, u"the path holds a NUL character"_s);
+    // One statx call tells whether the item is there and answers every key of its status.
+    const int flags = key == ResourceKey::IsSymbolicLink ? AT_SYMLINK_NOFOLLOW : 0;
+    struct statx st;
+    if (statx(AT_FDCWD, native.constData(), flags, STATX_BASIC_STATS | STATX_BTIME, &st) != 0)
+        return failure<QVariant>(error, qt_error_string(errno));
+    switch (key) {
+    case ResourceKey::ContentModificationDate:
+        return fileTime(st.stx_mtime);
+    case ResourceKey::ContentAccessDate:
+        return fileTime(st.stx_atime);
+    case ResourceKey::AttributeModificationDate:
+        return fileTime(st.stx_ctime);
+    case ResourceKey::CreationDate:
+        if (!(st.stx_mask & STATX_BTIME))
+            return failure<QVariant>(error, u"the file system records no creation date"_s);
+        return fileTime(st.stx_btime);
+    case ResourceKey::FileSize:
+        return qint64(st.stx_size);
+    case ResourceKey::IsRegularFile:
+        return S_ISREG(st.stx_mode);
+    case ResourceKey::IsDirectory:
+        return S_ISDIR(st.stx_mode);
+    case ResourceKey::IsSymbolicLink:
+        return S_ISLNK(st.stx_mode);
+    case ResourceKey::IsUserImmutable:
+        return isFileImmutableAtPath(path);
+    case ResourceKey::IsHidden:
+    case ResourceKey::HasHiddenExtension:
+    case ResourceKey::LabelNumber:
+    case ResourceKey::TypeCode:
+        return finderInfoResource(key, path, error);
+    }
+    return failure<QVariant>(error, u"unknown resource key"_s);
+}
 
 std::optional<FileTime> FileManager::fileCreationDateAtPath(const QString &path)
 {

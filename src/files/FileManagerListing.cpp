@@ -3,11 +3,25 @@
 #include "files/FileManager_p.h"
 #include "strings/Wildcard.h"
 
+#include <QFile>
+
+#include <cstring>
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <memory>
+#include <sys/stat.h>
+#include <unistd.h>
 #include <vector>
 
 namespace orvel {
 
 namespace {
+
+struct DirCloser
+{
+    void operator()(DIR *dir) const noexcept { closedir(dir); }
+};
 
 enum class Wanted { Files = 1, Folders = 2, Both = 3 };
 
@@ -28,37 +42,120 @@ QStringList flatListing(const QString &path, bool fullPath, Wanted wanted)
     return result;
 }
 
-/// Appends the entries below folder. ancestors holds the folders on the way down (folder itself
-/// included), so that a link back to one of them is not entered a second time.
-void deepListing(const QString &folder, Wanted wanted, std::vector<FileIdentity> &ancestors, QStringList &out)
+/// The entries of a folder read for a deep listing, in the order the file system lists them: the
+/// names one after another in one buffer (each ended by a NUL), so that a folder of thousands of
+/// entries costs a few allocations rather than one per entry.
+struct FolderEntries
 {
-    for (const QString &name : FileManager::directoryContentsAtPath(folder, false)) {
-        const QString full = detail::appendComponent(folder, name);
-        const std::optional<struct stat> st = detail::statusAtPath(full);
-        if (!st)
+    struct Entry
+    {
+        qsizetype offset;
+        qsizetype length;
+        bool isDirectory;
+        bool isAscii;
+    };
+    QByteArray names;
+    std::vector<Entry> entries;
+};
+
+/// Reads the entries of the folder at native that exist ("." and ".." and broken links left out).
+/// The entry type that the folder itself records spares a status call for everything but links
+/// and the entries of file systems that record none. An unreadable folder, or a listing cut short,
+/// gives none.
+FolderEntries readFolder(const QByteArray &native)
+{
+    FolderEntries read;
+    const int fd = open(native.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (fd < 0)
+        return read;
+    const std::unique_ptr<DIR, DirCloser> dir(fdopendir(fd));
+    if (!dir) {
+        close(fd);
+        return read;
+    }
+    for (;;) {
+        errno = 0;
+        const dirent *entry = readdir(dir.get());
+        if (!entry) {
+            if (errno != 0)
+                read.entries.clear();
+            break;
+        }
+        const char *name = entry->d_name;
+        if (name[0] == '.' && (name[1] == '\0' || (name[1] == '.' && name[2] == '\0')))
             continue;
-        const bool isDirectory = S_ISDIR(st->st_mode);
-        if (wants(wanted, isDirectory))
+        bool isDirectory = entry->d_type == DT_DIR;
+        if (entry->d_type == DT_LNK || entry->d_type == DT_UNKNOWN) {
+            struct stat st;
+            if (fstatat(fd, name, &st, 0) != 0)
+                continue;
+            isDirectory = S_ISDIR(st.st_mode);
+        }
+        const qsizetype length = qsizetype(strlen(name));
+        bool ascii = true;
+        for (qsizetype i = 0; i < length && ascii; ++i)
+            ascii = uchar(name[i]) < 0x80;
+        read.entries.push_back({ read.names.size(), length, isDirectory, ascii });
+        read.names.append(name, length + 1);
+    }
+    return read;
+}
+
+/// Appends the entries below folder (native: its file-system bytes). ancestors holds the folders on
+/// the way down (folder itself included), so that a link back to one of them is listed but not
+/// entered a second time.
+void deepListing(const QString &folder, const QByteArray &native, Wanted wanted,
+    std::vector<FileIdentity> &ancestors, QStringList &out)
+{
+    const FolderEntries read = readFolder(native);
+    const bool slash = folder.endsWith(u'/');
+    for (const FolderEntries::Entry &entry : read.entries) {
+        const char *name = read.names.constData() + entry.offset;
+        QString full;
+        if (entry.isAscii) {
+            full.reserve(folder.size() + 1 + entry.length);
+            full.append(folder);
+            if (!slash)
+                full.append(u'/');
+            full.append(QLatin1StringView(name, entry.length));
+        } else {
+            const QByteArray bytes(name, entry.length);
+            const QString decoded = QFile::decodeName(bytes);
+            // A name that does not survive the trip through text names no file as a path: leave
+            // it out, as a listing of paths cannot hand it on.
+            if (QFile::encodeName(decoded) != bytes)
+                continue;
+            full = detail::appendComponent(folder, decoded);
+        }
+        if (wants(wanted, entry.isDirectory))
             out.append(full);
-        if (!isDirectory)
+        if (!entry.isDirectory)
             continue;
-        const FileIdentity identity { quint64(st->st_dev), quint64(st->st_ino) };
+        QByteArray child = native;
+        if (!child.endsWith('/'))
+            child.append('/');
+        child.append(name, entry.length);
+        struct stat st;
+        if (stat(child.constData(), &st) != 0 || !S_ISDIR(st.st_mode))
+            continue;
+        const FileIdentity identity { quint64(st.st_dev), quint64(st.st_ino) };
         if (std::find(ancestors.begin(), ancestors.end(), identity) != ancestors.end())
             continue;
         ancestors.push_back(identity);
-        deepListing(full, wanted, ancestors, out);
+        deepListing(full, child, wanted, ancestors, out);
         ancestors.pop_back();
     }
 }
 
 QStringList deepListing(const QString &path, Wanted wanted)
 {
+    QByteArray native;
     const std::optional<FileIdentity> top = FileManager::fileIdentityAtPath(path);
-    if (!top)
+    if (!top || !detail::nativePath(path, &native))
         return {};
     std::vector<FileIdentity> ancestors { *top };
     QStringList out;
-    deepListing(path, wanted, ancestors, out);
+    deepListing(path, native, wanted, ancestors, out);
     return out;
 }
 

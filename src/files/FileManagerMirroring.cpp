@@ -1,6 +1,7 @@
 // Mirroring one folder into another: newer or missing items copied over, nothing else removed.
 #include "files/FileManager.h"
 
+#include "files/FileManager_p.h"
 #include "files/FinderInfo.h"
 #include "files/NativePath_p.h"
 #include "files/Staging_p.h"
@@ -15,20 +16,16 @@ namespace orvel {
 
 namespace {
 
-/// The extended Finder flags (bytes 24-25 of the Finder info) and the bit that hides a name's
-/// extension.
-constexpr qsizetype ExtendedFlagsOffset = 24;
-constexpr quint16 ExtensionHiddenFlag = 0x0010;
-
 bool setExtensionHidden(const QString &path)
 {
     std::optional<QByteArray> info = finderInfoOfFile(path);
     if (!info)
         return false;
-    const quint16 flags = qFromBigEndian<quint16>(info->constData() + ExtendedFlagsOffset);
-    if (flags & ExtensionHiddenFlag)
+    const quint16 flags = qFromBigEndian<quint16>(info->constData() + detail::ExtendedFinderFlagsOffset);
+    if (flags & detail::ExtensionHiddenFlag)
         return true;
-    qToBigEndian(quint16(flags | ExtensionHiddenFlag), info->data() + ExtendedFlagsOffset);
+    qToBigEndian(
+        quint16(flags | detail::ExtensionHiddenFlag), info->data() + detail::ExtendedFinderFlagsOffset);
     return setFinderInfoOfFile(path, *info);
 }
 

@@ -10,6 +10,11 @@
 
 namespace orvel::detail {
 
+/// Where the Finder info keeps its extended flags (bytes 24-25, big-endian), and the one of them
+/// that hides a name's extension.
+inline constexpr qsizetype ExtendedFinderFlagsOffset = 24;
+inline constexpr quint16 ExtensionHiddenFlag = 0x0010;
+
 /// The status of what is at path, links followed unless followLinks is false; nullopt when
 /// nothing can be found there or the path cannot name a file.
 inline std::optional<struct stat> statusAtPath(const QString &path, bool followLinks = true)

@@ -8,8 +8,10 @@
 #include <QFile>
 #include <QStringList>
 
+#include <algorithm>
 #include <memory>
 #include <plist/plist.h>
+#include <vector>
 
 using namespace Qt::StringLiterals;
 
@@ -54,15 +56,17 @@ int xmlNestingDepth(const QByteArray &xml)
     return deepest;
 }
 
-/// The deepest nesting of arrays and dictionaries in a binary property list, found without
-/// recursion, or -1 when the structure is malformed. Each object's depth is computed once, so a
-/// list whose containers share children stays linear.
-int binaryNestingDepth(const QByteArray &data)
+/// Whether a binary property list stays within limits once its shared references are expanded:
+/// its nesting depth and the values it stands for, counted without recursion and without parsing
+/// it. Each object is measured once and its measure reused wherever it is named, so a list whose
+/// containers share children costs time linear in its size. False for a malformed structure too (a
+/// reference past the objects, an object inside itself).
+bool binaryWithinLimits(const QByteArray &data, const PropertyListLimits &limits)
 {
     const auto *bytes = reinterpret_cast<const uchar *>(data.constData());
     const qint64 size = data.size();
     if (size < 8 + 32)
-        return -1;
+        return false;
     const uchar *trailer = bytes + size - 32;
     auto bigEndian = [](const uchar *p, int width) {
         quint64 v = 0;
@@ -75,10 +79,13 @@ int binaryNestingDepth(const QByteArray &data)
     const quint64 count = bigEndian(trailer + 8, 8);
     const quint64 top = bigEndian(trailer + 16, 8);
     const quint64 tableOffset = bigEndian(trailer + 24, 8);
+    // Every object a list holds is named at least once from the top, so more objects than values
+    // allowed is too many before anything is followed; this also bounds the memory of the walk.
     if (offsetSize < 1 || offsetSize > 8 || refSize < 1 || refSize > 8 || count == 0 || top >= count
         || tableOffset >= quint64(size) - 32
-        || count > (quint64(size) - 32 - tableOffset) / quint64(offsetSize))
-        return -1;
+        || count > (quint64(size) - 32 - tableOffset) / quint64(offsetSize)
+        || count > quint64(std::max<qint64>(limits.maxNodes, 1)))
+        return false;
     auto offsetOf = [&](quint64 i) { return bigEndian(bytes + tableOffset + i * offsetSize, offsetSize); };
 
     // For a container, the object references it holds; empty for anything else.
@@ -110,24 +117,29 @@ int binaryNestingDepth(const QByteArray &data)
             const quint64 ref = bigEndian(bytes + refs + i * refSize, refSize);
             if (ref >= count)
                 return false;
-            out->push_back(ref);
+            // A dictionary's keys are names, not values.
+            if (kind != 0xD || i >= n)
+                out->push_back(ref);
         }
         return true;
     };
 
-    // Iterative depth-first walk: 0 = not seen, -1 = on the current path (a cycle), else depth + 1.
-    std::vector<qint8> depthOf(count, 0); // depths stay below MaxPropertyListDepth + 2
+    // Iterative depth-first walk. depthOf: 0 = not seen, -1 = on the current path (a cycle), else
+    // the depth of the object's subtree; nodesOf: the values the object expands to.
+    std::vector<int> depthOf(count, 0);
+    std::vector<qint64> nodesOf(count, 0);
     struct Frame
     {
         quint64 object;
         std::vector<quint64> kids;
         size_t next = 0;
         int deepest = 0;
+        qint64 nodes = 1;
     };
     std::vector<Frame> stack;
     std::vector<quint64> kids;
     if (!children(top, &kids))
-        return -1;
+        return false;
     stack.push_back({ top, kids });
     depthOf[top] = -1;
     while (!stack.empty()) {
@@ -135,38 +147,44 @@ int binaryNestingDepth(const QByteArray &data)
         if (frame.next < frame.kids.size()) {
             const quint64 kid = frame.kids[frame.next++];
             if (depthOf[kid] == -1)
-                return -1;
-            if (depthOf[kid] > 0) {
-                frame.deepest = std::max(frame.deepest, int(depthOf[kid]));
-                continue;
-            }
-            if (!children(kid, &kids))
-                return -1;
-            if (kids.empty()) {
+                return false;
+            if (depthOf[kid] == 0) {
+                if (!children(kid, &kids))
+                    return false;
+                if (!kids.empty()) {
+                    if (int(stack.size()) >= limits.maxDepth)
+                        return false;
+                    depthOf[kid] = -1;
+                    stack.push_back({ kid, kids });
+                    continue;
+                }
                 depthOf[kid] = 1;
-                frame.deepest = std::max(frame.deepest, 1);
-                continue;
+                nodesOf[kid] = 1;
             }
-            if (int(stack.size()) > MaxPropertyListDepth)
-                return MaxPropertyListDepth + 1;
-            depthOf[kid] = -1;
-            stack.push_back({ kid, kids });
+            frame.deepest = std::max(frame.deepest, depthOf[kid]);
+            if ((frame.nodes += nodesOf[kid]) > limits.maxNodes)
+                return false;
             continue;
         }
         const int depth = frame.deepest + 1;
-        depthOf[frame.object] = qint8(depth);
+        const qint64 nodes = frame.nodes;
+        depthOf[frame.object] = depth;
+        nodesOf[frame.object] = nodes;
         stack.pop_back();
-        if (!stack.empty())
-            stack.back().deepest = std::max(stack.back().deepest, depth);
-        else
-            return depth;
+        if (stack.empty())
+            return depth <= limits.maxDepth && nodes <= limits.maxNodes;
+        stack.back().deepest = std::max(stack.back().deepest, depth);
+        if ((stack.back().nodes += nodes) > limits.maxNodes)
+            return false;
     }
-    return -1;
+    return false;
 }
 
-std::optional<QVariant> toVariant(plist_t node, int depth)
+/// The value of node, nested depth deep; each value taken from budget, which must not run out
+/// (an XML list cannot share values, but is bounded by the same count).
+std::optional<QVariant> toVariant(plist_t node, int depth, int maxDepth, qint64 *budget)
 {
-    if (!node || depth > MaxPropertyListDepth)
+    if (!node || depth > maxDepth || --*budget < 0)
         return std::nullopt;
     switch (plist_get_node_type(node)) {
     case PLIST_DICT: {
@@ -183,7 +201,7 @@ std::optional<QVariant> toVariant(plist_t node, int depth)
             }
             const QString name = QString::fromUtf8(key);
             free(key);
-            auto converted = toVariant(value, depth + 1);
+            auto converted = toVariant(value, depth + 1, maxDepth, budget);
             if (!converted) {
                 free(it);
                 return std::nullopt;
@@ -197,7 +215,7 @@ std::optional<QVariant> toVariant(plist_t node, int depth)
         QVariantList list;
         const uint32_t n = plist_array_get_size(node);
         for (uint32_t i = 0; i < n; ++i) {
-            auto converted = toVariant(plist_array_get_item(node, i), depth + 1);
+            auto converted = toVariant(plist_array_get_item(node, i), depth + 1, maxDepth, budget);
             if (!converted)
                 return std::nullopt;
             list.append(*converted);
@@ -313,13 +331,12 @@ PlistPtr fromVariant(const QVariant &value, int depth)
 
 } // namespace
 
-std::optional<QVariant> propertyListFromData(const QByteArray &data)
+std::optional<QVariant> propertyListFromData(const QByteArray &data, const PropertyListLimits &limits)
 {
-    if (data.isEmpty() || data.size() > MaxPropertyListSize)
+    if (data.isEmpty() || data.size() > limits.maxBytes || data.size() > MaxPropertyListSize)
         return std::nullopt;
     const bool binary = plist_is_binary(data.constData(), uint32_t(data.size()));
-    const int depth = binary ? binaryNestingDepth(data) : xmlNestingDepth(data);
-    if (depth < 0 || depth > MaxPropertyListDepth)
+    if (binary ? !binaryWithinLimits(data, limits) : xmlNestingDepth(data) > limits.maxDepth)
         return std::nullopt;
     plist_t root = nullptr;
     if (binary)
@@ -327,7 +344,8 @@ std::optional<QVariant> propertyListFromData(const QByteArray &data)
     else
         plist_from_xml(data.constData(), uint32_t(data.size()), &root);
     const PlistPtr owner(root);
-    return toVariant(root, 1);
+    qint64 budget = limits.maxNodes;
+    return toVariant(root, 1, limits.maxDepth, &budget);
 }
 
 std::optional<QVariant> propertyListFromFile(const QString &path)

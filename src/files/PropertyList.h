@@ -12,12 +12,26 @@ namespace orvel {
 inline constexpr qint64 MaxPropertyListSize = 16 * 1024 * 1024;
 /// The deepest nesting of arrays and dictionaries read or written.
 inline constexpr int MaxPropertyListDepth = 64;
+/// The most values a property list read may hold. A binary list names its members by reference, so
+/// a few hundred bytes can name one array from many places and expand to billions of values.
+inline constexpr qint64 MaxPropertyListNodes = 1'000'000;
+
+/// What a property list read may grow into: its size in bytes, the nesting of its arrays and
+/// dictionaries (the outermost one counts 1), and the values it expands to (every array,
+/// dictionary and plain value counts one, a shared one as often as it is named; keys not counted).
+struct PropertyListLimits
+{
+    qint64 maxBytes = MaxPropertyListSize;
+    int maxDepth = MaxPropertyListDepth;
+    qint64 maxNodes = MaxPropertyListNodes;
+};
 
 /// The value of an XML or binary property list: a QVariantMap for a dictionary, a QVariantList for an
 /// array, then QString, qint64, double, bool, QByteArray (data) and QDateTime (UTC). nullopt when the
-/// bytes are not a property list, are larger than MaxPropertyListSize or nest deeper than
-/// MaxPropertyListDepth.
-[[nodiscard]] std::optional<QVariant> propertyListFromData(const QByteArray &data);
+/// bytes are not a property list or pass one of the limits; a binary list is measured before it is
+/// parsed, so one that would expand beyond them costs no more than its own size.
+[[nodiscard]] std::optional<QVariant> propertyListFromData(
+    const QByteArray &data, const PropertyListLimits &limits = {});
 
 /// propertyListFromData() of the file's contents; nullopt when it cannot be read or is too large
 /// (a larger file is not read at all).

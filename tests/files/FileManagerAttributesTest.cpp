@@ -197,3 +197,114 @@ TEST(FileManagerLocks, LockFilesBelongToTheirUserAndProcess)
     ASSERT_TRUE(writeBytes(lock, "<plist><dict>"));
     EXPECT_EQ(FileManager::lockFileAtPath(path, false), lock);
 }
+
+namespace {
+
+// A 2001-01-01 time with nanoseconds, which a microsecond or second clock would lose.
+const FileTime ModifiedAt = FileTime(std::chrono::seconds(978307200) + std::chrono::nanoseconds(123456789));
+
+/// One item of a shared folder, read with one key, and what it must answer (an invalid value: nil).
+struct ResourceCase
+{
+    const char *name;
+    ResourceKey key;
+    QString item;
+    QVariant expected;
+};
+
+void PrintTo(const ResourceCase &c, std::ostream *os) { *os << c.name; }
+
+class Resources : public testing::TestWithParam<ResourceCase>
+{
+protected:
+    static void SetUpTestSuite()
+    {
+        dir = new TempDir;
+        const auto at = [](const char *name) { return dir->file(QString::fromUtf8(name)); };
+        ASSERT_TRUE(writeBytes(at("f.txt"), "hello"));
+        ASSERT_TRUE(FileManager::setFileModificationDate(ModifiedAt, at("f.txt")));
+        ASSERT_TRUE(FileManager::setFinderLabel(5, at("f.txt")));
+        ASSERT_TRUE(FileManager::setFileHFSTypeCode(fileTypeCodeFromString(u"TEXT"), at("f.txt")));
+        ASSERT_TRUE(writeBytes(at(".dot"), ""));
+        ASSERT_TRUE(writeBytes(at("invisible"), ""));
+        ASSERT_TRUE(setFinderFlagsOfFile(at("invisible"), FinderFlag::IsInvisible));
+        ASSERT_TRUE(FileManager::createPath(at("folder")));
+        ASSERT_TRUE(QFile::link(at("folder"), at("folder-link")));
+        ASSERT_TRUE(QFile::link(at("f.txt"), at("f-link")));
+        ASSERT_TRUE(QFile::link(at("gone"), at("broken")));
+        // The mirroring marks the extensions it hides in the Finder info; the key reads that mark.
+        ASSERT_TRUE(FileManager::createPath(at("source")) && FileManager::createPath(at("mirror")));
+        ASSERT_TRUE(writeBytes(at("source/shown.txt"), "s"));
+        ASSERT_TRUE(FileManager::updatePath(at("source"), at("mirror"), false, true));
+    }
+    static void TearDownTestSuite()
+    {
+        delete dir;
+        dir = nullptr;
+    }
+    static TempDir *dir;
+};
+
+TempDir *Resources::dir = nullptr;
+
+TEST_P(Resources, AnswerTheLinuxValueOfEachKey)
+{
+    const ResourceCase &c = GetParam();
+    QString error = u"left from before"_s;
+    const QString path = c.item.isEmpty() ? QString() : dir->file(c.item);
+    const QVariant value = FileManager::getResourceForKey(c.key, path, &error);
+    if (!c.expected.isValid()) {
+        EXPECT_FALSE(value.isValid());
+        // An empty path is no failure worth a reason; anything else says why.
+        EXPECT_EQ(error.isEmpty(), c.item.isEmpty()) << error;
+        return;
+    }
+    EXPECT_TRUE(error.isEmpty()) << error;
+    ASSERT_EQ(value.metaType(), c.expected.metaType());
+    if (c.expected.metaType() == QMetaType::fromType<FileTime>())
+        EXPECT_EQ(value.value<FileTime>(), c.expected.value<FileTime>());
+    else
+        EXPECT_EQ(value, c.expected);
+}
+
+using K = ResourceKey;
+INSTANTIATE_TEST_SUITE_P(FileManagerAttributes, Resources,
+    testing::Values(
+        ResourceCase { "modified", K::ContentModificationDate, u"f.txt"_s, QVariant::fromValue(ModifiedAt) },
+        ResourceCase {
+            "modifiedThroughLink", K::ContentModificationDate, u"f-link"_s, QVariant::fromValue(ModifiedAt) },
+        ResourceCase { "size", K::FileSize, u"f.txt"_s, qint64(5) },
+        ResourceCase { "regular", K::IsRegularFile, u"f.txt"_s, true },
+        ResourceCase { "linkToFolder", K::IsDirectory, u"folder-link"_s, true },
+        ResourceCase { "linkItself", K::IsSymbolicLink, u"folder-link"_s, true },
+        ResourceCase { "brokenLinkItself", K::IsSymbolicLink, u"broken"_s, true },
+        ResourceCase { "dotName", K::IsHidden, u".dot"_s, true },
+        ResourceCase { "invisibleFlag", K::IsHidden, u"invisible"_s, true },
+        ResourceCase { "visible", K::IsHidden, u"f.txt"_s, false },
+        ResourceCase { "extensionHidden", K::HasHiddenExtension, u"mirror/shown.txt"_s, true },
+        ResourceCase { "label", K::LabelNumber, u"f.txt"_s, 5 },
+        ResourceCase { "noLabel", K::LabelNumber, u"folder"_s, 0 },
+        ResourceCase {
+            "typeCode", K::TypeCode, u"f.txt"_s, QVariant::fromValue(fileTypeCodeFromString(u"TEXT")) },
+        ResourceCase { "mutable", K::IsUserImmutable, u"f.txt"_s, false },
+        ResourceCase { "missing", K::FileSize, u"none"_s, QVariant() },
+        ResourceCase { "brokenLinkFollowed", K::ContentModificationDate, u"broken"_s, QVariant() },
+        ResourceCase { "emptyPath", K::IsDirectory, QString(), QVariant() }),
+    [](const testing::TestParamInfo<ResourceCase> &info) { return std::string(info.param.name); });
+
+} // namespace
+
+TEST(FileManagerAttributes, CreationDateResourceIsTheBirthTimeOrSaysWhyNot)
+{
+    TempDir dir;
+    const QString path = dir.file(u"f"_s);
+    ASSERT_TRUE(writeBytes(path, "f"));
+    QString error;
+    const QVariant born = FileManager::getResourceForKey(ResourceKey::CreationDate, path, &error);
+    const std::optional<FileTime> expected = FileManager::fileCreationDateAtPath(path);
+    ASSERT_EQ(born.isValid(), expected.has_value()) << error;
+    if (expected)
+        EXPECT_EQ(born.value<FileTime>(), *expected);
+    else
+        EXPECT_FALSE(error.isEmpty());
+}

@@ -8,7 +8,9 @@
 #include <QRegularExpression>
 #include <gtest/gtest.h>
 
+#include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 using namespace Qt::StringLiterals;
 
@@ -62,6 +64,53 @@ TEST(FileManagerListing, FlatAndDeepListingsSortFilesFromFoldersAndDropBrokenLin
             dir.file(u"linked/Contents/Info.plist"_s) }));
     EXPECT_EQ(FileManager::deepDirectoryFoldersAtPath(top).size(), 4);
     EXPECT_TRUE(FileManager::deepDirectoryContentsAtPath(dir.file(u"nothing"_s)).isEmpty());
+}
+
+/// The deep listing the slow way: the flat listing of each folder, every entry's status asked by
+/// path, the folders on the way down kept apart.
+void walkFolderByFolder(const QString &folder, std::vector<FileIdentity> &ancestors, QStringList &out)
+{
+    for (const QString &name : FileManager::directoryContentsAtPath(folder, false)) {
+        const QString full = folder.endsWith(u'/') ? folder + name : folder + u'/' + name;
+        bool isDirectory = false;
+        if (!FileManager::fileExistsAtPath(full, &isDirectory))
+            continue;
+        out.append(full);
+        const std::optional<FileIdentity> identity = FileManager::fileIdentityAtPath(full);
+        if (!isDirectory || std::find(ancestors.begin(), ancestors.end(), *identity) != ancestors.end())
+            continue;
+        ancestors.push_back(*identity);
+        walkFolderByFolder(full, ancestors, out);
+        ancestors.pop_back();
+    }
+}
+
+TEST(FileManagerListing, DeepListingIsTheFlatListingsWalkedInTheSameOrder)
+{
+    TempDir dir;
+    for (const QString &folder : { u"t/a/x"_s, u"t/b"_s, u"t/ü"_s })
+        ASSERT_TRUE(FileManager::createPath(dir.file(folder)));
+    for (int i = 0; i < 40; ++i)
+        ASSERT_TRUE(writeBytes(dir.file(u"t/%1/f%2"_s.arg(i % 2 ? u"a/x"_s : u"ü"_s).arg(i)), "f"));
+    ASSERT_TRUE(writeBytes(dir.file(u"t/.dot"_s), "d"));
+    ASSERT_TRUE(makeLink(dir.file(u"t/a/x/f1"_s), dir.file(u"t/b/to-file"_s)));
+    ASSERT_TRUE(makeLink(dir.file(u"t/a"_s), dir.file(u"t/b/to-folder"_s)));
+    ASSERT_TRUE(makeLink(u".."_s, dir.file(u"t/a/x/up"_s)));
+    ASSERT_TRUE(makeLink(u"gone"_s, dir.file(u"t/b/broken"_s)));
+    // A name that is not UTF-8 cannot be handed on as a path, so no listing has it.
+    const QByteArray undecodable = QFile::encodeName(dir.file(u"t/b/"_s)) + "bad\xff";
+    const int fd = ::open(undecodable.constData(), O_CREAT | O_WRONLY | O_CLOEXEC, 0644);
+    ASSERT_GE(fd, 0);
+    ::close(fd);
+
+    for (const QString &top : { dir.file(u"t"_s), dir.file(u"t/"_s) }) {
+        std::vector<FileIdentity> ancestors { *FileManager::fileIdentityAtPath(top) };
+        QStringList expected;
+        walkFolderByFolder(top, ancestors, expected);
+        EXPECT_EQ(expected.size(), 70); // the link to a folder entered once, the loop not at all
+        EXPECT_EQ(FileManager::deepDirectoryContentsAtPath(top), expected) << top;
+    }
+    ::unlink(undecodable.constData()); // the temporary folder's clean-up cannot name it
 }
 
 TEST(FileManagerListing, ALinkLoopIsListedOnceAndNeverEntered)

@@ -119,3 +119,33 @@ TEST(PropertyList, AHugeFileIsRefusedAndAFailedWriteKeepsTheOldFile)
     EXPECT_EQ(propertyListFromFile(path)->toMap().value(u"a"_s), qint64(1));
     EXPECT_FALSE(writePropertyListToFile(QVariantMap { { u"a"_s, 1 } }, u"/dev/full"_s));
 }
+
+TEST(PropertyList, SharedReferencesAreCountedAsOftenAsTheyAreNamed)
+{
+    // Twenty arrays, each naming the next one fifteen times: 15^20 values from about 400 bytes.
+    // Within the depth limit; only counting what the references expand to catches it.
+    QList<QByteArray> bomb;
+    for (quint32 i = 0; i < 20; ++i)
+        bomb.append("\xAF\x10\x0F" + reference(i + 1, 1).repeated(15));
+    bomb.append("\x09");
+    EXPECT_FALSE(propertyListFromData(binaryList(bomb)));
+
+    // ["x", "x", "x"] three times over, one string object named nine times: 1 + 3 * (1 + 3) = 13
+    // values. The limit is met exactly, not one below.
+    const QByteArray shared = binaryList({ "\xA3\x01\x01\x01", "\xA3\x02\x02\x02", "\x51x" });
+    const auto read = propertyListFromData(shared, { .maxNodes = 13 });
+    ASSERT_TRUE(read);
+    EXPECT_EQ(read->toList().at(2).toList(), (QVariantList { u"x"_s, u"x"_s, u"x"_s }));
+    EXPECT_FALSE(propertyListFromData(shared, { .maxNodes = 12 }));
+    EXPECT_FALSE(propertyListFromData(shared, { .maxDepth = 1 }));
+    // A dictionary's keys are not values: {"k": ["x", "x", "x"]} is five.
+    const QByteArray dict = binaryList({ "\xD1\x01\x02", "\x51k", "\xA3\x03\x03\x03", "\x51x" });
+    EXPECT_TRUE(propertyListFromData(dict, { .maxNodes = 5 }));
+    EXPECT_FALSE(propertyListFromData(dict, { .maxNodes = 4 }));
+
+    // XML shares nothing, yet is held to the same count.
+    const QByteArray xml
+        = "<plist version=\"1.0\"><array>" + QByteArray("<true/>").repeated(12) + "</array></plist>";
+    EXPECT_TRUE(propertyListFromData(xml, { .maxNodes = 13 }));
+    EXPECT_FALSE(propertyListFromData(xml, { .maxNodes = 12 }));
+}
