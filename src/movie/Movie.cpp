@@ -372,7 +372,7 @@ QImage Movie::decodeFrame(int index, std::optional<double> seconds)
                     const bool last = seconds && onScreen(packet.get());
                     if (seconds)
                         codec->skip_frame
-                            = neverOnScreen(packet.get()) ? AVDISCARD_NONREF : AVDISCARD_DEFAULT;
+                            = !last && neverOnScreen(packet.get()) ? AVDISCARD_NONREF : AVDISCARD_DEFAULT;
                     int sent = ffmpeg().avcodec_send_packet(codec, packet.get());
                     while (sent == AVERROR(EAGAIN) && !done && !h.deadline.passed()) {
                         receive();
