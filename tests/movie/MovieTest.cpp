@@ -228,7 +228,14 @@ INSTANTIATE_TEST_SUITE_P(Formats, MovieBFrames,
         MovieCase { "h264pyramid", "clip.mkv",
             "-c:v libx264 -preset veryfast -x264-params "
             "keyint=100000:scenecut=0:bframes=3:b-adapt=0:b-pyramid=normal" },
-        MovieCase { "mpeg2", "clip.mkv", "-c:v mpeg2video -q:v 2 -g 300 -bf 2" }),
+        MovieCase { "mpeg2", "clip.mkv", "-c:v mpeg2video -q:v 2 -g 300 -bf 2" },
+        // As cameras record: a key frame every second, so most times fall a few frames after one.
+        MovieCase { "h264keyframes", "clip.mov",
+            "-c:v libx264 -preset veryfast -x264-params "
+            "keyint=30:min-keyint=30:scenecut=0:bframes=3:b-adapt=0:b-pyramid=normal" },
+        MovieCase { "hevckeyframes", "clip.mp4",
+            "-c:v libx265 -preset ultrafast -x265-params "
+            "keyint=30:min-keyint=30:bframes=3:log-level=error" }),
     [](const auto &info) { return std::string(info.param.name); });
 
 TEST(MovieSize, AnamorphicPixelsAreStretchedAsAPlayerShowsThem)
