@@ -238,8 +238,10 @@ peer_argv() {
         vipsthumbnail)
             argv=(vipsthumbnail --size ${box}x$box -o "$out/%s.jpg[Q=$quality,background=255]" "$@") ;;
         gm)
-            argv=(gm mogrify -output-directory "$out" -size $((2 * box))x$((2 * box))
-                -thumbnail ${box}x$box -quality $quality -format jpg "$@") ;;
+            # mogrify puts the path it was given under the output folder: give it bare names.
+            argv=(bash -c 'cd "$1" && shift && exec gm mogrify "$@"' gm "$(dirname "$1")"
+                -output-directory "$out" -size $((2 * box))x$((2 * box))
+                -thumbnail ${box}x$box -quality $quality -format jpg "${@##*/}") ;;
         djpeg)
             # The decode floor: libjpeg's own 1/8 scaling, nothing resampled or encoded.
             argv=(bash -c 'o=$1; shift; for f; do djpeg -scale 1/8 -outfile "$o/${f##*/}.ppm" "$f" || exit; done'
