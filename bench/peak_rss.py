@@ -8,12 +8,13 @@ every process descended from it (found through the kernel's lists of children in
 worker processes count even when they start their own session) and keeps the largest sum. When the command ends it
 prints one line on standard output:
 
-    wall_s=1.234 peak_mib=56.7 peak_pss_mib=40.1 cpu_s=2.345 status=0
+    wall_s=1.234 peak_mib=56.7 peak_pss_mib=40.1 cpu_s=2.345 status=0 proc_mib=31.2
 
 wall_s        wall-clock seconds from start to exit
 peak_mib      peak of the summed RSS of the tree (MiB), as sampled
 peak_pss_mib  peak of the summed PSS of the tree (MiB): pages shared between the tree's processes
               (the libraries every worker maps) are counted once, split between their users
+proc_mib      peak RSS of the largest single process of the tree (MiB): for orvel-thumbs, a worker
 cpu_s       user + system CPU seconds of the command and all its waited-for descendants
 status      the command's exit status (128+N when killed by signal N)
 
@@ -39,12 +40,15 @@ def read(path):
 
 def tree_rss_by_children(root):
     """Sums the RSS of root and its descendants, walking the kernel's per-thread lists of children.
-    Reads only the tree's own entries, so sampling costs little CPU beside the measured command."""
-    total, stack = 0, [root]
+    Reads only the tree's own entries, so sampling costs little CPU beside the measured command.
+    Answers the sum and the largest single RSS."""
+    total, largest, stack = 0, 0, [root]
     while stack:
         pid = stack.pop()
         try:
-            total += int(read(f"/proc/{pid}/statm").split()[1]) * PAGE
+            rss = int(read(f"/proc/{pid}/statm").split()[1]) * PAGE
+            total += rss
+            largest = max(largest, rss)
             tasks = os.listdir(f"/proc/{pid}/task")
         except (OSError, IndexError, ValueError):
             continue  # the process ended while being read
@@ -53,7 +57,7 @@ def tree_rss_by_children(root):
                 stack.extend(int(c) for c in read(f"/proc/{pid}/task/{tid}/children").split())
             except OSError:
                 pass
-    return total
+    return total, largest
 
 
 def tree_rss_by_scan(root):
@@ -73,13 +77,14 @@ def tree_rss_by_scan(root):
     children = {}
     for pid, (ppid, _) in table.items():
         children.setdefault(ppid, []).append(pid)
-    total, stack = 0, [root]
+    total, largest, stack = 0, 0, [root]
     while stack:
         pid = stack.pop()
         if pid in table:
             total += table[pid][1]
+            largest = max(largest, table[pid][1])
         stack.extend(children.get(pid, ()))
-    return total
+    return total, largest
 
 
 def tree_pids(root):
@@ -135,13 +140,14 @@ def main():
             proc = subprocess.Popen(command, stdout=log, stderr=log, stdin=subprocess.DEVNULL)
         except OSError as e:
             log.write(f"peak_rss.py: cannot run {command[0]}: {e.strerror}\n".encode())
-            print("wall_s=0.000 peak_mib=0.0 peak_pss_mib=0.0 cpu_s=0.000 status=127")
+            print("wall_s=0.000 peak_mib=0.0 peak_pss_mib=0.0 cpu_s=0.000 status=127 proc_mib=0.0")
             return 0
-        peak = peak_pss = 0
+        peak = peak_pss = peak_proc = 0
         if args.interval <= 0:
             proc.wait()  # timing only: no sampler competing for the cores
         while proc.poll() is None:
-            peak = max(peak, tree_rss(proc.pid))
+            total, largest = tree_rss(proc.pid)
+            peak, peak_proc = max(peak, total), max(peak_proc, largest)
             if has_pss:
                 peak_pss = max(peak_pss, tree_pss(proc.pid))
             time.sleep(args.interval)
@@ -153,7 +159,7 @@ def main():
     status = proc.returncode if proc.returncode >= 0 else 128 - proc.returncode
     mib = 1024.0 * 1024.0
     print(f"wall_s={wall:.3f} peak_mib={peak / mib:.1f} peak_pss_mib={peak_pss / mib:.1f} "
-          f"cpu_s={usage.ru_utime + usage.ru_stime:.3f} status={status}")
+          f"cpu_s={usage.ru_utime + usage.ru_stime:.3f} status={status} proc_mib={peak_proc / mib:.1f}")
     return 0
 
 

@@ -10,7 +10,7 @@ packages=(
   build-essential cmake ninja-build pkg-config
   qt6-base-dev libvips-dev libpoppler-qt6-dev ghostscript
   libgtest-dev libgmock-dev libbenchmark-dev
-  libvips-tools time
+  libvips-tools time graphicsmagick poppler-utils libjpeg-turbo-progs
   libavformat-dev libavcodec-dev libswscale-dev libavutil-dev ffmpeg ffmpegthumbnailer
   qt6-tools-dev qt6-l10n-tools
   qt6-translations-l10n

@@ -62,9 +62,7 @@ bool writeAll(int fd, const char *data, qsizetype size)
     return true;
 }
 
-} // namespace
-
-bool writeFileAtomically(const QString &path, const QByteArray &data, QString *error)
+bool writeReplacing(const QString &path, const QByteArray &data, bool flush, QString *error)
 {
     auto fail = [error](const QString &reason) { return failure(error, reason); };
 
@@ -113,7 +111,7 @@ bool writeFileAtomically(const QString &path, const QByteArray &data, QString *e
     }
     if (!failure && !writeAll(fd, data.constData(), data.size()))
         failure = errno;
-    if (!failure && fsync(fd) != 0)
+    if (!failure && flush && fsync(fd) != 0)
         failure = errno;
     if (::close(fd) != 0 && !failure)
         failure = errno;
@@ -125,12 +123,24 @@ bool writeFileAtomically(const QString &path, const QByteArray &data, QString *e
     }
 
     // Make the rename itself durable; a failure here no longer endangers either version.
-    const int dirFd = ::open(folder.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    const int dirFd = flush ? ::open(folder.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC) : -1;
     if (dirFd >= 0) {
         fsync(dirFd);
         ::close(dirFd);
     }
     return true;
+}
+
+} // namespace
+
+bool writeFileAtomically(const QString &path, const QByteArray &data, QString *error)
+{
+    return writeReplacing(path, data, true, error);
+}
+
+bool writeFileAtomicallyUnflushed(const QString &path, const QByteArray &data, QString *error)
+{
+    return writeReplacing(path, data, false, error);
 }
 
 } // namespace orvel

@@ -14,4 +14,11 @@ namespace orvel {
 /// is flushed to the disk before it takes the old one's place.
 bool writeFileAtomically(const QString &path, const QByteArray &data, QString *error = nullptr);
 
+/// How far writeFileAtomicallyUnflushed's guarantee goes: readers still see the old contents or the
+/// new ones, never a part, and failures leave the old file, as with writeFileAtomically. Nothing is
+/// flushed to the disk, so after a power loss the file may be the old one, or empty where there was
+/// none. For output that can be made again (thumbnails of a batch), where two flushes a file would
+/// cost more than making it.
+bool writeFileAtomicallyUnflushed(const QString &path, const QByteArray &data, QString *error = nullptr);
+
 } // namespace orvel

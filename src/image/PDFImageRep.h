@@ -90,4 +90,9 @@ private:
 [[nodiscard]] QByteArray convertPostScriptToPDF(
     const QByteArray &postScript, bool encapsulated, int timeLimitSeconds, QString *error = nullptr);
 
+/// Draws page 1 of PostScript data, the part inside the bounding box given (in points), with
+/// Ghostscript at exactly the pixel size given (white paper); null (with a reason) on failure or time-out.
+[[nodiscard]] QImage renderPostScriptPage(const QByteArray &postScript, QRectF boundingBox, QSize pixels,
+    int timeLimitSeconds, QString *error = nullptr);
+
 } // namespace orvel

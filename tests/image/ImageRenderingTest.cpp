@@ -132,7 +132,7 @@ TEST(ImageRendering, DocumentsAreRenderedOnWhite)
     EXPECT_TRUE(colourNear(pixelOf(bitmap, 50, 40), Qt::blue, 2));
 }
 
-TEST(ImageRendering, PostScriptIsConvertedOnceAndKeptAsPDF)
+TEST(ImageRendering, PostScriptIsDrawnStraightToPixelsAndMadeIntoPDFOnlyWhenAsked)
 {
     TempDir dir;
     const QString path = dir.file(u"box.eps"_s);
@@ -141,13 +141,44 @@ TEST(ImageRendering, PostScriptIsConvertedOnceAndKeptAsPDF)
     ASSERT_TRUE(image && image->isReallyValid());
     EXPECT_EQ(image->size(), QSizeF(60, 30));
     ASSERT_TRUE(image->EPSImageRep());
-    EXPECT_FALSE(image->EPSImageRep()->PDFImageRep()); // not converted before it is drawn
     ImagePtr bitmap = image->bitmapImageWithPixelSize(QSizeF(60, 30), true, 3);
     ASSERT_TRUE(bitmap);
     EXPECT_TRUE(colourNear(pixelOf(bitmap, 30, 15), Qt::green, 3));
-    ASSERT_TRUE(image->EPSImageRep()->PDFImageRep());
+    EXPECT_FALSE(image->EPSImageRep()->PDFImageRep());
+    ASSERT_TRUE(image->EPSImageRep()->initializePDFImageRep());
     EXPECT_TRUE(image->EPSImageRep()->PDFRepresentation().startsWith("%PDF"));
     EXPECT_EQ(image->pathExtensionForBestRepresentation(), u"eps"_s);
+}
+
+TEST(ImageRendering, PostScriptPageOneIsDrawnSmoothlyAndWhatComesAfterItIsNotRun)
+{
+    TempDir dir;
+    // Red up to 102.5 points (pixel 20.5 at this scale), blue after it; page 2 would fail.
+    const QString path = dir.file(u"two.ps"_s);
+    ASSERT_TRUE(writeBytes(path,
+        "%!PS-Adobe-3.0\n%%BoundingBox: 0 0 200 100\n%%Pages: 2\n%%Page: 1 1\n"
+        "1 0 0 setrgbcolor 0 0 102.5 100 rectfill 0 0 1 setrgbcolor 102.5 0 97.5 100 rectfill showpage\n"
+        "%%Page: 2 2\nnosuchoperator showpage\n"));
+    ImagePtr image = Image::initByReferencingFile(path);
+    ASSERT_TRUE(image && image->isReallyValid());
+    ImagePtr bitmap = image->bitmapImageWithPixelSize(QSizeF(40, 20), true, 3);
+    ASSERT_TRUE(bitmap) << image->drawError().toStdString();
+    EXPECT_TRUE(colourNear(pixelOf(bitmap, 5, 10), Qt::red, 6));
+    EXPECT_TRUE(colourNear(pixelOf(bitmap, 35, 10), Qt::blue, 6));
+    // The edge pixel is a blend, not a hard step.
+    const QColor edge = pixelOf(bitmap, 20, 10);
+    EXPECT_GT(edge.red(), 60) << edge.name().toStdString();
+    EXPECT_GT(edge.blue(), 60) << edge.name().toStdString();
+
+    // An error on page 1 is still a failure, in Ghostscript's own words.
+    ASSERT_TRUE(
+        writeBytes(dir.file(u"broken.eps"_s), "%!PS\n%%BoundingBox: 0 0 10 10\nnosuchoperator\nshowpage\n"));
+    ImagePtr broken = Image::initByReferencingFile(dir.file(u"broken.eps"_s));
+    ASSERT_TRUE(broken);
+    EXPECT_FALSE(broken->bitmapImageWithPixelSize(QSizeF(10, 10), true, 3));
+    EXPECT_TRUE(broken->drawError().startsWith(
+        u"Ghostscript could not convert the PostScript document: Error: /undefined in nosuchoperator"_s))
+        << broken->drawError().toStdString();
 }
 
 TEST(ImageRendering, PostScriptThatNeverEndsIsStoppedByTheTimeLimit)

@@ -153,7 +153,9 @@ Failure writeThumbnail(
                                   : u"the %1 encoder failed"_s.arg(extension);
     }
     QString error;
-    if (!writeFileAtomically(out, data, &error))
+    // Replaced whole or not at all, but not flushed: two flushes would cost a busy disk more than
+    // making the thumbnail, which can always be made again.
+    if (!writeFileAtomicallyUnflushed(out, data, &error))
         return u"cannot write %1: %2"_s.arg(out, error);
     // The new file took the old one's place and, like any new file, has no fork or Finder info of
     // its own: a companion left from the old one would lend it the old one's icon on a Mac.
