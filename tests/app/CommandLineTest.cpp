@@ -234,6 +234,7 @@ TEST(CommandLine, WorkerArgumentsCarryEverySettingWithItsType)
 
 TEST(Progress, LineFitsEveryWidthAndShowsWhatItCan)
 {
+    const orvel::test::DefaultLocale c(QLocale::c());
     Progress::Status status;
     status.done = 12;
     status.total = 40;
@@ -261,6 +262,7 @@ TEST(Progress, LineFitsEveryWidthAndShowsWhatItCan)
 
 TEST(Progress, BarIsFullWhenDoneAndEmptyAtTheStart)
 {
+    const orvel::test::DefaultLocale c(QLocale::c());
     Progress::Status status;
     status.totalKnown = true;
     status.done = 3;
@@ -289,6 +291,7 @@ TEST(Progress, ElisionKeepsBothEnds)
 
 TEST(Progress, SummaryCountsThumbnailsIconsAndFailures)
 {
+    const orvel::test::DefaultLocale c(QLocale::c());
     EXPECT_EQ(
         Progress::formatSummary(12, 0, 2, 1, 3.24), u"12 thumbnails made, 2 skipped, 1 failed, 3.2 s"_s);
     EXPECT_EQ(Progress::formatSummary(1, 0, 0, 0, 0), u"1 thumbnail made, 0 failed, 0.0 s"_s);

@@ -120,6 +120,7 @@ TEST(CommandLineRun, SummaryShowsTheSizeWrittenInTheUsersNumberFormat)
     QLocale::setDefault(saved);
     EXPECT_TRUE(QString::fromUtf8(err).trimmed().endsWith(u" s, "_s + size + u" written"_s))
         << err.constData() << " " << size.toStdString();
+    EXPECT_TRUE(QString::fromUtf8(err).contains(QRegularExpression(u", \\d+,\\d s, "_s))) << err.constData();
 
     // Nothing written: no size.
     ASSERT_EQ(runThumbs(dir, QStringList { u"--dry-run"_s } + images, nullptr, &err), 0);

@@ -4,6 +4,7 @@
 #include <QByteArray>
 #include <QColor>
 #include <QImage>
+#include <QLocale>
 #include <QMap>
 #include <QString>
 #include <QStringList>
@@ -88,6 +89,19 @@ private:
     const char *m_name;
     bool m_wasSet;
     QByteArray m_old;
+};
+
+/// Makes locale the default QLocale for as long as it lives, then puts back the one before.
+class DefaultLocale
+{
+public:
+    explicit DefaultLocale(const QLocale &locale) { QLocale::setDefault(locale); }
+    ~DefaultLocale() { QLocale::setDefault(m_saved); }
+    DefaultLocale(const DefaultLocale &) = delete;
+    DefaultLocale &operator=(const DefaultLocale &) = delete;
+
+private:
+    QLocale m_saved;
 };
 
 } // namespace orvel::test

@@ -4,6 +4,7 @@
 #include "app/shared/LocalizedText.h"
 #include "support/NumberFormatter.h"
 
+#include <QLocale>
 #include <QStringList>
 
 #include <algorithm>
@@ -28,7 +29,7 @@ int terminalColumns(int fd)
 QString rateText(qint64 done, double seconds)
 {
     const double rate = seconds > 0 ? double(done) / seconds : 0.0;
-    return localizedText(QStringLiteral("%1 files/s")).arg(QString::number(rate, 'f', rate < 10 ? 1 : 0));
+    return localizedText(QStringLiteral("%1 files/s")).arg(QLocale().toString(rate, 'f', rate < 10 ? 1 : 0));
 }
 
 } // namespace
@@ -115,7 +116,7 @@ QString Progress::formatSummary(
     if (skipped > 0)
         parts << localizedText(QStringLiteral("%1 skipped")).arg(skipped);
     parts << localizedText(QStringLiteral("%1 failed")).arg(failed);
-    parts << QStringLiteral("%1 s").arg(seconds, 0, 'f', 1);
+    parts << QStringLiteral("%1 s").arg(QLocale().toString(seconds, 'f', 1)); // the user's decimal sign
     if (bytesWritten > 0)
         parts << localizedText(QStringLiteral("%1 written"))
                      .arg(NumberFormatter::stringForSize(quint64(bytesWritten)));
