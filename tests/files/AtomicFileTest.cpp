@@ -82,21 +82,17 @@ TEST(AtomicFile, RefusesWhatIsNotAPlainFileOrHasNoFolderAndLeavesNothing)
     TempDir dir;
     ASSERT_TRUE(QDir(dir.path()).mkdir(u"folder"_s));
     ASSERT_EQ(mkfifo(QFile::encodeName(dir.file(u"pipe"_s)).constData(), 0600), 0);
-    const struct
-    {
-        QString path;
-        QString error;
-    } cases[] = {
+    const std::pair<QString, QString> cases[] = {
         { dir.file(u"folder"_s), u"Is a directory"_s },
         { dir.file(u"pipe"_s), u"Not a plain file"_s },
         { dir.file(u"missing/out.png"_s), u"No such file or directory"_s },
         { QString(), u"No such file or directory"_s },
         { dir.file(u"a"_s) + QChar(0) + u"b"_s, u"Invalid argument"_s },
     };
-    for (const auto &c : cases) {
+    for (const auto &[path, reason] : cases) {
         QString error;
-        EXPECT_FALSE(writeFileAtomically(c.path, "x", &error)) << c.path;
-        EXPECT_EQ(error, c.error) << c.path;
+        EXPECT_FALSE(writeFileAtomically(path, "x", &error)) << path;
+        EXPECT_EQ(error, reason) << path;
     }
     EXPECT_TRUE(QFileInfo(dir.file(u"folder"_s)).isDir());
     EXPECT_TRUE(S_ISFIFO(statOf(dir.file(u"pipe"_s)).st_mode));

@@ -1,11 +1,14 @@
-// Dates, attributes, custom icons, locks and flags on real files.
+// Dates, attributes, custom icons, locks and flags on real files; comments in "user.xdg.comment" and
+// labels in the Finder info, at once and batched on the event loop.
 #include "files/FileManager.h"
 #include "files/PropertyList.h"
 #include "support/ProcessInfo.h"
 
 #include "testlib/TestSupport.h"
 
+#include <QCoreApplication>
 #include <QDir>
+#include <QElapsedTimer>
 #include <QFile>
 #include <gtest/gtest.h>
 
@@ -32,6 +35,25 @@ bool canSetImmutable(const TempDir &dir)
     return can;
 }
 
+/// Runs the event loop until done() holds or ten seconds pass; answers done().
+template <typename Done> bool spinUntil(Done done)
+{
+    QElapsedTimer clock;
+    clock.start();
+    while (!done() && clock.elapsed() < 10000)
+        QCoreApplication::processEvents(QEventLoop::AllEvents, 5);
+    return done();
+}
+
+bool userAttributesWork(const TempDir &dir)
+{
+    const QString probe = dir.file(u"probe"_s);
+    writeBytes(probe, "p");
+    const bool works = FileManager::setFinderComment(u"x"_s, probe);
+    QFile::remove(probe);
+    return works;
+}
+
 } // namespace
 
 TEST(FileManagerAttributes, CreationDateIsTheBirthTimeAndCannotBeMoved)
@@ -40,8 +62,13 @@ TEST(FileManagerAttributes, CreationDateIsTheBirthTimeAndCannotBeMoved)
     const QString path = dir.file(u"f"_s);
     ASSERT_TRUE(writeBytes(path, "f"));
     const std::optional<FileTime> born = FileManager::fileCreationDateAtPath(path);
+    QString error;
+    const QVariant resource = FileManager::getResourceForKey(ResourceKey::CreationDate, path, &error);
+    EXPECT_EQ(resource.isValid(), born.has_value());
+    EXPECT_EQ(error.isEmpty(), born.has_value()) << "no birth time says why";
     if (!born)
         GTEST_SKIP() << "this file system records no birth time";
+    EXPECT_EQ(resource.value<FileTime>(), *born);
     const auto now = std::chrono::system_clock::now();
     EXPECT_LT(std::chrono::abs(now - *born), std::chrono::minutes(1));
     const FileTime earlier = *born - std::chrono::hours(24);
@@ -198,113 +225,149 @@ TEST(FileManagerLocks, LockFilesBelongToTheirUserAndProcess)
     EXPECT_EQ(FileManager::lockFileAtPath(path, false), lock);
 }
 
-namespace {
-
-// A 2001-01-01 time with nanoseconds, which a microsecond or second clock would lose.
-const FileTime ModifiedAt = FileTime(std::chrono::seconds(978307200) + std::chrono::nanoseconds(123456789));
-
-/// One item of a shared folder, read with one key, and what it must answer (an invalid value: nil).
-struct ResourceCase
+TEST(FileManagerAttributes, ResourcesAnswerTheLinuxValueOfEachKey)
 {
-    const char *name;
-    ResourceKey key;
-    QString item;
-    QVariant expected;
-};
+    TempDir dir;
+    const auto at = [&dir](const char *name) { return dir.file(QString::fromUtf8(name)); };
+    // A 2001-01-01 time with nanoseconds, which a microsecond or second clock would lose.
+    const FileTime modifiedAt
+        = FileTime(std::chrono::seconds(978307200) + std::chrono::nanoseconds(123456789));
+    ASSERT_TRUE(writeBytes(at("f.txt"), "hello"));
+    ASSERT_TRUE(FileManager::setFileModificationDate(modifiedAt, at("f.txt")));
+    ASSERT_TRUE(FileManager::setFinderLabel(5, at("f.txt")));
+    ASSERT_TRUE(FileManager::setFileHFSTypeCode(fileTypeCodeFromString(u"TEXT"), at("f.txt")));
+    ASSERT_TRUE(writeBytes(at(".dot"), ""));
+    ASSERT_TRUE(writeBytes(at("invisible"), ""));
+    ASSERT_TRUE(setFinderFlagsOfFile(at("invisible"), FinderFlag::IsInvisible));
+    ASSERT_TRUE(FileManager::createPath(at("folder")));
+    ASSERT_TRUE(QFile::link(at("folder"), at("folder-link")));
+    ASSERT_TRUE(QFile::link(at("f.txt"), at("f-link")));
+    ASSERT_TRUE(QFile::link(at("gone"), at("broken")));
+    // The mirroring marks the extensions it hides in the Finder info; the key reads that mark.
+    ASSERT_TRUE(FileManager::createPath(at("source")) && FileManager::createPath(at("mirror")));
+    ASSERT_TRUE(writeBytes(at("source/shown.txt"), "s"));
+    ASSERT_TRUE(FileManager::updatePath(at("source"), at("mirror"), false, true));
 
-void PrintTo(const ResourceCase &c, std::ostream *os) { *os << c.name; }
-
-class Resources : public testing::TestWithParam<ResourceCase>
-{
-protected:
-    static void SetUpTestSuite()
+    using K = ResourceKey;
+    const QVariant modified = QVariant::fromValue(modifiedAt);
+    // The item read with the key and what it must answer (an invalid value: nil).
+    const struct
     {
-        dir = new TempDir;
-        const auto at = [](const char *name) { return dir->file(QString::fromUtf8(name)); };
-        ASSERT_TRUE(writeBytes(at("f.txt"), "hello"));
-        ASSERT_TRUE(FileManager::setFileModificationDate(ModifiedAt, at("f.txt")));
-        ASSERT_TRUE(FileManager::setFinderLabel(5, at("f.txt")));
-        ASSERT_TRUE(FileManager::setFileHFSTypeCode(fileTypeCodeFromString(u"TEXT"), at("f.txt")));
-        ASSERT_TRUE(writeBytes(at(".dot"), ""));
-        ASSERT_TRUE(writeBytes(at("invisible"), ""));
-        ASSERT_TRUE(setFinderFlagsOfFile(at("invisible"), FinderFlag::IsInvisible));
-        ASSERT_TRUE(FileManager::createPath(at("folder")));
-        ASSERT_TRUE(QFile::link(at("folder"), at("folder-link")));
-        ASSERT_TRUE(QFile::link(at("f.txt"), at("f-link")));
-        ASSERT_TRUE(QFile::link(at("gone"), at("broken")));
-        // The mirroring marks the extensions it hides in the Finder info; the key reads that mark.
-        ASSERT_TRUE(FileManager::createPath(at("source")) && FileManager::createPath(at("mirror")));
-        ASSERT_TRUE(writeBytes(at("source/shown.txt"), "s"));
-        ASSERT_TRUE(FileManager::updatePath(at("source"), at("mirror"), false, true));
+        ResourceKey key;
+        const char *item;
+        QVariant expected;
+    } cases[] = { { K::ContentModificationDate, "f.txt", modified },
+        { K::ContentModificationDate, "f-link", modified }, { K::FileSize, "f.txt", qint64(5) },
+        { K::IsRegularFile, "f.txt", true }, { K::IsDirectory, "folder-link", true },
+        { K::IsSymbolicLink, "folder-link", true }, { K::IsSymbolicLink, "broken", true },
+        { K::IsHidden, ".dot", true }, { K::IsHidden, "invisible", true }, { K::IsHidden, "f.txt", false },
+        { K::HasHiddenExtension, "mirror/shown.txt", true }, { K::LabelNumber, "f.txt", 5 },
+        { K::LabelNumber, "folder", 0 },
+        { K::TypeCode, "f.txt", QVariant::fromValue(fileTypeCodeFromString(u"TEXT")) },
+        { K::IsUserImmutable, "f.txt", false }, { K::FileSize, "none", QVariant() },
+        { K::ContentModificationDate, "broken", QVariant() }, { K::IsDirectory, "", QVariant() } };
+    for (const auto &c : cases) {
+        QString error = u"left from before"_s;
+        const QString path = *c.item ? at(c.item) : QString();
+        const QVariant value = FileManager::getResourceForKey(c.key, path, &error);
+        const auto where = [&] { return c.item + std::string(" key ") + std::to_string(int(c.key)); };
+        if (!c.expected.isValid()) {
+            EXPECT_FALSE(value.isValid()) << where();
+            // An empty path is no failure worth a reason; anything else says why.
+            EXPECT_EQ(error.isEmpty(), path.isEmpty()) << where() << ": " << error;
+            continue;
+        }
+        EXPECT_TRUE(error.isEmpty()) << where() << ": " << error;
+        ASSERT_EQ(value.metaType(), c.expected.metaType()) << where();
+        if (c.expected.metaType() == QMetaType::fromType<FileTime>())
+            EXPECT_EQ(value.value<FileTime>(), c.expected.value<FileTime>()) << where();
+        else
+            EXPECT_EQ(value, c.expected) << where();
     }
-    static void TearDownTestSuite()
-    {
-        delete dir;
-        dir = nullptr;
-    }
-    static TempDir *dir;
-};
-
-TempDir *Resources::dir = nullptr;
-
-TEST_P(Resources, AnswerTheLinuxValueOfEachKey)
-{
-    const ResourceCase &c = GetParam();
-    QString error = u"left from before"_s;
-    const QString path = c.item.isEmpty() ? QString() : dir->file(c.item);
-    const QVariant value = FileManager::getResourceForKey(c.key, path, &error);
-    if (!c.expected.isValid()) {
-        EXPECT_FALSE(value.isValid());
-        // An empty path is no failure worth a reason; anything else says why.
-        EXPECT_EQ(error.isEmpty(), c.item.isEmpty()) << error;
-        return;
-    }
-    EXPECT_TRUE(error.isEmpty()) << error;
-    ASSERT_EQ(value.metaType(), c.expected.metaType());
-    if (c.expected.metaType() == QMetaType::fromType<FileTime>())
-        EXPECT_EQ(value.value<FileTime>(), c.expected.value<FileTime>());
-    else
-        EXPECT_EQ(value, c.expected);
 }
 
-using K = ResourceKey;
-INSTANTIATE_TEST_SUITE_P(FileManagerAttributes, Resources,
-    testing::Values(
-        ResourceCase { "modified", K::ContentModificationDate, u"f.txt"_s, QVariant::fromValue(ModifiedAt) },
-        ResourceCase {
-            "modifiedThroughLink", K::ContentModificationDate, u"f-link"_s, QVariant::fromValue(ModifiedAt) },
-        ResourceCase { "size", K::FileSize, u"f.txt"_s, qint64(5) },
-        ResourceCase { "regular", K::IsRegularFile, u"f.txt"_s, true },
-        ResourceCase { "linkToFolder", K::IsDirectory, u"folder-link"_s, true },
-        ResourceCase { "linkItself", K::IsSymbolicLink, u"folder-link"_s, true },
-        ResourceCase { "brokenLinkItself", K::IsSymbolicLink, u"broken"_s, true },
-        ResourceCase { "dotName", K::IsHidden, u".dot"_s, true },
-        ResourceCase { "invisibleFlag", K::IsHidden, u"invisible"_s, true },
-        ResourceCase { "visible", K::IsHidden, u"f.txt"_s, false },
-        ResourceCase { "extensionHidden", K::HasHiddenExtension, u"mirror/shown.txt"_s, true },
-        ResourceCase { "label", K::LabelNumber, u"f.txt"_s, 5 },
-        ResourceCase { "noLabel", K::LabelNumber, u"folder"_s, 0 },
-        ResourceCase {
-            "typeCode", K::TypeCode, u"f.txt"_s, QVariant::fromValue(fileTypeCodeFromString(u"TEXT")) },
-        ResourceCase { "mutable", K::IsUserImmutable, u"f.txt"_s, false },
-        ResourceCase { "missing", K::FileSize, u"none"_s, QVariant() },
-        ResourceCase { "brokenLinkFollowed", K::ContentModificationDate, u"broken"_s, QVariant() },
-        ResourceCase { "emptyPath", K::IsDirectory, QString(), QVariant() }),
-    [](const testing::TestParamInfo<ResourceCase> &info) { return std::string(info.param.name); });
+TEST(FileManagerComments, ACommentIsTheFreedesktopAttribute)
+{
+    TempDir dir;
+    if (!userAttributesWork(dir))
+        GTEST_SKIP() << "this file system keeps no user attributes";
+    const QString path = dir.file(u"photo.jpg"_s);
+    ASSERT_TRUE(writeBytes(path, "j"));
+    EXPECT_TRUE(FileManager::finderComment(path).isNull());
+    ASSERT_TRUE(FileManager::setFinderComment(u"Sommer am See – ☀"_s, path));
+    EXPECT_EQ(FileManager::finderComment(path), u"Sommer am See – ☀"_s);
+    QByteArray out;
+    ASSERT_EQ(
+        test::runProgram(u"getfattr"_s, { u"--only-values"_s, u"-n"_s, u"user.xdg.comment"_s, path }, &out),
+        0);
+    EXPECT_EQ(QString::fromUtf8(out), u"Sommer am See – ☀"_s);
+    ASSERT_TRUE(FileManager::setFinderComment(QString(), path));
+    EXPECT_TRUE(FileManager::finderComment(path).isNull());
+    EXPECT_FALSE(FileManager::setFinderComment(u"c"_s, dir.file(u"none"_s)));
+    EXPECT_FALSE(FileManager::setFinderComment(u"c"_s, dir.file(u"none"_s), true));
+}
 
-} // namespace
+TEST(FileManagerComments, ThirtyQuickCommentsRunAsABatchOf25ThenOneOf5)
+{
+    TempDir dir;
+    if (!userAttributesWork(dir))
+        GTEST_SKIP() << "this file system keeps no user attributes";
+    QStringList paths;
+    for (int i = 0; i < 30; ++i) {
+        paths << dir.file(u"f%1"_s.arg(i, 2, 10, QChar(u'0')));
+        ASSERT_TRUE(writeBytes(paths.last(), "f"));
+    }
+    auto commented = [&] {
+        return std::count_if(paths.begin(), paths.end(),
+            [](const QString &p) { return !FileManager::finderComment(p).isNull(); });
+    };
+    QElapsedTimer clock;
+    clock.start();
+    for (int i = 0; i < 30; ++i)
+        ASSERT_TRUE(FileManager::setFinderComment(u"comment %1"_s.arg(i), paths[i], true));
+    EXPECT_EQ(commented(), 0);
+    ASSERT_EQ(FileManager::pendingFinderRequests(), 30);
 
-TEST(FileManagerAttributes, CreationDateResourceIsTheBirthTimeOrSaysWhyNot)
+    ASSERT_TRUE(spinUntil([] { return FileManager::pendingFinderRequests() < 30; }));
+    EXPECT_GE(clock.elapsed(), 190);
+    EXPECT_EQ(FileManager::pendingFinderRequests(), 5);
+    EXPECT_EQ(commented(), 25);
+    // The first 25 in path order went first.
+    EXPECT_EQ(FileManager::finderComment(paths[24]), u"comment 24"_s);
+    EXPECT_TRUE(FileManager::finderComment(paths[25]).isNull());
+
+    ASSERT_TRUE(spinUntil([] { return FileManager::pendingFinderRequests() == 0; }));
+    EXPECT_EQ(commented(), 30);
+    EXPECT_EQ(FileManager::finderComment(paths[29]), u"comment 29"_s);
+}
+
+TEST(FileManagerComments, LabelsAreTheColourBitsOfTheFinderInfo)
 {
     TempDir dir;
     const QString path = dir.file(u"f"_s);
     ASSERT_TRUE(writeBytes(path, "f"));
-    QString error;
-    const QVariant born = FileManager::getResourceForKey(ResourceKey::CreationDate, path, &error);
-    const std::optional<FileTime> expected = FileManager::fileCreationDateAtPath(path);
-    ASSERT_EQ(born.isValid(), expected.has_value()) << error;
-    if (expected)
-        EXPECT_EQ(born.value<FileTime>(), *expected);
-    else
-        EXPECT_FALSE(error.isEmpty());
+    ASSERT_TRUE(setFinderFlagsOfFile(path, FinderFlag::HasCustomIcon | FinderFlag::IsInvisible));
+    EXPECT_EQ(FileManager::finderLabel(path), 0);
+    ASSERT_TRUE(FileManager::setFinderLabel(6, path));
+    EXPECT_EQ(FileManager::finderLabel(path), 6);
+    EXPECT_EQ(finderFlagsOfFile(path), FinderFlag::HasCustomIcon | FinderFlag::IsInvisible | (6 << 1));
+    EXPECT_FALSE(FileManager::setFinderLabel(8, path));
+    EXPECT_FALSE(FileManager::setFinderLabel(-1, path));
+    EXPECT_FALSE(FileManager::setFinderLabel(1, dir.file(u"none"_s)));
+
+    // Queued labels: the same path twice keeps the last; batches of ten.
+    QStringList paths;
+    for (int i = 0; i < 12; ++i) {
+        paths << dir.file(u"l%1"_s.arg(i, 2, 10, QChar(u'0')));
+        ASSERT_TRUE(writeBytes(paths.last(), "l"));
+        ASSERT_TRUE(FileManager::setFinderLabel(i % 7 + 1, paths.last(), true));
+    }
+    ASSERT_TRUE(FileManager::setFinderLabel(2, path, true));
+    ASSERT_TRUE(FileManager::setFinderLabel(3, path, true));
+    EXPECT_EQ(FileManager::pendingFinderRequests(), 13);
+    ASSERT_TRUE(spinUntil([] { return FileManager::pendingFinderRequests() < 13; }));
+    EXPECT_EQ(FileManager::pendingFinderRequests(), 3);
+    ASSERT_TRUE(spinUntil([] { return FileManager::pendingFinderRequests() == 0; }));
+    EXPECT_EQ(FileManager::finderLabel(path), 3);
+    EXPECT_EQ(FileManager::finderLabel(paths[11]), 11 % 7 + 1);
 }

@@ -1,4 +1,5 @@
-// Creating, listing, removing, unique names, rotating archives and writing on real folders.
+// Creating, listing, removing, unique names, rotating archives, modification dates and writing on real
+// folders.
 #include "files/FileManager.h"
 
 #include "testlib/TestSupport.h"
@@ -15,11 +16,17 @@
 using namespace Qt::StringLiterals;
 
 using namespace orvel;
+using orvel::test::fileMode;
 using orvel::test::readBytes;
 using orvel::test::TempDir;
 using orvel::test::writeBytes;
 
 namespace {
+
+FileTime fileTime(qint64 seconds, qint64 nanoseconds)
+{
+    return FileTime(std::chrono::seconds(seconds) + std::chrono::nanoseconds(nanoseconds));
+}
 
 QStringList sorted(QStringList list)
 {
@@ -36,6 +43,117 @@ void setAge(const QString &path, int secondsAgo)
 }
 
 } // namespace
+
+TEST(FileManager, ListsEverythingInFileSystemOrderAndExistenceFollowsLinks)
+{
+    TempDir dir;
+    ASSERT_TRUE(writeBytes(dir.file(u"b.txt"_s), "b"));
+    ASSERT_TRUE(writeBytes(dir.file(u".hidden"_s), "h"));
+    ASSERT_TRUE(QDir(dir.path()).mkdir(u"sub"_s));
+    ASSERT_TRUE(QFile::link(dir.file(u"nowhere"_s), dir.file(u"dangling"_s)));
+    ASSERT_TRUE(QFile::link(dir.file(u"sub"_s), dir.file(u"toSub"_s)));
+
+    const QStringList names = FileManager::directoryContentsAtPath(dir.path(), false);
+    EXPECT_EQ(names,
+        QDir(dir.path())
+            .entryList(
+                QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot, QDir::Unsorted));
+    EXPECT_EQ(names.size(), 5);
+    const QStringList full = FileManager::directoryContentsAtPath(dir.path() + u"/"_s, true);
+    ASSERT_EQ(full.size(), names.size());
+    for (qsizetype i = 0; i < names.size(); ++i)
+        EXPECT_EQ(full.at(i), dir.path() + u"/"_s + names.at(i));
+
+    // A missing folder, a plain file, no path, and a NUL that would cut the path short at the folder.
+    for (const QString &path :
+        { dir.file(u"missing"_s), dir.file(u"b.txt"_s), QString(), dir.path() + QChar(0) + u"x"_s })
+        EXPECT_TRUE(FileManager::directoryContentsAtPath(path, true).isEmpty()) << path;
+
+    // Existence follows links: a link to a folder is a folder, a broken link is nothing.
+    bool isDirectory = false;
+    EXPECT_TRUE(FileManager::fileExistsAtPath(dir.file(u"toSub"_s), &isDirectory));
+    EXPECT_TRUE(isDirectory);
+    EXPECT_FALSE(FileManager::fileExistsAtPath(dir.file(u"dangling"_s), &isDirectory));
+    EXPECT_FALSE(isDirectory);
+}
+
+TEST(FileManager, MatchesExtensionIgnoringCase)
+{
+    TempDir dir;
+    for (const char *name : { "a.JPG", "b.jpg", "c.png", "jpg", ".jpg", "d.tar.Jpg" })
+        ASSERT_TRUE(writeBytes(dir.file(QString::fromLatin1(name)), "x"));
+
+    QStringList names = FileManager::directoryContentsAtPathMatchingExtension(dir.path(), u"jpg"_s);
+    names.sort();
+    EXPECT_EQ(names, QStringList({ u"a.JPG"_s, u"b.jpg"_s, u"d.tar.Jpg"_s }));
+    EXPECT_EQ(FileManager::directoryContentsAtPathMatchingExtension(dir.path(), u"PNG"_s, true),
+        QStringList({ dir.file(u"c.png"_s) }));
+    // Names without an extension, a leading dot included, match the empty extension.
+    QStringList bare = FileManager::directoryContentsAtPathMatchingExtension(dir.path(), u""_s);
+    bare.sort();
+    EXPECT_EQ(bare, QStringList({ u".jpg"_s, u"jpg"_s }));
+    EXPECT_EQ(sorted(FileManager::directoryContentsAtPathMatchingWildcard(dir.path(), u"?.JPG"_s)),
+        (QStringList { u"a.JPG"_s, u"b.jpg"_s }))
+        << "wildcards ignore case too";
+}
+
+TEST(FileManager, CreatePathMakesEveryMissingFolderAndAnswersForWhatIsThere)
+{
+    TempDir dir;
+    ASSERT_TRUE(writeBytes(dir.file(u"file"_s), "x"));
+    EXPECT_FALSE(FileManager::createPath(dir.file(u"file"_s)));
+    EXPECT_FALSE(FileManager::createPath(dir.file(u"file/sub"_s)));
+    EXPECT_FALSE(FileManager::createPath(QString()));
+    EXPECT_FALSE(FileManager::createPath(dir.file(u"new"_s) + QChar(0) + u"/more"_s));
+    EXPECT_FALSE(QFileInfo::exists(dir.file(u"new"_s)));
+
+    ASSERT_TRUE(QDir(dir.path()).mkdir(u"folder"_s));
+    chmod(QFile::encodeName(dir.file(u"folder"_s)).constData(), 0700);
+    EXPECT_TRUE(FileManager::createPath(dir.file(u"folder"_s), QFileDevice::Permissions(0x7777)));
+    EXPECT_EQ(fileMode(dir.file(u"folder"_s)), 0700u) << "an existing folder is left as it is";
+
+    // Every missing folder is made with the permissions.
+    const mode_t previous = umask(022);
+    const QString deep = dir.file(u"a/b/c"_s);
+    const bool created = FileManager::createPath(deep, QFileDevice::Permissions(0x7777));
+    umask(previous);
+    ASSERT_TRUE(created);
+    for (const QString &folder : { dir.file(u"a"_s), dir.file(u"a/b"_s), deep })
+        EXPECT_EQ(fileMode(folder), 0777u) << folder << ": set exactly, not masked";
+
+    EXPECT_TRUE(FileManager::createPathToFile(dir.file(u"x/y/thumb.png"_s)));
+    bool isDirectory = false;
+    EXPECT_TRUE(FileManager::fileExistsAtPath(dir.file(u"x/y"_s), &isDirectory));
+    EXPECT_TRUE(isDirectory);
+    EXPECT_FALSE(FileManager::fileExistsAtPath(dir.file(u"x/y/thumb.png"_s)));
+}
+
+TEST(FileManager, ModificationDateRoundTripsWithNanosecondsAndLeavesAccessTime)
+{
+    TempDir dir;
+    const QString file = dir.file(u"f"_s);
+    ASSERT_TRUE(writeBytes(file, "x"));
+    const timespec access[2] = { { 1000000000, 111 }, { 0, UTIME_OMIT } };
+    ASSERT_EQ(utimensat(AT_FDCWD, QFile::encodeName(file).constData(), access, 0), 0);
+
+    for (const FileTime t :
+        { fileTime(-86401, 999999999), fileTime(0, 1), fileTime(1600000000, 123456789) }) {
+        ASSERT_TRUE(FileManager::setFileModificationDate(t, file));
+        EXPECT_EQ(FileManager::fileModificationDateAtPath(file), t);
+    }
+    struct stat st = {};
+    ASSERT_EQ(stat(QFile::encodeName(file).constData(), &st), 0);
+    EXPECT_EQ(st.st_atim.tv_sec, 1000000000);
+    EXPECT_EQ(st.st_atim.tv_nsec, 111);
+
+    // A missing date or path changes nothing.
+    EXPECT_FALSE(FileManager::setFileModificationDate(std::nullopt, file));
+    EXPECT_EQ(FileManager::fileModificationDateAtPath(file), fileTime(1600000000, 123456789));
+    EXPECT_FALSE(FileManager::setFileModificationDate(fileTime(5, 5), QString()));
+    EXPECT_FALSE(FileManager::setFileModificationDate(fileTime(5, 5), dir.file(u"missing"_s)));
+    EXPECT_EQ(FileManager::fileModificationDateAtPath(dir.file(u"missing"_s)), std::nullopt);
+    EXPECT_EQ(FileManager::fileModificationDateAtPath(QString()), std::nullopt);
+}
 
 TEST(FileManagerListing, FlatAndDeepListingsSortFilesFromFoldersAndDropBrokenLinks)
 {
@@ -54,11 +172,6 @@ TEST(FileManagerListing, FlatAndDeepListingsSortFilesFromFoldersAndDropBrokenLin
     EXPECT_EQ(FileManager::directoryFoldersAtPath(top, true).size(), 2);
     EXPECT_TRUE(FileManager::directoryFoldersAtPath(top, true).contains(dir.file(u"App.app"_s)));
 
-    const QStringList deep = FileManager::deepDirectoryContentsAtPath(top);
-    EXPECT_EQ(deep.size(), 8);
-    EXPECT_FALSE(deep.contains(dir.file(u"broken"_s)));
-    // Pre-order: a folder before what it holds.
-    EXPECT_LT(deep.indexOf(dir.file(u"App.app"_s)), deep.indexOf(dir.file(u"App.app/Contents"_s)));
     EXPECT_EQ(sorted(FileManager::deepDirectoryFilesAtPath(top)),
         sorted({ dir.file(u".dot"_s), dir.file(u"a.txt"_s), dir.file(u"App.app/Contents/Info.plist"_s),
             dir.file(u"linked/Contents/Info.plist"_s) }));
@@ -113,39 +226,17 @@ TEST(FileManagerListing, DeepListingIsTheFlatListingsWalkedInTheSameOrder)
     ::unlink(undecodable.constData()); // the temporary folder's clean-up cannot name it
 }
 
-TEST(FileManagerListing, ALinkLoopIsListedOnceAndNeverEntered)
-{
-    TempDir dir;
-    ASSERT_TRUE(FileManager::createPath(dir.file(u"a/b"_s)));
-    ASSERT_TRUE(writeBytes(dir.file(u"a/b/file"_s), "f"));
-    ASSERT_TRUE(makeLink(dir.file(u"a"_s), dir.file(u"a/b/up"_s)));
-    ASSERT_TRUE(makeLink(u"."_s, dir.file(u"a/self"_s)));
-    EXPECT_EQ(sorted(FileManager::deepDirectoryContentsAtPath(dir.file(u"a"_s))),
-        sorted(
-            { dir.file(u"a/b"_s), dir.file(u"a/b/file"_s), dir.file(u"a/b/up"_s), dir.file(u"a/self"_s) }));
-    EXPECT_TRUE(FileManager::directoryContainsFilesAtPath(dir.file(u"a"_s), true));
-    ASSERT_TRUE(FileManager::removePath(dir.file(u"a/b/file"_s)));
-    EXPECT_FALSE(FileManager::directoryContainsFilesAtPath(dir.file(u"a"_s), false));
-}
-
-TEST(FileManagerListing, VisibleFilesIgnoreDotFilesAndTheInvisibleFlag)
+TEST(FileManagerListing, VisibleFilesIgnoreDotFilesAndTheInvisibleFlagAndLinkLoopsEnd)
 {
     TempDir dir;
     ASSERT_TRUE(FileManager::createPath(dir.file(u"sub/.git"_s)));
+    ASSERT_TRUE(makeLink(u".."_s, dir.file(u"sub/up"_s)));
+    ASSERT_TRUE(makeLink(u"."_s, dir.file(u"self"_s)));
     ASSERT_TRUE(writeBytes(dir.file(u"sub/.git/config"_s), "c"));
     ASSERT_TRUE(writeBytes(dir.file(u"sub/Icon"_s), "i"));
     ASSERT_TRUE(setFinderFlagsOfFile(dir.file(u"sub/Icon"_s), FinderFlag::IsInvisible));
     EXPECT_FALSE(FileManager::directoryContainsFilesAtPath(dir.path(), true));
     EXPECT_TRUE(FileManager::directoryContainsFilesAtPath(dir.path(), false));
-}
-
-TEST(FileManagerListing, WildcardMatchingIgnoresCase)
-{
-    TempDir dir;
-    for (const QString &name : { u"Log 1.zip"_s, u"log 2.ZIP"_s, u"other.zip"_s })
-        ASSERT_TRUE(writeBytes(dir.file(name), "z"));
-    EXPECT_EQ(sorted(FileManager::directoryContentsAtPathMatchingWildcard(dir.path(), u"log*.zip"_s)),
-        (QStringList { u"Log 1.zip"_s, u"log 2.ZIP"_s }));
 }
 
 TEST(FileManagerCreating, CreatesFilesFoldersAndMovesAPreviousFolder)

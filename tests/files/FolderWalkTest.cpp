@@ -78,17 +78,29 @@ QStringList depthFirstFiles(const QString &folder)
 
 } // namespace
 
-TEST(FolderWalk, VisitsFilesDepthFirstInListingOrder)
+TEST(FolderWalk, VisitsFilesDepthFirstInListingOrderAndNoDeeperThanAllowed)
 {
     TempDir dir;
     for (const char *name : { "a/1", "a/b/2", "a/b/c/3", "a/4", "a/.hidden", "a/d/5", "a/6" })
         touch(dir.file(QString::fromLatin1(name)));
     QDir().mkpath(dir.file(u"a/empty/inner"_s));
-
-    Recorder recorder;
-    EXPECT_TRUE(FolderWalk::processPath(dir.file(u"a"_s), recorder)) << "an empty folder answers YES";
-    EXPECT_EQ(recorder.files, depthFirstFiles(dir.file(u"a"_s)));
-    EXPECT_EQ(recorder.files.size(), 7);
+    const QString top = dir.file(u"a"_s);
+    const QStringList all = depthFirstFiles(top);
+    ASSERT_EQ(all.size(), 7);
+    // Depth n reaches the files at most n − 1 folders down; −1 sets no limit.
+    for (int depth : { -1, 0, 1, 2, 3 }) {
+        QStringList expected;
+        for (const QString &path : all)
+            if (depth < 0 || path.mid(top.size() + 1).count(u'/') < depth)
+                expected << path;
+        Recorder recorder;
+        EXPECT_TRUE(FolderWalk::processPath(top, recorder, depth)) << "an empty folder answers YES";
+        EXPECT_EQ(recorder.files, expected) << depth;
+    }
+    // A file named directly is processed at any depth.
+    Recorder named;
+    EXPECT_TRUE(FolderWalk::processPath(dir.file(u"a/b/c/3"_s), named, 0));
+    EXPECT_EQ(named.files.size(), 1);
 }
 
 TEST(FolderWalk, AndsTheAnswersAndWalksOnAfterANo)
@@ -206,25 +218,4 @@ TEST(FolderWalk, UnreadableFolderIsReportedAndAnswersWhatTheVisitorSays)
     int status = 0;
     ASSERT_EQ(::waitpid(child, &status, 0), child);
     EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << status;
-}
-
-TEST(FolderWalk, GoesNoDeeperThanItIsAllowed)
-{
-    TempDir dir;
-    for (const char *name : { "a/1", "a/b/2", "a/b/c/3" })
-        touch(dir.file(QString::fromLatin1(name)));
-    const QList<QPair<int, QStringList>> depths
-        = { { 0, {} }, { 1, { dir.file(u"a/1"_s) } }, { 2, { dir.file(u"a/1"_s), dir.file(u"a/b/2"_s) } },
-              { -1, { dir.file(u"a/1"_s), dir.file(u"a/b/2"_s), dir.file(u"a/b/c/3"_s) } } };
-    for (const auto &[depth, expected] : depths) {
-        Recorder recorder;
-        EXPECT_TRUE(FolderWalk::processPath(dir.file(u"a"_s), recorder, depth));
-        QStringList files = recorder.files;
-        files.sort();
-        EXPECT_EQ(files, expected) << depth;
-    }
-    // A file named directly is processed at any depth.
-    Recorder named;
-    EXPECT_TRUE(FolderWalk::processPath(dir.file(u"a/b/c/3"_s), named, 0));
-    EXPECT_EQ(named.files.size(), 1);
 }

@@ -1,7 +1,9 @@
-// Resource forks of real files, in the extended attribute and in the AppleDouble companion; forks
-// and companions laid out byte by byte as a Mac writes them; hostile forks.
+// Type and creator codes in the Finder info; resource forks of real files, in the extended attribute
+// and in the AppleDouble companion; forks and companions laid out byte by byte as a Mac writes them;
+// hostile forks.
 #include "files/ResourceFork.h"
 #include "files/AppleDouble.h"
+#include "files/FinderInfo.h"
 
 #include "testlib/TestSupport.h"
 
@@ -20,6 +22,7 @@ using orvel::test::TempDir;
 namespace {
 
 constexpr FileTypeCode TEXT = 0x54455854, URL = 0x75726c20, DRAG = 0x64726167, ICNS = 0x69636e73;
+constexpr FileTypeCode JPEG = 0x4A504547, Creator = 0x3842494D; // '8BIM'
 
 QByteArray be32(quint32 v)
 {
@@ -81,9 +84,63 @@ protected:
 
 } // namespace
 
+TEST(FinderInfo, CodesAndTheirQuotedStrings)
+{
+    EXPECT_EQ(fileTypeCodeToString(JPEG), u"'JPEG'"_s);
+    EXPECT_EQ(fileTypeCodeToString(0x50444620), u"'PDF '"_s);
+    EXPECT_EQ(fileTypeCodeToString(0), u""_s);
+    EXPECT_EQ(fileTypeCodeFromString(u"'JPEG'"), JPEG);
+    EXPECT_EQ(fileTypeCodeFromString(u"JPEG"), JPEG);
+    for (const char16_t *bad : { u"", u"''", u"JPG", u"'JPG'", u"'JPEGX'", u"JPEGX", u"'\u20acPEG'" })
+        EXPECT_EQ(fileTypeCodeFromString(bad), 0u) << QString::fromUtf16(bad);
+    // Bytes above 0x7f survive the trip through the string.
+    EXPECT_EQ(fileTypeCodeFromString(fileTypeCodeToString(0xA9ff0001)), 0xA9ff0001u);
+}
+
+TEST_F(ResourceForkFile, SettingCodesWritesThemBigEndianKeepingTheOtherBytes)
+{
+    ASSERT_TRUE(orvel::test::writeBytes(file, "x"));
+    ASSERT_TRUE(setHFSTypeCodeOfFile(file, JPEG));
+    ASSERT_TRUE(setHFSCreatorCodeOfFile(file, Creator));
+    EXPECT_EQ(attribute(file, FinderInfoAttributeName), QByteArray("JPEG8BIM") + QByteArray(24, '\0'));
+    EXPECT_EQ(HFSTypeOfFile(file), u"'JPEG'"_s);
+    EXPECT_EQ(HFSTypeCodeOfFile(file), JPEG);
+    EXPECT_EQ(HFSCreatorCodeOfFile(file), Creator);
+    ASSERT_TRUE(setHFSTypeCodeOfFile(file, 0));
+    EXPECT_EQ(HFSTypeOfFile(file), u""_s) << "a zero type is no type";
+    EXPECT_EQ(HFSCreatorCodeOfFile(file), Creator);
+
+    QByteArray expected(32, '\0');
+    for (int i = 0; i < 32; ++i)
+        expected[i] = char(0xE0 + i % 16);
+    ASSERT_TRUE(setAttribute(file, FinderInfoAttributeName, expected));
+    ASSERT_TRUE(setHFSTypeCodeOfFile(file, JPEG));
+    ASSERT_TRUE(setHFSCreatorCodeOfFile(file, Creator));
+    EXPECT_EQ(attribute(file, FinderInfoAttributeName), expected.replace(0, 8, "JPEG8BIM"));
+}
+
+TEST_F(ResourceForkFile, MissingOrShortFinderInfoReadsAsPaddedWithZeros)
+{
+    ASSERT_TRUE(orvel::test::writeBytes(file, "x"));
+    EXPECT_EQ(HFSTypeOfFile(file), u""_s);
+    EXPECT_EQ(HFSTypeCodeOfFile(file), 0u);
+    EXPECT_EQ(HFSTypeCodeOfFile(dir.file(u"missing"_s)), 0u);
+    EXPECT_FALSE(setHFSTypeCodeOfFile(dir.file(u"missing"_s), JPEG));
+
+    ASSERT_TRUE(setAttribute(file, FinderInfoAttributeName, "TEXT"));
+    EXPECT_EQ(HFSTypeOfFile(file), u"'TEXT'"_s);
+    EXPECT_EQ(HFSCreatorCodeOfFile(file), 0u);
+    ASSERT_TRUE(setHFSCreatorCodeOfFile(file, Creator));
+    EXPECT_EQ(attribute(file, FinderInfoAttributeName), QByteArray("TEXT8BIM") + QByteArray(24, '\0'));
+}
+
 TEST_F(ResourceForkFile, AddReplaceRemoveAndReadBackInTheAttribute)
 {
     EXPECT_EQ(ResourceFork::resourceForkForReadingAtPath(file), nullptr) << "no file, no fork";
+    // Names of 256 characters and missing folders cannot be opened for writing.
+    EXPECT_EQ(ResourceFork::resourceForkForWritingAtPath(dir.file(QString(256, u'n'))), nullptr);
+    EXPECT_EQ(ResourceFork::resourceForkForWritingAtPath(dir.file(u"missing/f"_s)), nullptr);
+    EXPECT_EQ(ResourceFork::resourceForkForWritingAtPath(QString()), nullptr);
     {
         auto fork = ResourceFork::resourceForkForWritingAtPath(file);
         ASSERT_NE(fork, nullptr);
@@ -171,13 +228,6 @@ TEST_F(ResourceForkFile, StringsArePascalStringsOfAtMost255Characters)
     EXPECT_EQ(fork->dataForType(TEXT, 2), QByteArray("\x07Gr??e ?"));
 }
 
-TEST_F(ResourceForkFile, NamesOf256CharactersAndMissingFoldersCannotBeOpenedForWriting)
-{
-    EXPECT_EQ(ResourceFork::resourceForkForWritingAtPath(dir.file(QString(256, u'n'))), nullptr);
-    EXPECT_EQ(ResourceFork::resourceForkForWritingAtPath(dir.file(u"missing/f"_s)), nullptr);
-    EXPECT_EQ(ResourceFork::resourceForkForWritingAtPath(QString()), nullptr);
-}
-
 TEST_F(ResourceForkFile, AWebLocationAndItsFinderInfoAsAMacLeavesThemOnAForeignVolume)
 {
     // The fork of a web location: 'drag' 128 listing 'TEXT' 256 and 'url ' 256.
@@ -229,7 +279,7 @@ TEST_F(ResourceForkFile, FinderInfoGoesToTheCompanionWhereTheFileTakesNoAttribut
     // Linux keeps user attributes off special files: a pipe stands for such a file system.
     const QString pipe = dir.file(u"pipe"_s);
     ASSERT_EQ(::mkfifo(QFile::encodeName(pipe).constData(), 0600), 0);
-    ASSERT_TRUE(setHFSTypeCodeOfFile(pipe, 0x4a504547));
+    ASSERT_TRUE(setHFSTypeCodeOfFile(pipe, JPEG));
     ASSERT_TRUE(setHasCustomIconOfFile(pipe, true));
     EXPECT_TRUE(attribute(pipe, FinderInfoAttributeName).isEmpty());
     const std::optional<AppleDouble> ad = AppleDouble::readForFile(pipe);
@@ -242,35 +292,6 @@ TEST_F(ResourceForkFile, FinderInfoGoesToTheCompanionWhereTheFileTakesNoAttribut
     EXPECT_EQ(finderFlagsOfFile(pipe), 0x4004);
 }
 
-// Hostile forks: each case damages a well-formed two-type fork, which must then be refused whole.
-struct Corruption
-{
-    const char *name;
-    std::function<void(QByteArray &)> damage;
-};
-void PrintTo(const Corruption &c, std::ostream *os) { *os << c.name; }
-
-class HostileFork : public testing::TestWithParam<Corruption>
-{
-};
-
-TEST_P(HostileFork, IsRefusedAndLeftAsItIs)
-{
-    const QByteArray good = handMadeFork({ { "TEXT", 1, "abc" }, { "url ", 2, "defg" } });
-    ASSERT_TRUE(ResourceFork::fromData(good));
-    QByteArray bad = good;
-    GetParam().damage(bad);
-    EXPECT_FALSE(ResourceFork::fromData(bad));
-
-    TempDir dir;
-    const QString file = dir.file(u"f"_s);
-    ASSERT_TRUE(orvel::test::writeBytes(file, "x"));
-    ASSERT_TRUE(setAttribute(file, ResourceFork::AttributeName, bad));
-    EXPECT_EQ(ResourceFork::resourceForkForReadingAtPath(file), nullptr);
-    EXPECT_EQ(ResourceFork::resourceForkForWritingAtPath(file), nullptr);
-    EXPECT_EQ(attribute(file, ResourceFork::AttributeName), bad);
-}
-
 namespace {
 // Offsets in the hand-made fork: map at 256 + 15 (data), type list at map + 28.
 constexpr int Map = 256 + 15, Types = Map + 28, Refs = Types + 2 + 16;
@@ -278,25 +299,44 @@ void put16(QByteArray &b, int at, quint16 v) { b.replace(at, 2, be16(v)); }
 void put32(QByteArray &b, int at, quint32 v) { b.replace(at, 4, be32(v)); }
 } // namespace
 
-INSTANTIATE_TEST_SUITE_P(ResourceFork, HostileFork,
-    testing::Values(Corruption { "truncated header", [](QByteArray &b) { b.truncate(12); } },
-        Corruption { "truncated map", [](QByteArray &b) { b.chop(1); } },
-        Corruption { "data past the end", [](QByteArray &b) { put32(b, 8, 0x7fffffff); } },
-        Corruption { "map past the end", [](QByteArray &b) { put32(b, 4, 0xfffffff0); } },
-        Corruption { "map shorter than its header", [](QByteArray &b) { put32(b, 12, 20); } },
-        Corruption { "data over the map", [](QByteArray &b) { put32(b, 8, 40); } },
-        Corruption { "type list in the map header", [](QByteArray &b) { put16(b, Map + 24, 4); } },
-        Corruption { "type list past the map", [](QByteArray &b) { put16(b, Map + 24, 0xfff0); } },
-        Corruption { "32768 types", [](QByteArray &b) { put16(b, Types, 0x7fff); } },
-        Corruption { "negative type count", [](QByteArray &b) { put16(b, Types, 0x8000); } },
-        Corruption { "65536 references", [](QByteArray &b) { put16(b, Types + 2 + 4, 0xffff); } },
-        Corruption { "references over the type items", [](QByteArray &b) { put16(b, Types + 2 + 6, 4); } },
-        Corruption { "two types share a list", [](QByteArray &b) { put16(b, Types + 2 + 8 + 6, 18); } },
-        Corruption { "data offset past the data", [](QByteArray &b) { b[Refs + 12 + 5] = char(0x7f); } },
-        Corruption { "length past the data", [](QByteArray &b) { put32(b, 256 + 7, 0xffffffff); } },
-        Corruption { "two resources share data", [](QByteArray &b) { b[Refs + 12 + 7] = 0; } },
-        Corruption { "name past the map", [](QByteArray &b) { put16(b, Refs + 2, 0x0100); } },
-        Corruption { "name list in the map header", [](QByteArray &b) { put16(b, Map + 26, 2); } }));
+TEST_F(ResourceForkFile, AHostileForkIsRefusedWholeAndLeftAsItIs)
+{
+    // Each case damages a well-formed two-type fork.
+    const struct
+    {
+        const char *name;
+        std::function<void(QByteArray &)> damage;
+    } cases[] = { { "truncated header", [](QByteArray &b) { b.truncate(12); } },
+        { "truncated map", [](QByteArray &b) { b.chop(1); } },
+        { "data past the end", [](QByteArray &b) { put32(b, 8, 0x7fffffff); } },
+        { "map past the end", [](QByteArray &b) { put32(b, 4, 0xfffffff0); } },
+        { "map shorter than its header", [](QByteArray &b) { put32(b, 12, 20); } },
+        { "data over the map", [](QByteArray &b) { put32(b, 8, 40); } },
+        { "type list in the map header", [](QByteArray &b) { put16(b, Map + 24, 4); } },
+        { "type list past the map", [](QByteArray &b) { put16(b, Map + 24, 0xfff0); } },
+        { "32768 types", [](QByteArray &b) { put16(b, Types, 0x7fff); } },
+        { "negative type count", [](QByteArray &b) { put16(b, Types, 0x8000); } },
+        { "65536 references", [](QByteArray &b) { put16(b, Types + 2 + 4, 0xffff); } },
+        { "references over the type items", [](QByteArray &b) { put16(b, Types + 2 + 6, 4); } },
+        { "two types share a list", [](QByteArray &b) { put16(b, Types + 2 + 8 + 6, 18); } },
+        { "data offset past the data", [](QByteArray &b) { b[Refs + 12 + 5] = char(0x7f); } },
+        { "length past the data", [](QByteArray &b) { put32(b, 256 + 7, 0xffffffff); } },
+        { "two resources share data", [](QByteArray &b) { b[Refs + 12 + 7] = 0; } },
+        { "name past the map", [](QByteArray &b) { put16(b, Refs + 2, 0x0100); } },
+        { "name list in the map header", [](QByteArray &b) { put16(b, Map + 26, 2); } } };
+    const QByteArray good = handMadeFork({ { "TEXT", 1, "abc" }, { "url ", 2, "defg" } });
+    ASSERT_TRUE(ResourceFork::fromData(good));
+    ASSERT_TRUE(orvel::test::writeBytes(file, "x"));
+    for (const auto &c : cases) {
+        QByteArray bad = good;
+        c.damage(bad);
+        EXPECT_FALSE(ResourceFork::fromData(bad)) << c.name;
+        ASSERT_TRUE(setAttribute(file, ResourceFork::AttributeName, bad));
+        EXPECT_EQ(ResourceFork::resourceForkForReadingAtPath(file), nullptr) << c.name;
+        EXPECT_EQ(ResourceFork::resourceForkForWritingAtPath(file), nullptr) << c.name;
+        EXPECT_EQ(attribute(file, ResourceFork::AttributeName), bad) << c.name;
+    }
+}
 
 TEST(AppleDouble, DamagedCompanionsAreRefusedOddButSoundOnesRead)
 {

@@ -97,14 +97,12 @@ TEST(MovieTypes, TheInstalledDemuxersComeFirstThenTheClassicTypesNotYetListed)
     // Entries differing in case only are both kept, in their order.
     EXPECT_LT(appended.indexOf(u"MQV"_s), appended.indexOf(u"mqv"_s));
     EXPECT_GE(appended.indexOf(u"MQV"_s), 0);
-    EXPECT_EQ(&types, &Movie::QuickTimeFileTypes()) << "the same list on every call";
 }
 
 TEST(MovieTypes, ExtensionsIgnoreCaseTypeCodesDoNot)
 {
     EXPECT_TRUE(Movie::isQuickTimeExtension(u"Mp4"_s, QString()));
     EXPECT_TRUE(Movie::isQuickTimeExtension(u"MPG"_s, QString()));
-    EXPECT_TRUE(Movie::isQuickTimeExtension(u"mpg"_s, QString()));
     EXPECT_TRUE(Movie::isQuickTimeExtension(QString(), u"'mpg4'"_s));
     EXPECT_FALSE(Movie::isQuickTimeExtension(QString(), u"'MPG4'"_s));
     EXPECT_FALSE(Movie::isQuickTimeExtension(u"txt"_s, QString()));
@@ -175,28 +173,12 @@ TEST_P(MovieThumbnailFrame, IsTheFrameAtHalfTheDurationCappedAtFifteenSecondsInW
 INSTANTIATE_TEST_SUITE_P(Durations, MovieThumbnailFrame,
     ::testing::Values(MovieCase { "h264_1_5s", "a.mp4", "", 1.5, 0 },
         MovieCase { "h264_3_6s", "a.mp4", "", 3.6, 1 }, MovieCase { "h264_10s", "a.mp4", "", 10, 5 },
-        MovieCase { "h264_31s", "a.mp4", "", 31, 15 }, MovieCase { "h264_100s", "a.mp4", "", 100, 15 },
+        MovieCase { "h264_100s", "a.mp4", "", 100, 15 },
         MovieCase { "mpeg4", "clip.avi", "-c:v mpeg4 -q:v 2 -g 25", 7, 3 },
         MovieCase {
             "vp9", "clip.webm", "-c:v libvpx-vp9 -crf 10 -b:v 0 -deadline realtime -cpu-used 8", 7, 3 },
         MovieCase { "mpeg2", "clip.mkv", "-c:v mpeg2video -q:v 2 -bf 2", 7, 3 }),
     [](const auto &info) { return std::string(info.param.name); });
-
-TEST(MovieFrames, EveryWholeSecondOfAMovieWithOneKeyFrameIsExact)
-{
-    TempDir dir;
-    const QString path = dir.file(u"seconds.mp4"_s);
-    ASSERT_TRUE(writeSecondsMovie(path, 6.0));
-    const MoviePtr movie = Movie::initWithFile(path);
-    ASSERT_TRUE(movie);
-    EXPECT_TRUE(movie->hasVideo());
-    EXPECT_NEAR(movie->movieDuration(), 6.0, 0.05);
-    // Backwards too, so each request has to seek rather than read on.
-    for (int second : { 5, 0, 3, 4, 1, 2 })
-        EXPECT_TRUE(showsSecond(movie->frameImageAtTime(second), second)) << "second " << second;
-    // Between whole seconds the frame on screen is the last one not after the time.
-    EXPECT_TRUE(showsSecond(movie->frameImageAtTime(2.95), 2));
-}
 
 // At 30000/1001 frames per second frame n starts at n × 1001/30000 s, so a whole-second time falls
 // between two frames; with B-frames the frame on screen may be one no other frame refers to, which
@@ -210,7 +192,10 @@ TEST_P(MovieBFrames, TheFrameOnScreenIsTheLastOneStartingAtOrBeforeTheTime)
     ASSERT_TRUE(writeNumberedFramesMovie(path, 300, u"30000/1001"_s, arguments(GetParam().codec)));
     const MoviePtr movie = Movie::initWithFile(path);
     ASSERT_TRUE(movie);
-    // 4 s is 119.88 frame times in: frame 119, which began at 3.9706 s; 5.005 s is frame 150 exactly.
+    EXPECT_TRUE(movie->hasVideo());
+    EXPECT_NEAR(movie->movieDuration(), 300 * 1.001 / 30, 0.05);
+    // Out of order, so that requests have to seek back rather than read on. 4 s is 119.88 frame times in:
+    // frame 119, which began at 3.9706 s; 5.005 s is frame 150 exactly.
     const std::pair<double, int> cases[] = { { 4.0, 119 }, { 5.005, 150 }, { 1.0, 29 }, { 7.0, 209 },
         { 6.5, 194 }, { 2.0, 59 }, { 9.0, 269 }, { 3.0, 89 }, { 8.0, 239 } };
     for (const auto &[seconds, frame] : cases)
@@ -225,9 +210,6 @@ INSTANTIATE_TEST_SUITE_P(Formats, MovieBFrames,
     ::testing::Values(MovieCase { "h264", "clip.mp4",
                           "-c:v libx264 -preset veryfast -x264-params "
                           "keyint=100000:scenecut=0:bframes=3:b-adapt=0:b-pyramid=none" },
-        MovieCase { "h264pyramid", "clip.mkv",
-            "-c:v libx264 -preset veryfast -x264-params "
-            "keyint=100000:scenecut=0:bframes=3:b-adapt=0:b-pyramid=normal" },
         MovieCase { "mpeg2", "clip.mkv", "-c:v mpeg2video -q:v 2 -g 300 -bf 2" },
         // As cameras record: a key frame every second, so most times fall a few frames after one.
         MovieCase { "h264keyframes", "clip.mov",
