@@ -99,7 +99,7 @@ TEST(MovieTypes, TheInstalledDemuxersComeFirstThenTheClassicTypesNotYetListed)
     EXPECT_GE(appended.indexOf(u"MQV"_s), 0);
 }
 
-TEST(MovieTypes, ExtensionsIgnoreCaseTypeCodesDoNot)
+TEST(MovieTypes, AFileCountsByItsExtensionIgnoringCaseOrItsFinderTypeCodeKeepingIt)
 {
     EXPECT_TRUE(Movie::isQuickTimeExtension(u"Mp4"_s, QString()));
     EXPECT_TRUE(Movie::isQuickTimeExtension(u"MPG"_s, QString()));
@@ -107,10 +107,6 @@ TEST(MovieTypes, ExtensionsIgnoreCaseTypeCodesDoNot)
     EXPECT_FALSE(Movie::isQuickTimeExtension(QString(), u"'MPG4'"_s));
     EXPECT_FALSE(Movie::isQuickTimeExtension(u"txt"_s, QString()));
     EXPECT_FALSE(Movie::isQuickTimeExtension(u"jpg"_s, u"'JPEG'"_s));
-}
-
-TEST(MovieTypes, AFileCountsByItsExtensionOrItsFinderTypeCode)
-{
     TempDir dir;
     const QString plain = dir.file(u"clip"_s);
     ASSERT_TRUE(writeBytes(plain, "x"));
