@@ -50,11 +50,12 @@ INSTANTIATE_TEST_SUITE_P(Cases, WildcardMatch, ::testing::Values(
     MatchCase { u"abab",       u"*[ab]b",       false, false, true,  true },
     MatchCase { u"a[1]",       u"a[1]",         true,  true,  false, false },
     MatchCase { u"A",          u"[a-c]",        false, false, false, true },
+    MatchCase { u"c",          u"[a-c]",        false, false, true,  true },
     MatchCase { u"b",          u"[^a]",         false, false, true,  true },
     MatchCase { u"a",          u"[^a]",         false, false, false, false },
     MatchCase { u"a",          u"[^]",          false, false, true,  true },  // an empty negated class takes any unit
     MatchCase { u"a",          u"[a-]",         false, false, true,  true },
-    MatchCase { u"b",          u"[a-]",         false, false, false, false }, // "-]" is an empty range
+    MatchCase { u"b",          u"[a-]",         false, false, false, true },  // "-]" ranges up to "]": "A-]" holds "B"
     MatchCase { u"^",          u"[-{]",         false, false, true,  true },  // a leading "-" ranges from the "["
     MatchCase { u"|",          u"[a|e|i]",      false, false, false, false }, // "|" only separates members
     MatchCase { u"x",          u"[",            false, false, false, false },

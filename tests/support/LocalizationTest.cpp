@@ -339,8 +339,9 @@ TEST(KeyEquivalentKey, IsBuiltAndSplitBackOnlyLeadingPrefixesBeingModifiers)
         { none, "OPT_", "", Qt::AltModifier },
     };
     for (const auto &[shortcut, key, characters, modifiers] : cases) {
-        if (shortcut != none || !*key)
+        if (shortcut != none || !*key) {
             EXPECT_EQ(keyEquivalentKey(shortcut), QString::fromUtf8(key));
+        }
         Qt::KeyboardModifiers mask;
         EXPECT_EQ(keyEquivalentAndModifierMask(QString::fromUtf8(key), &mask), QString::fromUtf8(characters))
             << key;

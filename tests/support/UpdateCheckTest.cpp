@@ -181,8 +181,9 @@ TEST(UpdateCheck, ComparesTheListedVersionAndAnswersWithTheRightDialog)
         ASSERT_TRUE(run.wait());
         EXPECT_EQ(*run.answer, newVersion);
         EXPECT_EQ(seen.name, QString::fromLatin1(dialog));
-        if (seen.name == u"upToDateDialog")
+        if (seen.name == u"upToDateDialog") {
             EXPECT_EQ(seen.text, u"You are running Orvel Thumbnails 1.2. No newer version was found."_s);
+        }
         EXPECT_EQ(server.requests(), 1);
         EXPECT_EQ(server.lastPath(), "/Updates.plist");
         EXPECT_TRUE(catcher.urls.isEmpty()) << "Cancel opens nothing";

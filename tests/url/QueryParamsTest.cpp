@@ -45,8 +45,8 @@ TEST(QueryParams, ValuesKeysAndWhatIsFound)
         const QString url = QString::fromUtf16(c.url);
         const QStringView name(c.name);
         EXPECT_EQ(queryParamNamed(url, name), c.value ? QString::fromUtf16(c.value) : QString())
-            << url << name;
-        EXPECT_EQ(containsQueryParamNamed(url, name), c.present) << url << name;
+            << url << name.toString();
+        EXPECT_EQ(containsQueryParamNamed(url, name), c.present) << url << name.toString();
     }
     EXPECT_EQ(numberOfQueryParams(u"a=1"_s), 0);
     EXPECT_TRUE(queryParamNamed(u"?ab="_s, u"").isNull());
