@@ -31,34 +31,20 @@ public:
 };
 [[maybe_unused]] ::testing::Environment *const helpBook = ::testing::AddGlobalTestEnvironment(new HelpBook);
 
-struct ReleaseCase
+TEST(SystemVersion, TakesTheLeadingNumbersOfAKernelReleaseAndLeavesTheOutputsAloneOnFailure)
 {
-    const char *release;
-    bool ok;
-    unsigned major, minor, bugFix;
-};
-
-class SystemVersion : public ::testing::TestWithParam<ReleaseCase>
-{
-};
-
-TEST_P(SystemVersion, TakesTheLeadingNumbersOfAKernelRelease)
-{
-    const ReleaseCase &c = GetParam();
-    unsigned major = 77, minor = 77, bugFix = 77;
-    EXPECT_EQ(HelpActions::parseSystemVersion(QString::fromLatin1(c.release), &major, &minor, &bugFix), c.ok);
-    if (c.ok)
-        EXPECT_EQ(std::tuple(major, minor, bugFix), std::tuple(c.major, c.minor, c.bugFix)) << c.release;
-    else
-        EXPECT_EQ(std::tuple(major, minor, bugFix), std::tuple(77u, 77u, 77u)) << "untouched on failure";
+    const std::tuple<const char *, unsigned, unsigned, unsigned> cases[]
+        = { { "6.1.0-13-amd64", 6, 1, 0 }, { "5.15.90.1-microsoft-standard-WSL2", 5, 15, 90 },
+              { "4.19", 4, 19, 0 }, { "6.5-rc3", 6, 5, 0 }, { "6", 77, 77, 77 }, { "", 77, 77, 77 },
+              { "v6.1.0", 77, 77, 77 }, { "99999999999.1.1", 77, 77, 77 } };
+    for (const auto &[release, wantMajor, wantMinor, wantBugFix] : cases) {
+        unsigned major = 77, minor = 77, bugFix = 77;
+        EXPECT_EQ(HelpActions::parseSystemVersion(QString::fromLatin1(release), &major, &minor, &bugFix),
+            wantMajor != 77)
+            << release;
+        EXPECT_EQ(std::tuple(major, minor, bugFix), std::tuple(wantMajor, wantMinor, wantBugFix)) << release;
+    }
 }
-
-INSTANTIATE_TEST_SUITE_P(Releases, SystemVersion,
-    ::testing::Values(ReleaseCase { "6.1.0-13-amd64", true, 6, 1, 0 },
-        ReleaseCase { "5.15.90.1-microsoft-standard-WSL2", true, 5, 15, 90 },
-        ReleaseCase { "4.19", true, 4, 19, 0 }, ReleaseCase { "6.5-rc3", true, 6, 5, 0 },
-        ReleaseCase { "6", false, 0, 0, 0 }, ReleaseCase { "", false, 0, 0, 0 },
-        ReleaseCase { "v6.1.0", false, 0, 0, 0 }, ReleaseCase { "99999999999.1.1", false, 0, 0, 0 }));
 
 TEST(SystemVersion, IsTheRunningKernelsAndOutParametersAreOptional)
 {
@@ -134,8 +120,6 @@ TEST(HelpActions, HelpAndReleaseNotesOpenTheInstalledHelpBook)
 TEST(BundleInfo, MainBundleCarriesTheApplicationsNameVersionAndIdentifier)
 {
     const Bundle &bundle = Bundle::mainBundle();
-    EXPECT_EQ(bundle.bundleName(), u"Orvel Thumbnails"_s);
-    EXPECT_EQ(bundle.infoDictionary().value(u"CFBundleVersion"_s), u"" ORVEL_VERSION ""_s);
     EXPECT_EQ(bundle.getShortVersionString(), u"" ORVEL_VERSION ""_s);
     EXPECT_EQ(bundle.bundleIdentifier(), u"org.orvel.Thumbnails"_s);
     EXPECT_EQ(bundle.bundleSignature(), quint32('O') << 24 | quint32('r') << 16 | quint32('T') << 8 | 'h');
@@ -198,11 +182,8 @@ TEST(BundlePlugins, FindsQtPluginsAndFiltersByClass)
     EXPECT_EQ(web->resourcePath(), dir.path());
 }
 
-TEST(BundlePlugins, ToolkitPartsAndSystemLibraries)
+TEST(BundlePlugins, BundlesByIdentifierAndSystemLibraries)
 {
-    for (const Bundle *part : { Bundle::OrvelFoundationBundle(), Bundle::OrvelAppKitBundle(),
-             Bundle::OrvelStringsBundle(), Bundle::OrvelPDFKitBundle() })
-        EXPECT_EQ(part, &Bundle::toolkitBundle());
     EXPECT_EQ(Bundle::bundleWithIdentifier(u"org.orvel.Thumbnails"_s), &Bundle::mainBundle());
     EXPECT_EQ(Bundle::bundleWithIdentifier(u"org.orvel.nothing"_s), nullptr);
 

