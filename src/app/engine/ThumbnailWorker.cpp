@@ -137,6 +137,11 @@ int ThumbnailWorker::run(const WorkerOptions &options)
     defaults.setArgumentDomain(options.settings);
     watchParent(options.parentPid, options.timeoutSeconds);
 
+    // The pool hands a file to a worker still starting only when no started one can take it.
+    if (!detail::writeFrame(channel, QByteArray(1, detail::WorkerReady))) {
+        ::close(channel);
+        return 0;
+    }
     QByteArray request;
     while (detail::readFrame(channel, &request)) {
         QString path;
