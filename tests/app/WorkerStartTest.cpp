@@ -103,10 +103,10 @@ TEST_F(WorkerStart, QueueThatKeepsTheWorkerBusyStartsAnotherThatTakesFiles)
 {
     if (QStandardPaths::findExecutable(u"gs"_s).isEmpty())
         GTEST_SKIP() << "Ghostscript (gs) is not installed";
-    // Files of about a second each: far longer than a worker's start.
+    // Files of a few tenths of a second each: far longer than a worker's start.
     constexpr int Files = 4;
     for (int i = 0; i < Files; ++i)
-        ASSERT_TRUE(writeBytes(dir.file(u"slow%1.ps"_s.arg(i)), busyPostScript(30'000'000)));
+        ASSERT_TRUE(writeBytes(dir.file(u"slow%1.ps"_s.arg(i)), busyPostScript(12'000'000)));
     QList<WorkerPool::Result> results;
     QList<qint64> busyWorkers;
     WorkerPool pool(options(2), [&](const WorkerPool::Result &result) { results << result; });
