@@ -4,13 +4,26 @@
 #include "image/GraphicsContext.h"
 #include "support/Failure.h"
 
+#include <QFile>
 #include <QPainter>
-#include <QProcess>
 #include <QRegularExpression>
 #include <QStandardPaths>
 #include <QTemporaryDir>
 #include <atomic>
+#include <cerrno>
+#include <chrono>
+#include <csignal>
+#include <fcntl.h>
+#include <poll.h>
 #include <poppler-qt6.h>
+#include <spawn.h>
+#include <sys/syscall.h>
+#include <sys/wait.h>
+#include <thread>
+#include <unistd.h>
+#include <vector>
+
+extern char **environ;
 
 namespace orvel {
 
@@ -247,6 +260,88 @@ namespace {
 /// the page cropped to the bounding box when encapsulated, pageSetup added to the page device's
 /// settings) and answers what it wrote; empty (with a reason) on failure or time-out. An error after page 1
 /// still answers the output when complete() accepts it and Ghostscript said it finished the page.
+enum class ProgramRun { NotStarted, TimedOut, Failed, Succeeded };
+
+/// Waits up to timeout for the child pid to end and reaps it; false when it is still running.
+/// Sleeps in the kernel on a process descriptor where there is one, else polls.
+bool reapWithin(pid_t pid, std::chrono::milliseconds timeout, int *status)
+{
+    const auto deadline = std::chrono::steady_clock::now() + timeout;
+    const int pidfd = int(::syscall(SYS_pidfd_open, pid, 0));
+    auto wait = std::chrono::milliseconds(1);
+    for (;;) {
+        const pid_t reaped = ::waitpid(pid, status, WNOHANG);
+        if (reaped == pid || (reaped < 0 && errno != EINTR)) {
+            if (pidfd >= 0)
+                ::close(pidfd);
+            return true;
+        }
+        const auto left
+            = std::chrono::ceil<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
+        if (left.count() <= 0) {
+            if (pidfd >= 0)
+                ::close(pidfd);
+            return false;
+        }
+        if (pidfd >= 0) {
+            pollfd fd = { pidfd, POLLIN, 0 };
+            ::poll(&fd, 1, int(std::min<long long>(left.count(), 1000)));
+        } else {
+            std::this_thread::sleep_for(std::min(wait, left));
+            wait = std::min(wait * 2, std::chrono::milliseconds(20));
+        }
+    }
+}
+
+/// Runs program with arguments, its standard input /dev/null, its standard output and error into
+/// the file at messages, for at most timeLimitSeconds; killed and reaped past that. The program
+/// stays in this process's group, so whoever ends the group ends it too. Spawned rather than
+/// forked: a fork would copy this large process's page tables for every document.
+ProgramRun runProgram(
+    const QString &program, const QStringList &arguments, const QString &messages, int timeLimitSeconds)
+{
+    std::vector<QByteArray> strings { QFile::encodeName(program) };
+    for (const QString &argument : arguments)
+        strings.push_back(QFile::encodeName(argument));
+    std::vector<char *> argv;
+    for (QByteArray &string : strings)
+        argv.push_back(string.data());
+    argv.push_back(nullptr);
+    const QByteArray messagesPath = QFile::encodeName(messages);
+
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
+    posix_spawn_file_actions_addopen(
+        &actions, STDOUT_FILENO, messagesPath.constData(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
+    posix_spawn_file_actions_adddup2(&actions, STDOUT_FILENO, STDERR_FILENO);
+    posix_spawnattr_t attributes;
+    posix_spawnattr_init(&attributes);
+    sigset_t noSignals;
+    sigemptyset(&noSignals);
+    sigset_t defaultSignals;
+    sigemptyset(&defaultSignals);
+    for (int s : { SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGPIPE, SIGCHLD, SIGUSR1, SIGUSR2 })
+        sigaddset(&defaultSignals, s);
+    posix_spawnattr_setsigmask(&attributes, &noSignals);
+    posix_spawnattr_setsigdefault(&attributes, &defaultSignals);
+    posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF);
+    pid_t pid = -1;
+    const int spawned = ::posix_spawn(&pid, argv.front(), &actions, &attributes, argv.data(), environ);
+    posix_spawn_file_actions_destroy(&actions);
+    posix_spawnattr_destroy(&attributes);
+    if (spawned != 0)
+        return ProgramRun::NotStarted;
+
+    int status = -1; // a failure, should the child have been reaped elsewhere
+    if (!reapWithin(pid, std::chrono::seconds(timeLimitSeconds), &status)) {
+        ::kill(pid, SIGKILL);
+        while (::waitpid(pid, &status, 0) < 0 && errno == EINTR) { }
+        return ProgramRun::TimedOut;
+    }
+    return WIFEXITED(status) && WEXITSTATUS(status) == 0 ? ProgramRun::Succeeded : ProgramRun::Failed;
+}
+
 QByteArray runGhostscript(const QByteArray &postScript, bool encapsulated, int timeLimitSeconds,
     const QStringList &device, const QString &pageSetup, bool (*complete)(const QByteArray &),
     const QString &emptyText, QString *error)
@@ -279,23 +374,16 @@ QByteArray runGhostscript(const QByteArray &postScript, bool encapsulated, int t
                 "<< /EndPage { exch pop dup 0 eq { (%1\\n) print flush } if 2 ne } %2 >> setpagedevice")
                 .arg(QLatin1StringView(PageDoneMarker), pageSetup);
     args << QStringLiteral("-f") << in;
-    QProcess process;
-    process.setStandardInputFile(QProcess::nullDevice());
     // Ghostscript writes its errors to standard output, and some to standard error.
     const QString messages = dir.filePath(QStringLiteral("messages.txt"));
-    process.setProcessChannelMode(QProcess::MergedChannels);
-    process.setStandardOutputFile(messages);
-    process.start(gs, args);
-    if (!process.waitForStarted(10000))
+    const ProgramRun run = runProgram(gs, args, messages, timeLimitSeconds);
+    if (run == ProgramRun::NotStarted)
         return fail(QStringLiteral("Ghostscript could not be started"));
-    if (!process.waitForFinished(timeLimitSeconds * 1000)) {
-        process.kill();
-        process.waitForFinished(5000);
+    if (run == ProgramRun::TimedOut)
         return fail(QStringLiteral("PostScript conversion timed out after %1 s").arg(timeLimitSeconds));
-    }
     QFile result(out);
     const QByteArray output = result.open(QIODevice::ReadOnly) ? result.readAll() : QByteArray();
-    if (process.exitStatus() != QProcess::NormalExit || process.exitCode() != 0) {
+    if (run != ProgramRun::Succeeded) {
         // Ghostscript reports errors that come after the first page too: a TeX document's links to
         // later pages, for one, which it cannot resolve when only page 1 is converted. A finished
         // page is all the thumbnail needs.

@@ -114,8 +114,10 @@ private:
 int BatchRun::run()
 {
     bool ok = true;
-    if (m_progress.isShown()) {
-        // A total known from the start, so that the bar and the time left mean something.
+    // The total known from the start makes the bar and the time left mean something, and lets
+    // the pool start a second worker only when the batch is long enough to pay for it.
+    const int workers = m_options.jobs > 0 ? m_options.jobs : defaultJobCount();
+    if (m_progress.isShown() || workers > 1) {
         const ThumbnailSettings settings = ThumbnailSettings::read(m_defaults);
         Count count(settings);
         for (const QString &argument : m_options.paths) {
@@ -123,6 +125,7 @@ int BatchRun::run()
             (void)FolderWalk::processPath(absolute(argument), count, m_options.maxDepth);
         }
         m_progress.setTotal(count.files);
+        m_pool.setFilesLeft(count.files);
     }
     for (const QString &argument : m_options.paths) {
         m_walkedPath = absolute(argument);

@@ -29,6 +29,9 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 using namespace detail;
+
+/// What a worker's start is taken to cost until one has been measured.
+constexpr Clock::duration DefaultStartCost = std::chrono::milliseconds(100);
 using namespace Qt::StringLiterals;
 
 /// The path with the links in its folder resolved, its last component kept as it is (a job
@@ -76,14 +79,22 @@ struct WorkerPool::Private
         QString sourceKey;
         QString outputKey;
         Clock::time_point deadline;
+        Clock::time_point started;
     };
 
+    /// A slot of the pool: empty (no process), starting (a process that has not said it is
+    /// ready and has no file), idle or busy.
     struct Worker
     {
         std::unique_ptr<WorkerProcess> process;
         bool busy = false;
+        bool ready = false;
+        Clock::time_point spawnedAt;
         Job job;
         QByteArray input;
+
+        bool isStarting() const { return process && !ready && !busy; }
+        bool isIdle() const { return process && ready && !busy; }
     };
 
     Options options;
@@ -95,15 +106,30 @@ struct WorkerPool::Private
     struct sigaction previousActions[std::size(ForwardedSignals)] = {};
     bool installedHandler[std::size(ForwardedSignals)] = {};
 
+    // What decides when another worker is started (see the header).
+    Clock::duration startCost = DefaultStartCost;
+    Clock::duration timedJobs {};
+    qint64 timedJobCount = 0;
+    qint64 filesLeft = -1;
+    // The time files have waited for a busy worker since a worker last waited for a file or
+    // another was started.
+    Clock::duration backlog {};
+    bool growthFailed = false;
+
     bool spawn(Worker &worker, QString *error);
     void finishJob(
         Worker &worker, bool ok, const QString &reason, bool skipped = false, qint64 bytesWritten = 0);
     void workerDied(Worker &worker);
     void killWorker(Worker &worker, const QString &reason);
-    void pump();
+    void dropWorker(Worker &worker);
+    void readFrom(Worker &worker);
+    void markReady(Worker &worker);
+    void pump(Clock::time_point wake = Clock::time_point::max());
     void waitUntil(const std::function<bool()> &done);
     bool anyRunning(const std::function<bool(const Job &)> &predicate) const;
-    Worker *idleWorker();
+    Worker *takeableWorker();
+    bool shouldGrow() const;
+    void grow();
 };
 
 bool WorkerPool::Private::spawn(Worker &worker, QString *error)
@@ -111,10 +137,13 @@ bool WorkerPool::Private::spawn(Worker &worker, QString *error)
     std::vector<QByteArray> arguments { QFile::encodeName(options.executable) };
     for (const QString &argument : options.worker.toArguments())
         arguments.push_back(argument.toLocal8Bit());
+    ++spawned;
     const QString folder
-        = temporaryRoot.isEmpty() ? QString() : temporaryRoot + u'/' + QString::number(++spawned);
+        = temporaryRoot.isEmpty() ? QString() : temporaryRoot + u'/' + QString::number(spawned);
     worker.process = WorkerProcess::start(arguments.front(), arguments, folder, error);
     worker.busy = false;
+    worker.ready = false;
+    worker.spawnedAt = Clock::now();
     worker.input.clear();
     return worker.process != nullptr;
 }
@@ -158,21 +187,101 @@ void WorkerPool::Private::killWorker(Worker &worker, const QString &reason)
     finishJob(worker, false, reason);
 }
 
-/// Waits for the next answer, death or deadline of a busy worker and deals with it.
-void WorkerPool::Private::pump()
+/// Ends a worker without a file (one that died or misbehaved while starting): its slot is empty
+/// again. A worker that cannot start is not tried again as an extra one.
+void WorkerPool::Private::dropWorker(Worker &worker)
+{
+    if (!worker.ready)
+        growthFailed = true;
+    worker.process.reset();
+    worker.ready = false;
+    worker.input.clear();
+}
+
+void WorkerPool::Private::markReady(Worker &worker)
+{
+    if (worker.ready)
+        return;
+    worker.ready = true;
+    const Clock::time_point now = Clock::now();
+    startCost = now - worker.spawnedAt;
+    // A file handed over while the worker was starting begins now.
+    if (worker.busy)
+        worker.job.started = now;
+}
+
+/// Reads what a busy or starting worker sent and deals with every whole frame of it.
+void WorkerPool::Private::readFrom(Worker &worker)
+{
+    char buffer[4096];
+    const ssize_t n = ::read(worker.process->channel(), buffer, sizeof buffer);
+    if (n < 0 && errno == EINTR)
+        return;
+    if (n <= 0) {
+        if (worker.busy)
+            workerDied(worker);
+        else
+            dropWorker(worker);
+        return;
+    }
+    worker.input.append(buffer, n);
+    for (;;) {
+        quint32 size = 0;
+        if (worker.input.size() < qsizetype(sizeof size))
+            return;
+        std::memcpy(&size, worker.input.constData(), sizeof size);
+        if (size > MaxFrameBytes || size < 1) {
+            if (worker.busy)
+                killWorker(worker, QStringLiteral("the decoder's worker process gave a garbled answer"));
+            else
+                dropWorker(worker);
+            return;
+        }
+        if (worker.input.size() < qsizetype(sizeof size + size))
+            return;
+        const QByteArray payload = worker.input.mid(sizeof size, size);
+        worker.input.remove(0, qsizetype(sizeof size + size));
+        if (payload[0] == WorkerReady) {
+            markReady(worker);
+            continue;
+        }
+        if (!worker.busy) {
+            dropWorker(worker); // an answer to nothing
+            return;
+        }
+        if (payload[0] == AnswerMade) {
+            timedJobs += Clock::now() - worker.job.started;
+            ++timedJobCount;
+            finishJob(
+                worker, true, QString(), false, bytesWrittenInAnswer(payload.constData(), payload.size()));
+            return;
+        }
+        const QString reason = stringFromUtf16Bytes(payload.constData() + 1, payload.size() - 1);
+        timedJobs += Clock::now() - worker.job.started;
+        ++timedJobCount;
+        finishJob(worker, false, reason, payload[0] == AnswerSkipped);
+        return;
+    }
+}
+
+/// Waits until wake for the next answer, readiness, death or deadline of a worker and deals
+/// with it.
+void WorkerPool::Private::pump(Clock::time_point wake)
 {
     std::vector<pollfd> fds;
     std::vector<Worker *> polled;
-    Clock::time_point earliest = Clock::time_point::max();
+    Clock::time_point earliest = wake;
+    bool anyBusy = false;
     for (Worker &worker : workers) {
-        if (!worker.busy)
+        if (!worker.busy && !worker.isStarting())
             continue;
         fds.push_back({ worker.process->channel(), POLLIN, 0 });
         polled.push_back(&worker);
-        if (options.timeoutSeconds > 0)
+        anyBusy = anyBusy || worker.busy;
+        if (worker.busy && options.timeoutSeconds > 0)
             earliest = std::min(earliest, worker.job.deadline);
     }
-    if (fds.empty())
+    if (!anyBusy)
         return;
 
     int timeout = -1;
@@ -185,35 +294,8 @@ void WorkerPool::Private::pump()
         ready = 0;
 
     for (size_t i = 0; i < fds.size() && ready > 0; ++i) {
-        if (fds[i].revents == 0)
-            continue;
-        Worker &worker = *polled[i];
-        char buffer[4096];
-        ssize_t n = ::read(worker.process->channel(), buffer, sizeof buffer);
-        if (n < 0 && errno == EINTR)
-            continue;
-        if (n <= 0) {
-            workerDied(worker);
-            continue;
-        }
-        worker.input.append(buffer, n);
-        quint32 size = 0;
-        if (worker.input.size() < qsizetype(sizeof size))
-            continue;
-        std::memcpy(&size, worker.input.constData(), sizeof size);
-        if (size > MaxFrameBytes || size < 1) {
-            killWorker(worker, QStringLiteral("the decoder's worker process gave a garbled answer"));
-            continue;
-        }
-        if (worker.input.size() < qsizetype(sizeof size + size))
-            continue;
-        const char *payload = worker.input.constData() + sizeof size;
-        if (payload[0] == AnswerMade) {
-            finishJob(worker, true, QString(), false, bytesWrittenInAnswer(payload, qsizetype(size)));
-            continue;
-        }
-        const QString reason = stringFromUtf16Bytes(payload + 1, qsizetype(size) - 1);
-        finishJob(worker, false, reason, payload[0] == AnswerSkipped);
+        if (fds[i].revents != 0)
+            readFrom(*polled[i]);
     }
 
     if (options.timeoutSeconds <= 0)
@@ -242,13 +324,66 @@ bool WorkerPool::Private::anyRunning(const std::function<bool(const Job &)> &pre
         workers.begin(), workers.end(), [&](const Worker &w) { return w.busy && predicate(w.job); });
 }
 
-WorkerPool::Private::Worker *WorkerPool::Private::idleWorker()
+/// The worker that takes the next file now: an idle one; else, when no worker is busy (so none
+/// will become free), one still starting, else an empty slot. Null while the file must wait.
+WorkerPool::Private::Worker *WorkerPool::Private::takeableWorker()
 {
     for (Worker &worker : workers) {
-        if (!worker.busy)
+        if (worker.isIdle())
+            return &worker;
+    }
+    if (std::any_of(workers.begin(), workers.end(), [](const Worker &w) { return w.busy; }))
+        return nullptr;
+    for (Worker &worker : workers) {
+        if (worker.isStarting())
+            return &worker;
+    }
+    for (Worker &worker : workers) {
+        if (!worker.process)
             return &worker;
     }
     return nullptr;
+}
+
+/// Whether the pool has room for another worker and the work in sight pays for starting one:
+/// every started worker is ready and busy, none is starting, and when the number of files left
+/// is known, one worker's share of them is expected to take longer than a start.
+bool WorkerPool::Private::shouldGrow() const
+{
+    if (growthFailed)
+        return false;
+    int live = 0;
+    bool emptySlot = false;
+    for (const Worker &worker : workers) {
+        if (!worker.process)
+            emptySlot = true;
+        else if (!worker.busy || !worker.ready)
+            return false;
+        else
+            ++live;
+    }
+    if (!emptySlot || live == 0)
+        return false;
+    if (filesLeft < 0 || timedJobCount == 0)
+        return true;
+    const Clock::duration perFile = timedJobs / timedJobCount;
+    // The file waiting and those after it.
+    return perFile * (filesLeft + 1) / live > startCost;
+}
+
+void WorkerPool::Private::grow()
+{
+    for (Worker &worker : workers) {
+        if (worker.process)
+            continue;
+        QString error;
+        if (!spawn(worker, &error)) {
+            worker.process.reset();
+            growthFailed = true;
+            logMessage(u"cannot start another worker process: %1"_s.arg(error));
+        }
+        return;
+    }
 }
 
 WorkerPool::WorkerPool(const Options &options, ResultHandler handler)
@@ -288,7 +423,8 @@ WorkerPool::~WorkerPool()
     // Busy workers are killed at once; idle ones are told to leave (their input closed) first
     // and waited for side by side.
     for (Private::Worker &worker : d->workers) {
-        if (worker.busy)
+        // One still starting has nothing to finish.
+        if (worker.busy || worker.isStarting())
             worker.process.reset();
         else if (worker.process)
             ::shutdown(worker.process->channel(), SHUT_RDWR);
@@ -322,11 +458,42 @@ void WorkerPool::submit(
             || (!job.outputKey.isEmpty() && running.sourceKey == job.outputKey);
         return writesOurs || readsOurs;
     };
-    d->waitUntil([&] { return !d->anyRunning(conflicts) && d->idleWorker(); });
+    if (d->filesLeft > 0)
+        --d->filesLeft;
+
+    // Wait for a worker to take the file. While every started worker is busy with the queue
+    // behind them, the time spent waiting adds up; once it is worth a worker's start, another
+    // worker is started (see the header).
+    Private::Worker *chosen = nullptr;
+    Clock::duration &backlog = d->backlog;
+    for (bool first = true;; first = false) {
+        const bool conflict = d->anyRunning(conflicts);
+        if (!conflict && (chosen = d->takeableWorker())) {
+            // A worker that waited for the file: the workers keep up.
+            if (first && chosen->isIdle())
+                backlog = {};
+            break;
+        }
+        if (!std::any_of(
+                d->workers.begin(), d->workers.end(), [](const Private::Worker &w) { return w.busy; }))
+            break; // nothing to wait for: no conflict can remain, and some slot is free
+        const bool growing = !conflict && d->shouldGrow();
+        if (growing && backlog >= d->startCost) {
+            d->grow();
+            backlog = {};
+            continue;
+        }
+        const Clock::time_point before = Clock::now();
+        d->pump(growing ? before + (d->startCost - backlog) : Clock::time_point::max());
+        if (growing)
+            backlog += Clock::now() - before;
+    }
+    if (!chosen)
+        chosen = d->takeableWorker();
 
     // A worker may have died while idle (killed from outside); then a fresh one takes the file.
+    Private::Worker &worker = *chosen;
     for (int attempt = 0; attempt < 2; ++attempt) {
-        Private::Worker &worker = *d->idleWorker();
         QString error;
         if (!worker.process && !d->spawn(worker, &error)) {
             worker.job = job;
@@ -336,16 +503,20 @@ void WorkerPool::submit(
         if (writeFrame(worker.process->channel(), requestFrame(path, outputFolder))) {
             worker.busy = true;
             worker.job = job;
-            worker.job.deadline = Clock::now() + std::chrono::seconds(d->options.timeoutSeconds);
+            worker.job.started = Clock::now();
+            worker.job.deadline = worker.job.started + std::chrono::seconds(d->options.timeoutSeconds);
             return;
         }
         // The worker's end is gone; a new one is started on the next attempt.
         worker.process.reset();
     }
-    Private::Worker &worker = *d->idleWorker();
     worker.job = job;
     d->finishJob(worker, false, u"cannot hand the file to a worker process"_s);
 }
+
+void WorkerPool::setFilesLeft(qint64 count) { d->filesLeft = count; }
+
+int WorkerPool::startedWorkerCount() const { return d->spawned; }
 
 void WorkerPool::waitForChangesAt(const QString &path)
 {

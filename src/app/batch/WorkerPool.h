@@ -35,6 +35,21 @@ namespace orvel {
 ///    calls it just before listing the folder, so the listing holds what earlier jobs wrote.
 /// Jobs change the file system only by writing their output (and the folders on the way to it),
 /// so these rules are all that is needed. Paths are compared with their folders' links resolved.
+///
+/// Workers are started as the queue pays for them, since a start costs a worker tens of
+/// milliseconds of processor time, as much as several small files take:
+///  - the first file starts the first worker and goes to it at once;
+///  - while every started worker is busy (and has said it is ready), the time that submit() spends
+///    waiting for one adds up, over consecutive files, into a backlog; it goes back to zero
+///    whenever a worker had to wait for a file. Once the backlog is longer than a worker's start
+///    (measured: from the spawn to the worker saying it is ready; 100 ms until then), another
+///    worker is started, one at a time, up to the number asked for;
+///  - when the caller said how many files are left (setFilesLeft()), another worker is started
+///    only if those files, at the mean time a file has taken so far, keep each started worker
+///    busy for longer than a start; so a short batch ends with the workers it has;
+///  - a worker that is starting gets no file while a started one can take it, so starting one
+///    never delays a file: the next file goes to whichever worker is free first.
+/// A worker that fails to start, or dies before it is ready, is not tried again as an extra one.
 class WorkerPool
 {
 public:
@@ -88,6 +103,14 @@ public:
     void waitForOutputsInside(const QString &folder);
     /// Waits until every submitted file has its result.
     void waitForAll();
+
+    /// Tells the pool how many files are still to be submitted, the next one included, when the
+    /// caller knows: another worker is then started only when they are worth it. Each submit()
+    /// counts one down.
+    void setFilesLeft(qint64 count);
+
+    /// The number of worker processes started so far, replacements included.
+    [[nodiscard]] int startedWorkerCount() const;
 
     /// The number of jobs running.
     int runningCount() const;

@@ -137,6 +137,12 @@ int ThumbnailWorker::run(const WorkerOptions &options)
     defaults.setArgumentDomain(options.settings);
     watchParent(options.parentPid, options.timeoutSeconds);
 
+    // Loaded and ready: until it says so, the pool gives this worker a file only when no other
+    // can take it, so no file waits for a start it need not.
+    if (!detail::writeFrame(channel, QByteArray(1, detail::WorkerReady))) {
+        ::close(channel);
+        return 0;
+    }
     QByteArray request;
     while (detail::readFrame(channel, &request)) {
         QString path;

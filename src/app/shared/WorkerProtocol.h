@@ -4,8 +4,9 @@
 // each a native 32-bit byte count and that many bytes. A request is the file's path in UTF-16,
 // followed, when the thumbnail goes into a folder of its own, by a NUL and that folder. An answer
 // is one byte (1 made, 0 failed, 2 skipped) followed, for a file made, by the size of the
-// thumbnail written as a native 64-bit count, else by the reason in UTF-16. Paths travel as
-// QString's own code units, so any name that reached the walk reaches the job unchanged.
+// thumbnail written as a native 64-bit count, else by the reason in UTF-16. Before its first
+// answer a worker sends a frame of the one byte 3 once it has loaded and can take files. Paths
+// travel as QString's own code units, so any name that reached the walk reaches the job unchanged.
 #pragma once
 
 #include <QByteArray>
@@ -17,6 +18,8 @@ namespace orvel::detail {
 constexpr char AnswerFailed = 0;
 constexpr char AnswerMade = 1;
 constexpr char AnswerSkipped = 2;
+/// The frame a worker sends once, when it is ready for its first file.
+constexpr char WorkerReady = 3;
 
 /// A frame larger than this is not a path or a reason; the peer is confused and is dropped.
 constexpr quint32 MaxFrameBytes = 1u << 20;
