@@ -4,7 +4,6 @@
 
 #include <QCryptographicHash>
 #include <QDir>
-#include <QDirIterator>
 #include <QFileInfo>
 #include <QImageReader>
 #include <QPainter>
@@ -37,17 +36,6 @@ QImage filledImage(int w, int h, QColor colour, QImage::Format format = QImage::
     QImage image(w, h, format);
     image.fill(colour);
     return image;
-}
-
-// Every file under dir, recursively, relative to it.
-QStringList filesUnder(const QString &dir)
-{
-    QStringList out;
-    QDirIterator it(dir, QDir::Files | QDir::Hidden | QDir::System, QDirIterator::Subdirectories);
-    while (it.hasNext())
-        out << it.next().mid(dir.size() + 1);
-    out.sort();
-    return out;
 }
 
 class IconServiceTest : public ::testing::Test
@@ -97,15 +85,25 @@ TEST_F(IconServiceTest, KeysEntriesByTheEscapedFileUri)
     EXPECT_TRUE(IconService::cachePathForFile(QString(), Size::Normal).isEmpty());
 }
 
-TEST_F(IconServiceTest, WritesEveryEntryWithTheStandardTextChunks)
+TEST_F(IconServiceTest, WritesEveryEntryWithTheStandardTextChunksPrivatelyAndNothingElse)
 {
     const QString source = makeSource(u"photo with spaces é.jpg"_s, 1000000000);
-    ASSERT_TRUE(IconService::setIconForFile(filledImage(2000, 2000, Qt::blue), source, 4));
+    const mode_t oldMask = ::umask(0);
+    const bool ok = IconService::setIconForFile(filledImage(2000, 2000, Qt::blue), source, 4);
+    ::umask(oldMask);
+    ASSERT_TRUE(ok);
 
+    EXPECT_EQ(fileMode(cacheHome()), 0700u);
+    EXPECT_EQ(fileMode(thumbnails()), 0700u);
     const QString uri = QString::fromLatin1(QUrl::fromLocalFile(source).toEncoded());
+    QStringList expected;
     for (const auto &[size, folder] : Folders) {
         SCOPED_TRACE(folder.toStdString());
-        QImageReader reader(IconService::cachePathForFile(source, size));
+        const QString path = IconService::cachePathForFile(source, size);
+        EXPECT_EQ(fileMode(thumbnails() + u'/' + folder), 0700u);
+        EXPECT_EQ(fileMode(path), 0600u);
+        expected << folder + u'/' + QFileInfo(path).fileName();
+        QImageReader reader(path);
         EXPECT_EQ(reader.format(), "png");
         // QImageReader::text() cuts keys at their first colon; the image read keeps them whole.
         const QImage entry = reader.read();
@@ -116,27 +114,8 @@ TEST_F(IconServiceTest, WritesEveryEntryWithTheStandardTextChunks)
         EXPECT_EQ(entry.size(), QSize(int(size), int(size)));
         EXPECT_TRUE(colourNear(entry.pixelColor(5, 5), Qt::blue, 1));
     }
-}
-
-TEST_F(IconServiceTest, MakesPrivateFoldersAndFilesAndLeavesNothingElse)
-{
-    const QString source = makeSource(u"a.png"_s);
-    const mode_t oldMask = ::umask(0);
-    const bool ok = IconService::setIconForFile(filledImage(600, 600, Qt::red), source);
-    ::umask(oldMask);
-    ASSERT_TRUE(ok);
-
-    EXPECT_EQ(orvel::test::fileMode(cacheHome()), 0700u);
-    EXPECT_EQ(orvel::test::fileMode(thumbnails()), 0700u);
-    QStringList expected;
-    for (const auto &[size, folder] : Folders) {
-        EXPECT_EQ(orvel::test::fileMode(thumbnails() + u'/' + folder), 0700u) << folder.toStdString();
-        const QString entry = IconService::cachePathForFile(source, size);
-        EXPECT_EQ(orvel::test::fileMode(entry), 0600u) << folder.toStdString();
-        expected << folder + u'/' + QFileInfo(entry).fileName();
-    }
     expected.sort();
-    EXPECT_EQ(filesUnder(thumbnails()), expected); // no temporary file left behind
+    EXPECT_EQ(filesBelow(thumbnails()), expected); // no temporary file left behind
 }
 
 TEST_F(IconServiceTest, ScalesDownToEachSizeButNeverUp)
@@ -149,9 +128,7 @@ TEST_F(IconServiceTest, ScalesDownToEachSizeButNeverUp)
     };
     const QList<Case> cases = {
         { { 300, 300 }, { { 128, 128 }, { 256, 256 }, { 300, 300 }, { 300, 300 } } },
-        { { 2000, 1000 }, { { 128, 64 }, { 256, 128 }, { 512, 256 }, { 1024, 512 } } },
         { { 90, 700 }, { { 16, 128 }, { 33, 256 }, { 66, 512 }, { 90, 700 } } },
-        { { 40, 30 }, { { 40, 30 }, { 40, 30 }, { 40, 30 }, { 40, 30 } } },
         { { 3000, 2 }, { { 128, 1 }, { 256, 1 }, { 512, 1 }, { 1024, 1 } } },
     };
     for (const Case &c : cases) {
@@ -197,7 +174,7 @@ TEST_F(IconServiceTest, MissingSourceNullImageOrUnwritableCacheWriteNothing)
     const EnvironmentOverride blocked("XDG_CACHE_HOME", blocker);
     EXPECT_FALSE(IconService::setIconForFile(filledImage(300, 300, Qt::red), source));
     EXPECT_EQ(readBytes(blocker), QByteArray("plain file"));
-    EXPECT_EQ(filesUnder(m_cache.path()), QStringList { u"not-a-folder"_s });
+    EXPECT_EQ(filesBelow(m_cache.path()), QStringList { u"not-a-folder"_s });
 }
 
 TEST_F(IconServiceTest, FailedWriteLeavesNoPartialEntryNorOlderOne)
@@ -227,7 +204,7 @@ TEST_F(IconServiceTest, FailedWriteLeavesNoPartialEntryNorOlderOne)
     ASSERT_EQ(normal.size(), QSize(128, 128));
     EXPECT_FALSE(colourNear(normal.pixelColor(64, 64), Qt::red, 10)
         && colourNear(normal.pixelColor(3, 3), Qt::red, 10));
-    for (const QString &f : filesUnder(thumbnails()))
+    for (const QString &f : filesBelow(thumbnails()))
         EXPECT_TRUE(f.endsWith(u".png"_s)) << f.toStdString();
 }
 

@@ -1,11 +1,13 @@
 // The thumbnail job in this process, on real files with real settings: one setting at a time, the
 // create modes, documents, movies, sharpening against the kernel applied by hand, and bad input.
+#include "app/engine/ThumbnailJob.h"
 #include "app/engine/ClassicIcon.h"
 #include "app/engine/IconService.h"
 #include "files/FileManager.h"
 #include "files/ResourceFork.h"
-#include "testlib/JobFixture.h"
+#include "support/UserDefaults.h"
 #include "testlib/MovieMakers.h"
+#include "testlib/TestSupport.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -20,6 +22,37 @@ using namespace orvel;
 using namespace orvel::test;
 
 namespace {
+
+/// A folder of sources, a settings store and a thumbnail cache of the test's own; the job runs in
+/// this process.
+class JobFixture
+{
+public:
+    JobFixture() { qputenv("XDG_CACHE_HOME", QFile::encodeName(m_cache.path())); }
+    UserDefaults &defaults() { return m_defaults; }
+    void set(const QString &key, const QVariant &value) { m_defaults.setObject(value, key); }
+    void set(const QVariantMap &settings)
+    {
+        for (auto it = settings.cbegin(); it != settings.cend(); ++it)
+            set(it.key(), it.value());
+    }
+    /// The job on path (a name in the folder, or a path); answers YES or NO, why receives the reason.
+    bool run(const QString &path, QString *why = nullptr)
+    {
+        return ThumbnailJob::processFile(QDir(m_dir.path()).absoluteFilePath(path), &m_defaults, why);
+    }
+    QString file(const QString &name) const { return m_dir.file(name); }
+    /// Every entry of the folder, hidden ones included, sorted.
+    QStringList entries() const
+    {
+        return QDir(m_dir.path())
+            .entryList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden, QDir::Name);
+    }
+
+private:
+    TempDir m_dir, m_settings, m_cache;
+    UserDefaults m_defaults { m_settings.file(u"thumbnails.conf"_s) };
+};
 
 QSize sizeOf(const QString &path) { return loadImage(path).size(); }
 
@@ -179,25 +212,6 @@ TEST_F(ThumbnailJobTest, IconModesWriteTheThumbnailCacheAndTheClassicIconAndKeep
     EXPECT_FALSE(hasCustomIconOfFile(file(u"n_thumb.jpg"_s)));
 }
 
-TEST_F(ThumbnailJobTest, DocumentsAndMoviesGiveTheirPicture)
-{
-    ASSERT_TRUE(writeTestPdf(file(u"doc.pdf"_s), 300, 600, Qt::red, 2));
-    ASSERT_TRUE(writeTestEps(file(u"art.EPS"_s), 100, 50, Qt::blue));
-    ASSERT_TRUE(writeSecondsMovie(file(u"clip.mp4"_s), 10.0, 96, 64));
-    ASSERT_TRUE(run(u"doc.pdf"_s));
-    EXPECT_EQ(sizeOf(file(u"doc_thumb.jpg"_s)), QSize(64, 128));
-    EXPECT_TRUE(colourNear(loadImage(file(u"doc_thumb.jpg"_s)).pixelColor(32, 64), Qt::red, 12));
-    ASSERT_TRUE(run(u"art.EPS"_s));
-    EXPECT_EQ(sizeOf(file(u"art_thumb.jpg"_s)), QSize(100, 50));
-    // A movie gives the frame at half its length.
-    set(u"width"_s, 48);
-    set(u"filetype"_s, 4);
-    ASSERT_TRUE(run(u"clip.mp4"_s));
-    const QImage frame = loadImage(file(u"clip_thumb.png"_s));
-    EXPECT_EQ(frame.size(), QSize(48, 32));
-    EXPECT_TRUE(colourNear(centreColour(frame), colourOfSecond(5), 14));
-}
-
 TEST_F(ThumbnailJobTest, DamagedPicturesGiveWhatDecodes)
 {
     set(u"filetype"_s, 4);
@@ -218,26 +232,38 @@ TEST_F(ThumbnailJobTest, DamagedPicturesGiveWhatDecodes)
     }
 }
 
-TEST_F(ThumbnailJobTest, WhereTheNameTellsNothingTheContentDecides)
+TEST_F(ThumbnailJobTest, DocumentsAndMoviesGiveTheirPictureAndWhereTheNameTellsNothingTheContentDecides)
 {
     ASSERT_TRUE(writeTestImage(file(u"photo.jpg"_s), 60, 40));
     ASSERT_TRUE(writeTestImage(file(u"scan.tif"_s), 60, 40));
-    ASSERT_TRUE(writeTestPdf(file(u"doc.pdf"_s), 300, 600, Qt::red));
-    ASSERT_TRUE(writeSecondsMovie(file(u"clip.mp4"_s), 2.0, 48, 32));
+    ASSERT_TRUE(writeTestPdf(file(u"doc.pdf"_s), 300, 600, Qt::red, 2));
+    ASSERT_TRUE(writeTestEps(file(u"art.EPS"_s), 100, 50, Qt::blue));
+    ASSERT_TRUE(writeSecondsMovie(file(u"clip.mp4"_s), 10.0, 96, 64));
+    set(u"filetype"_s, 4);
+    ASSERT_TRUE(run(u"doc.pdf"_s));
+    EXPECT_EQ(sizeOf(file(u"doc_thumb.png"_s)), QSize(64, 128));
+    EXPECT_TRUE(colourNear(loadImage(file(u"doc_thumb.png"_s)).pixelColor(32, 64), Qt::red, 12));
+    ASSERT_TRUE(run(u"art.EPS"_s));
+    EXPECT_EQ(sizeOf(file(u"art_thumb.png"_s)), QSize(100, 50));
+    // A movie gives the frame at half its length.
+    ASSERT_TRUE(run(u"clip.mp4"_s));
+    const QImage frame = loadImage(file(u"clip_thumb.png"_s));
+    EXPECT_EQ(frame.size(), QSize(96, 64));
+    EXPECT_TRUE(colourNear(centreColour(frame), colourOfSecond(5), 14));
+
     const QList<QPair<QString, QString>> renamed = { { u"photo.jpg"_s, u"photo.jpeg.1"_s },
         { u"photo.jpg"_s, u"DSC0001"_s }, { u"scan.tif"_s, u"scan.img"_s },
-        { u"doc.pdf"_s, u"doc.download"_s }, { u"clip.mp4"_s, u"clip.part"_s } };
-    set(u"filetype"_s, 4);
+        { u"doc.pdf"_s, u"doc2.download"_s }, { u"clip.mp4"_s, u"clip2.part"_s } };
     for (const auto &[from, to] : renamed) {
         ASSERT_TRUE(QFile::copy(file(from), file(to)));
         QString why;
         EXPECT_TRUE(run(to, &why)) << to << ": " << why;
     }
     EXPECT_EQ(sizeOf(file(u"DSC0001_thumb.png"_s)), QSize(60, 40));
-    EXPECT_EQ(sizeOf(file(u"doc_thumb.png"_s)), QSize(64, 128));
-    EXPECT_EQ(sizeOf(file(u"clip_thumb.png"_s)), QSize(48, 32));
+    EXPECT_EQ(sizeOf(file(u"doc2_thumb.png"_s)), QSize(64, 128));
+    EXPECT_EQ(sizeOf(file(u"clip2_thumb.png"_s)), QSize(96, 64));
     // A known extension still decides: a PNG named .jpg is a picture, a text named .txt is none.
-    ASSERT_TRUE(writeTestImage(file(u"really-png.jpg"_s).replace(u".jpg"_s, u".png"_s), 30, 20));
+    ASSERT_TRUE(writeTestImage(file(u"really-png.png"_s), 30, 20));
     ASSERT_TRUE(QFile::rename(file(u"really-png.png"_s), file(u"really-png.jpg"_s)));
     EXPECT_TRUE(run(u"really-png.jpg"_s));
     ASSERT_TRUE(writeBytes(file(u"notes.txt"_s), "hello"));

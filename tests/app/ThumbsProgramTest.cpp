@@ -1,8 +1,10 @@
 // orvel-thumbs from the outside: the program run as a child process with settings, cache and
-// temporary folders of its own, its exit status, its report and what it leaves behind.
+// temporary folders of its own, its exit status, its report and what it leaves behind; and as a
+// file manager's thumbnailer, through the Exec line of its thumbnailer entry, directly and inside
+// the sandbox such callers use.
 #include "files/FinderInfo.h"
-#include "files/ResourceFork.h"
 #include "support/NumberFormatter.h"
+#include "testlib/MovieMakers.h"
 #include "testlib/TestSupport.h"
 
 #include <QDateTime>
@@ -11,7 +13,11 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QRegularExpression>
+#include <QStandardPaths>
+#include <QUrl>
 
+#include <algorithm>
+#include <functional>
 #include <gtest/gtest.h>
 #include <random>
 #include <sys/stat.h>
@@ -20,133 +26,62 @@
 using namespace Qt::StringLiterals;
 using namespace orvel::test;
 
-TEST(DefaultsCommand, RoundTripThroughTheExecutableAndTheXdgFolder)
-{
-    TempDir dir;
-    QByteArray out;
-    QByteArray err;
-    EXPECT_EQ(runThumbs(dir, { u"defaults"_s, u"write"_s, u"width"_s, u"-int"_s, u"96"_s }), 0);
-    EXPECT_EQ(runThumbs(dir, { u"defaults"_s, u"write"_s, u"extension"_s, u"_small"_s }), 0);
-    EXPECT_TRUE(QFile::exists(dir.file(u"config/orvel/thumbnails.conf"_s)));
-
-    EXPECT_EQ(runThumbs(dir, { u"defaults"_s, u"read"_s, u"width"_s }, &out), 0);
-    EXPECT_EQ(out, "96\n");
-    EXPECT_EQ(runThumbs(dir, { u"defaults"_s, u"read"_s }, &out), 0);
-    EXPECT_TRUE(out.contains("\nwidth = 96\nheight = 128 (default)\n")) << out.constData();
-    EXPECT_TRUE(out.contains("\nextension = _small\n")) << out.constData();
-
-    EXPECT_EQ(runThumbs(dir, { u"defaults"_s, u"delete"_s, u"width"_s }), 0);
-    EXPECT_EQ(runThumbs(dir, { u"defaults"_s, u"read"_s, u"width"_s }, &out, &err), 1);
-    EXPECT_TRUE(out.isEmpty());
-    EXPECT_TRUE(err.contains("width")) << err.toStdString();
-    EXPECT_EQ(runThumbs(dir, { u"defaults"_s, u"delete"_s, u"width"_s }), 1);
-    EXPECT_EQ(runThumbs(dir, { u"defaults"_s, u"write"_s, u"width"_s, u"-int"_s, u"wide"_s }), 2);
-}
-
-TEST(CommandLineRun, UsageErrorsExitWithTwoAndSayWhyHelpAndVersionWithZero)
-{
-    TempDir dir;
-    QByteArray err;
-    EXPECT_EQ(runThumbs(dir, {}, nullptr, &err), 2);
-    EXPECT_TRUE(err.contains("no PATH")) << err.toStdString();
-    EXPECT_EQ(runThumbs(dir, { u"--frobnicate"_s, dir.path() }, nullptr, &err), 2);
-    EXPECT_TRUE(err.contains("--frobnicate")) << err.toStdString();
-    EXPECT_EQ(runThumbs(dir, { u"-f"_s, u"webp"_s, dir.path() }, nullptr, &err), 2);
-    EXPECT_FALSE(QDir(dir.path()).entryList(QDir::Files).size() > 0);
-    ASSERT_TRUE(writeBytes(dir.file(u"plain"_s), "a file"));
-    EXPECT_EQ(runThumbs(dir, { u"--output-dir"_s, dir.file(u"plain"_s), dir.path() }, nullptr, &err), 2);
-    EXPECT_TRUE(err.contains("plain is a file")) << err.toStdString();
-
-    QByteArray out;
-    EXPECT_EQ(runThumbs(dir, { u"--version"_s }, &out), 0);
-    EXPECT_TRUE(out.startsWith("orvel-thumbs ")) << out.toStdString();
-    EXPECT_TRUE(out.endsWith("\n"));
-    EXPECT_EQ(runThumbs(dir, { u"-h"_s }, &out), 0);
-    EXPECT_TRUE(out.contains("--jobs")) << out.toStdString();
-}
-
-TEST(CommandLineRun, ReportsEachFailureAndExitsWithOne)
-{
-    TempDir dir;
-    ASSERT_TRUE(writeTestImage(dir.file(u"good.png"_s), 40, 30));
-    ASSERT_TRUE(writeBytes(dir.file(u"notes.txt"_s), "hello"));
-    // A pipe would block a decoder until the time limit; nobody ever writes to this one.
-    ASSERT_EQ(::mkfifo(QFile::encodeName(dir.file(u"pipe.png"_s)).constData(), 0600), 0);
-    QByteArray out;
-    QByteArray err;
-    const int status = runThumbs(dir,
-        { dir.file(u"good.png"_s), dir.file(u"notes.txt"_s), dir.file(u"missing.png"_s),
-            dir.file(u"pipe.png"_s) },
-        &out, &err);
-    EXPECT_EQ(status, 1);
-    EXPECT_TRUE(QFile::exists(dir.file(u"good_thumb.jpg"_s)));
-    const QList<QByteArray> lines = err.trimmed().split('\n');
-    ASSERT_EQ(lines.size(), 4) << err.toStdString();
-    EXPECT_TRUE(lines[0].startsWith(QFile::encodeName(dir.file(u"notes.txt"_s)) + ": ")) << err.toStdString();
-    EXPECT_EQ(lines[1], QFile::encodeName(dir.file(u"missing.png"_s)) + ": no such file or folder");
-    EXPECT_EQ(lines[2], QFile::encodeName(dir.file(u"pipe.png"_s)) + ": not a regular file");
-    EXPECT_TRUE(lines[3].startsWith("1 thumbnail made, 3 failed, ")) << err.toStdString();
-    // Not a terminal: no progress bar and no control characters.
-    EXPECT_FALSE(err.contains('\r'));
-    EXPECT_FALSE(err.contains('\x1b'));
-    EXPECT_TRUE(out.isEmpty());
-
-    EXPECT_EQ(runThumbs(dir, { u"--quiet"_s, dir.file(u"good.png"_s) }, &out, &err), 0);
-    EXPECT_TRUE(err.isEmpty()) << err.toStdString();
-}
-
-TEST(CommandLineRun, SummaryShowsTheSizeWrittenInTheUsersNumberFormat)
-{
-    TempDir dir;
-    const QStringList images { dir.file(u"a.png"_s), dir.file(u"b.png"_s), dir.file(u"c.png"_s) };
-    for (const QString &image : images)
-        ASSERT_TRUE(writeTestImage(image, 900, 700));
-    const EnvironmentOverride all("LC_ALL", QString());
-    const EnvironmentOverride numeric("LC_NUMERIC", u"de_DE.UTF-8"_s);
-    const EnvironmentOverride language("LANG", u"de_DE.UTF-8"_s);
-    const EnvironmentOverride messages("LC_MESSAGES", u"C"_s); // German numbers, English words
-    QByteArray err;
-    ASSERT_EQ(
-        runThumbs(dir, QStringList { u"-j"_s, u"2"_s, u"--set"_s, u"filetype=4"_s } + images, nullptr, &err),
-        0)
-        << err.constData();
-    qint64 written = 0;
-    for (const QString &image : images)
-        written += QFileInfo(QString(image).replace(u".png"_s, u"_thumb.png"_s)).size();
-    ASSERT_GT(written, 1024);
-    const QLocale saved;
-    QLocale::setDefault(QLocale(QLocale::German, QLocale::Germany));
-    const QString size = orvel::NumberFormatter::stringForSize(quint64(written));
-    QLocale::setDefault(saved);
-    EXPECT_TRUE(QString::fromUtf8(err).trimmed().endsWith(u" s, "_s + size + u" written"_s))
-        << err.constData() << " " << size.toStdString();
-    EXPECT_TRUE(QString::fromUtf8(err).contains(QRegularExpression(u", \\d+,\\d s, "_s))) << err.constData();
-
-    // Nothing written: no size.
-    ASSERT_EQ(runThumbs(dir, QStringList { u"--dry-run"_s } + images, nullptr, &err), 0);
-    EXPECT_TRUE(err.trimmed().endsWith(" s (dry run: nothing written)")) << err.constData();
-}
-
-TEST(CommandLineRun, SettingsOnTheCommandLineApplyToThisRunOnly)
+TEST(CommandLineRun, StoredSettingsApplyAndTheCommandLineOverridesThemForOneRunOnly)
 {
     TempDir dir;
     ASSERT_TRUE(writeTestImage(dir.file(u"pic.png"_s), 300, 200));
-    QByteArray out;
+    QByteArray out, err;
+    EXPECT_EQ(runThumbs(dir, { u"defaults"_s, u"write"_s, u"width"_s, u"-int"_s, u"30"_s }), 0);
+    EXPECT_TRUE(QFile::exists(dir.file(u"config/orvel/thumbnails.conf"_s)));
+    EXPECT_EQ(runThumbs(dir, { u"defaults"_s, u"read"_s, u"width"_s }, &out), 0);
+    EXPECT_EQ(out, "30\n");
+
     EXPECT_EQ(runThumbs(dir,
                   { u"--verbose"_s, u"--set"_s, u"filetype=4"_s, u"--set"_s, u"extension=_t"_s, u"-s"_s,
                       u"60"_s, dir.file(u"pic.png"_s) },
                   &out),
         0);
     EXPECT_EQ(out, QFile::encodeName(dir.file(u"pic_t.png"_s)) + "\n");
-    const QImage thumb = loadImage(dir.file(u"pic_t.png"_s));
-    EXPECT_EQ(thumb.size(), QSize(60, 40));
-    EXPECT_FALSE(QFile::exists(dir.file(u"config/orvel/thumbnails.conf"_s)))
-        << "--set must not write the store";
-
-    // The stored settings apply when nothing overrides them.
-    EXPECT_EQ(runThumbs(dir, { u"defaults"_s, u"write"_s, u"width"_s, u"-int"_s, u"30"_s }), 0);
-    EXPECT_EQ(runThumbs(dir, { u"--quiet"_s, dir.file(u"pic.png"_s) }), 0);
+    EXPECT_EQ(loadImage(dir.file(u"pic_t.png"_s)).size(), QSize(60, 40));
+    // --set wrote nothing to the store: the stored width applies to the next run.
+    EXPECT_EQ(runThumbs(dir, { u"--quiet"_s, dir.file(u"pic.png"_s) }, &out, &err), 0);
+    EXPECT_TRUE(out.isEmpty() && err.isEmpty()) << err.constData();
     EXPECT_EQ(loadImage(dir.file(u"pic_thumb.jpg"_s)).size(), QSize(30, 20));
+}
+
+TEST(CommandLineRun, UsageErrorsExitWithTwoAndSayWhyVersionWithZero)
+{
+    TempDir dir;
+    QByteArray out, err;
+    ASSERT_TRUE(writeBytes(dir.file(u"plain"_s), "a file"));
+    EXPECT_EQ(runThumbs(dir, { u"--output-dir"_s, dir.file(u"plain"_s), dir.path() }, nullptr, &err), 2);
+    EXPECT_TRUE(err.contains("plain is a file")) << err.toStdString();
+    EXPECT_EQ(QDir(dir.path()).entryList(QDir::Files), QStringList { u"plain"_s });
+    EXPECT_EQ(runThumbs(dir, { u"--version"_s }, &out), 0);
+    EXPECT_TRUE(out.startsWith("orvel-thumbs ") && out.endsWith("\n")) << out.toStdString();
+}
+
+TEST(CommandLineRun, SummaryShowsTheSizeWrittenInTheUsersNumberFormat)
+{
+    TempDir dir;
+    ASSERT_TRUE(writeTestImage(dir.file(u"a.png"_s), 900, 700));
+    const EnvironmentOverride all("LC_ALL", QString());
+    const EnvironmentOverride numeric("LC_NUMERIC", u"de_DE.UTF-8"_s);
+    const EnvironmentOverride language("LANG", u"de_DE.UTF-8"_s);
+    const EnvironmentOverride messages("LC_MESSAGES", u"C"_s); // German numbers, English words
+    QByteArray err;
+    ASSERT_EQ(runThumbs(dir, { u"--set"_s, u"filetype=4"_s, dir.file(u"a.png"_s) }, nullptr, &err), 0)
+        << err.constData();
+    const qint64 written = QFileInfo(dir.file(u"a_thumb.png"_s)).size();
+    ASSERT_GT(written, 1024);
+    QString size;
+    {
+        const DefaultLocale german(QLocale(QLocale::German, QLocale::Germany));
+        size = orvel::NumberFormatter::stringForSize(quint64(written));
+    }
+    EXPECT_TRUE(QString::fromUtf8(err).trimmed().endsWith(u" s, "_s + size + u" written"_s))
+        << err.constData() << " " << size.toStdString();
+    EXPECT_TRUE(QString::fromUtf8(err).contains(QRegularExpression(u", \\d+,\\d s, "_s))) << err.constData();
 }
 
 TEST(CommandLineRun, TheBatchRunnerLoadsNoDecodersAndNeedsItsEngine)
@@ -184,7 +119,7 @@ TEST(CommandLineRun, TheBatchRunnerLoadsNoDecodersAndNeedsItsEngine)
     EXPECT_FALSE(QFile::exists(dir.file(u"pic_thumb.jpg"_s)));
 }
 
-TEST(BadInput, EveryBrokenFileFailsAloneWithAReason)
+TEST(BadInput, EveryBrokenFileFailsAloneWithAReasonAndNothingIsLeftBehind)
 {
     TempDir dir, home;
     const QString d = dir.path();
@@ -205,23 +140,46 @@ TEST(BadInput, EveryBrokenFileFailsAloneWithAReason)
     ASSERT_TRUE(writeBytes(d + u"/forever.ps"_s, "%!PS\n{ } loop\n"));
     ASSERT_TRUE(writeBytes(d + u"/fake.pdf"_s, "%PDF-1.4\n1 0 obj << /Type /Catalog >> endobj\n"));
     ASSERT_TRUE(QFile::link(d + u"/nowhere.jpg"_s, d + u"/dangling.jpg"_s));
+    // Named beside the folder: a missing file, a text (in a folder it would be passed over) and a
+    // pipe, which would block a decoder until the time limit (nobody ever writes to it).
+    const QString missing = home.file(u"missing.png"_s), notes = home.file(u"notes.txt"_s),
+                  pipe = home.file(u"pipe.png"_s);
+    ASSERT_TRUE(writeBytes(notes, "hello"));
+    ASSERT_EQ(::mkfifo(QFile::encodeName(pipe).constData(), 0600), 0);
 
     QByteArray out, err;
-    const int status = runThumbs(home, { u"--timeout"_s, u"3"_s, u"-j"_s, u"2"_s, d }, &out, &err);
+    const int status
+        = runThumbs(home, { u"--timeout"_s, u"3"_s, u"-j"_s, u"2"_s, missing, notes, d, pipe }, &out, &err);
     EXPECT_EQ(status, 1) << err.constData();
+    EXPECT_TRUE(out.isEmpty()) << out.constData();
     EXPECT_TRUE(QFileInfo::exists(d + u"/good_thumb.jpg"_s));
-    for (const char *name : { "cut.jpg", "zero.png", "noise.gif", "bomb.png", "canvas.gif", "forever.ps",
-             "fake.pdf", "dangling.jpg" }) {
+    for (const char *name : { "cut.jpg", "zero.png", "noise.gif", "bomb.png", "fake.pdf", "dangling.jpg" }) {
         const QByteArray line = (d + u'/' + QString::fromLatin1(name) + u": "_s).toUtf8();
         EXPECT_TRUE(err.contains(line)) << name << "\n" << err.constData();
     }
-    // Refused from its header, not after a time-out or an exhausted machine.
-    EXPECT_TRUE(err.contains((d + u"/canvas.gif: picture too large (55495 × 28532 pixels)"_s).toUtf8()))
-        << err.constData();
-    // Only the one good thumbnail was written: no partial outputs, no temporary files.
+    // The canvas is refused from its header, not after a time-out or an exhausted machine.
+    const QStringList reasons = { missing + u": no such file or folder"_s,
+        notes + u": not an image, PDF, PostScript or movie file"_s, pipe + u": not a regular file"_s,
+        d + u"/forever.ps: timed out after 3 s"_s,
+        d + u"/canvas.gif: picture too large (55495 × 28532 pixels)"_s };
+    for (const QString &reason : reasons)
+        EXPECT_TRUE(err.contains((reason + u'\n').toUtf8())) << err.constData();
+    const QList<QByteArray> lines = err.trimmed().split('\n');
+    EXPECT_TRUE(lines.first().startsWith(QFile::encodeName(missing))) << err.constData();
+    EXPECT_TRUE(lines.last().startsWith("1 thumbnail made, 11 failed, ")) << err.constData();
+    // Not a terminal: no progress bar and no control characters.
+    EXPECT_FALSE(err.contains('\r') || err.contains('\x1b'));
+    // Only the one good thumbnail was written: no partial outputs, no temporary files, and nothing
+    // the killed worker started (Ghostscript) runs on.
     QStringList made
         = QDir(d).entryList(QStringList { u"*thumb*"_s, u".*"_s }, QDir::Files | QDir::Hidden | QDir::System);
     EXPECT_EQ(made, QStringList { u"good_thumb.jpg"_s });
+    EXPECT_TRUE(QDir(home.file(u"tmp"_s)).isEmpty(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot));
+    QDirIterator processes(u"/proc"_s, QDir::Dirs | QDir::NoDotAndDotDot);
+    while (processes.hasNext()) {
+        const QString cmdline = QString::fromLocal8Bit(readBytes(processes.next() + u"/cmdline"_s));
+        EXPECT_FALSE(cmdline.contains(d)) << cmdline.toStdString();
+    }
 }
 
 TEST(BadInput, AWorkerPastItsMemoryLimitFailsItsFileWithTheReason)
@@ -262,27 +220,38 @@ TEST(BadInput, FFmpegsOwnLogIsQuietUnlessVerbose)
     EXPECT_GT(verbose.count('\n'), 1) << verbose.constData();
 }
 
-TEST(CommandLineRun, ASecondRunOverAFolderMakesNothingNewAndSkippedIsNotFailed)
+TEST(CommandLineRun, ADryRunWritesNothingAndASecondRunMakesNothingNewAndSkippedIsNotFailed)
 {
-    for (const QStringList &rule : { QStringList { u"--suffix"_s, u"_t"_s },
-             QStringList { u"--prefix"_s, u"t_"_s }, QStringList { u"--folder"_s, u"t"_s } }) {
-        TempDir dir;
-        ASSERT_TRUE(QDir(dir.path()).mkdir(u"pics"_s));
-        ASSERT_TRUE(writeTestImage(dir.file(u"pics/photo.png"_s), 40, 30));
-        ASSERT_TRUE(writeBytes(dir.file(u"pics/notes.txt"_s), "not a picture"));
-        const QStringList run = rule + QStringList { u"-f"_s, u"png"_s, dir.file(u"pics"_s) };
-        QByteArray out, err;
-        EXPECT_EQ(runThumbs(dir, run, &out, &err), 0) << err.constData();
-        EXPECT_TRUE(err.startsWith("1 thumbnail made, 1 skipped, 0 failed, ")) << err.constData();
-        const QStringList made = QDir(dir.file(u"pics"_s)).entryList(QDir::AllEntries | QDir::NoDotAndDotDot);
+    TempDir dir;
+    ASSERT_TRUE(QDir(dir.path()).mkdir(u"pics"_s));
+    ASSERT_TRUE(writeTestImage(dir.file(u"pics/a.png"_s), 40, 30));
+    ASSERT_TRUE(writeBytes(dir.file(u"pics/notes.txt"_s), "not a picture"));
+    ASSERT_TRUE(writeBytes(dir.file(u"pics/broken.png"_s), "\x89PNG\r\n\x1a\n garbage"));
+    const auto listing
+        = [&] { return QDir(dir.file(u"pics"_s)).entryList(QDir::AllEntries | QDir::NoDotAndDotDot); };
+    const QStringList before = listing();
+    const QStringList run { u"--verbose"_s, u"--folder"_s, u"small"_s, dir.file(u"pics"_s) };
+    QByteArray out, err;
+    EXPECT_EQ(runThumbs(dir, QStringList { u"--dry-run"_s } + run, &out, &err), 1);
+    EXPECT_TRUE(out.contains(
+        (dir.file(u"pics/a.png"_s) + u" -> "_s + dir.file(u"pics/small/a.jpg"_s) + u'\n').toUtf8()))
+        << out.constData();
+    EXPECT_TRUE(err.contains((dir.file(u"pics/broken.png"_s) + u": the decoder failed\n"_s).toUtf8()))
+        << err.constData();
+    EXPECT_TRUE(err.contains("1 thumbnail made, 1 skipped, 1 failed, ")) << err.constData();
+    EXPECT_TRUE(err.contains(" (dry run: nothing written)\n")) << err.constData();
+    EXPECT_EQ(listing(), before);
+    EXPECT_FALSE(QFileInfo::exists(dir.file(u"cache/thumbnails"_s)));
 
-        EXPECT_EQ(runThumbs(dir, QStringList { u"--verbose"_s } + run, &out, &err), 0) << err.constData();
-        EXPECT_TRUE(err.startsWith("1 thumbnail made, 2 skipped, 0 failed, "))
-            << rule.join(u' ') << err.constData();
-        EXPECT_TRUE(out.contains("notes.txt: skipped (not an image, PDF, PostScript or movie file)\n"))
-            << out.constData();
-        EXPECT_EQ(QDir(dir.file(u"pics"_s)).entryList(QDir::AllEntries | QDir::NoDotAndDotDot), made);
-    }
+    // Made, then again: the second run passes the thumbnail by, and only skips: no failure.
+    ASSERT_TRUE(QFile::remove(dir.file(u"pics/broken.png"_s)));
+    EXPECT_EQ(runThumbs(dir, run, &out, &err), 0) << err.constData();
+    const QStringList made = listing();
+    EXPECT_EQ(runThumbs(dir, run, &out, &err), 0) << err.constData();
+    EXPECT_TRUE(err.startsWith("1 thumbnail made, 2 skipped, 0 failed, ")) << err.constData();
+    EXPECT_TRUE(out.contains("notes.txt: skipped (not an image, PDF, PostScript or movie file)\n"))
+        << out.constData();
+    EXPECT_EQ(listing(), made);
 }
 
 TEST(CommandLineRun, OnATerminalTheProgressHasItsTotalFromTheStart)
@@ -303,30 +272,6 @@ TEST(CommandLineRun, OnATerminalTheProgressHasItsTotalFromTheStart)
         EXPECT_EQ(it.next().captured(2), u"4"_s) << out.constData();
     EXPECT_GE(lines, 1) << out.constData();
     EXPECT_TRUE(out.contains("4 thumbnails made, 0 failed")) << out.constData();
-}
-
-TEST(CommandLineRun, ADryRunListsWhatWouldBeMadeAndWritesNothing)
-{
-    TempDir dir;
-    ASSERT_TRUE(QDir(dir.path()).mkdir(u"pics"_s));
-    ASSERT_TRUE(writeTestImage(dir.file(u"pics/a.png"_s), 40, 30));
-    ASSERT_TRUE(writeBytes(dir.file(u"pics/notes.txt"_s), "not a picture"));
-    ASSERT_TRUE(writeBytes(dir.file(u"pics/broken.png"_s), "\x89PNG\r\n\x1a\n garbage"));
-    const QStringList before = QDir(dir.file(u"pics"_s)).entryList(QDir::AllEntries | QDir::NoDotAndDotDot);
-    QByteArray out, err;
-    EXPECT_EQ(
-        runThumbs(dir, { u"--dry-run"_s, u"--folder"_s, u"small"_s, dir.file(u"pics"_s) }, &out, &err), 1);
-    EXPECT_TRUE(out.contains(
-        (dir.file(u"pics/a.png"_s) + u" -> "_s + dir.file(u"pics/small/a.jpg"_s) + u'\n').toUtf8()))
-        << out.constData();
-    EXPECT_TRUE(out.contains("notes.txt: skipped (not an image, PDF, PostScript or movie file)\n"))
-        << out.constData();
-    EXPECT_TRUE(err.contains((dir.file(u"pics/broken.png"_s) + u": the decoder failed\n"_s).toUtf8()))
-        << err.constData();
-    EXPECT_TRUE(err.contains("1 thumbnail made, 1 skipped, 1 failed, ")) << err.constData();
-    EXPECT_TRUE(err.contains(" (dry run: nothing written)\n")) << err.constData();
-    EXPECT_EQ(QDir(dir.file(u"pics"_s)).entryList(QDir::AllEntries | QDir::NoDotAndDotDot), before);
-    EXPECT_FALSE(QFileInfo::exists(dir.file(u"cache/thumbnails"_s)));
 }
 
 TEST(CommandLineRun, PathsFromAListAndARunTakenUpWhereItStopped)
@@ -364,7 +309,7 @@ TEST(CommandLineRun, PathsFromAListAndARunTakenUpWhereItStopped)
     EXPECT_EQ(readBytes(dir.file(u"line\nbreak_thumb.jpg"_s)), before);
 }
 
-TEST(CommandLineRun, ThumbnailAndIconGivesTheThumbnailAClassicIconAndSaysWhenOneCannotBeStored)
+TEST(CommandLineRun, ThumbnailAndIconSaysWhenAnIconCannotBeStoredAndPassesItsCompanionFilesBy)
 {
     TempDir dir;
     QImage noise(400, 300, QImage::Format_RGB32);
@@ -383,11 +328,7 @@ TEST(CommandLineRun, ThumbnailAndIconGivesTheThumbnailAClassicIconAndSaysWhenOne
                   &out, &err),
         0)
         << err.constData();
-    const QString thumb = dir.file(u"pic_thumb.png"_s);
-    EXPECT_TRUE(orvel::hasCustomIconOfFile(thumb));
-    const auto fork = orvel::ResourceFork::resourceForkForReadingAtPath(thumb);
-    ASSERT_NE(fork, nullptr);
-    EXPECT_EQ(fork->dataForType(0x69636e73, -16455).left(4), "icns");
+    EXPECT_TRUE(orvel::hasCustomIconOfFile(dir.file(u"pic_thumb.png"_s)));
     EXPECT_TRUE(QFile::exists(dir.file(u"._pic_thumb.png"_s)));
     EXPECT_TRUE(err.contains(
         QFile::encodeName(dir.file(u"kept_thumb.png"_s)) + ": the classic custom icon was left out: "))
@@ -395,25 +336,13 @@ TEST(CommandLineRun, ThumbnailAndIconGivesTheThumbnailAClassicIconAndSaysWhenOne
     EXPECT_FALSE(orvel::hasCustomIconOfFile(dir.file(u"kept_thumb.png"_s)));
 
     // The companion files are passed by on a run over the folder.
-    QByteArray again;
-    EXPECT_EQ(runThumbs(dir, { u"--verbose"_s, u"--suffix"_s, u"_2"_s, dir.path() }, &out, &again), 0)
-        << again.constData();
+    EXPECT_EQ(runThumbs(dir, { u"--verbose"_s, u"--suffix"_s, u"_2"_s, dir.path() }, &out, &err), 0)
+        << err.constData();
     EXPECT_TRUE(out.contains("._pic_thumb.png: skipped")) << out.constData();
     EXPECT_FALSE(QFile::exists(dir.file(u"._pic_thumb_2.jpg"_s)));
 }
 
 namespace {
-
-/// Every file below folder, relative to it, sorted.
-QStringList filesBelow(const QString &folder)
-{
-    QStringList files;
-    QDirIterator it(folder, QDir::Files, QDirIterator::Subdirectories);
-    while (it.hasNext())
-        files << QDir(folder).relativeFilePath(it.next());
-    files.sort();
-    return files;
-}
 
 /// Runs orvel-thumbs as runThumbs() does, but as a user who cannot write what the test made
 /// read-only: root writes anywhere, so as root the program runs as "nobody", and the folders it
@@ -461,19 +390,10 @@ TEST(OutputFolder, AReadOnlyTreeIsMirroredUnderItAndASecondRunMakesNothingNew)
     EXPECT_EQ(runThumbsUnprivileged(dir, run, dir.file(u"w"_s), nullptr, &err), 0) << err.constData();
     EXPECT_EQ(filesBelow(out), made);
 
-    // The sub-folder rule, under the output folder, beside each mirrored source.
-    EXPECT_EQ(runThumbsUnprivileged(dir,
-                  { u"-f"_s, u"png"_s, u"--folder"_s, u"small"_s, u"--output-dir"_s, dir.file(u"w/sub"_s),
-                      dir.file(u"pics"_s) },
-                  dir.file(u"w"_s), nullptr, &err),
-        0)
-        << err.constData();
-    EXPECT_EQ(
-        filesBelow(dir.file(u"w/sub"_s)), (QStringList { u"pics/small/a.png"_s, u"pics/sub/small/b.png"_s }));
     ASSERT_EQ(runProgram(u"chmod"_s, { u"-R"_s, u"u+w"_s, dir.file(u"pics"_s) }), 0);
 }
 
-TEST(OutputFolder, InsideTheWalkedTreeItsFilesAreNotInputsAndADryRunNamesItsPaths)
+TEST(OutputFolder, InsideTheWalkedTreeItsFilesAreNotInputsAndNoThumbnailTakesItsSourcesPlace)
 {
     TempDir dir;
     ASSERT_TRUE(QDir(dir.path()).mkpath(u"pics/sub"_s));
@@ -484,13 +404,6 @@ TEST(OutputFolder, InsideTheWalkedTreeItsFilesAreNotInputsAndADryRunNamesItsPath
         dir.file(u"pics"_s) };
 
     QByteArray out, err;
-    EXPECT_EQ(runThumbs(dir, QStringList { u"--dry-run"_s } + run, &out, &err), 0) << err.constData();
-    EXPECT_TRUE(out.contains(
-        (dir.file(u"pics/sub/b.png"_s) + u" -> "_s + dir.file(u"pics/thumbs/pics/sub/b.png"_s) + u'\n')
-            .toUtf8()))
-        << out.constData();
-    EXPECT_FALSE(QFileInfo::exists(dir.file(u"pics/thumbs"_s)));
-
     for (int pass = 0; pass < 2; ++pass) {
         EXPECT_EQ(runThumbs(dir, run, &out, &err), 0) << err.constData();
         EXPECT_EQ(filesBelow(dir.file(u"pics"_s)),
@@ -510,61 +423,199 @@ TEST(OutputFolder, InsideTheWalkedTreeItsFilesAreNotInputsAndADryRunNamesItsPath
     EXPECT_EQ(readBytes(dir.file(u"pics/a.png"_s)), source);
 }
 
+TEST(CommandLineLanguage, TheProgramSpeaksTheLanguageLangNamesWhetherTheLocaleIsInstalledOrNot)
+{
+    TempDir dir;
+    QByteArray err;
+    EXPECT_EQ(runProgram(thumbsExecutable(), { u"--frobnicate"_s }, nullptr, &err, 60000,
+                  { u"LANG=de_DE.UTF-8"_s, u"LC_ALL="_s, u"LC_MESSAGES="_s, u"LANGUAGE="_s,
+                      u"XDG_CONFIG_HOME="_s + dir.file(u"config"_s) }),
+        2);
+    EXPECT_TRUE(
+        err.startsWith("orvel-thumbs: unbekannte Option --frobnicate\nMehr mit „orvel-thumbs --help“.\n"))
+        << err.constData();
+}
+
 namespace {
 
-/// Runs orvel-thumbs as runThumbs() does, in the language that LANG names.
-int runThumbsIn(const char *lang, const TempDir &home, const QStringList &args, QByteArray *out = nullptr,
-    QByteArray *err = nullptr)
+/// The thumbnailer entry's command as it is installed, its programs in the build folder.
+QString entryExecLine()
 {
-    return runProgram(thumbsExecutable(), args, out, err, 60000,
-        { u"LANG="_s + QLatin1StringView(lang), u"LC_ALL="_s, u"LC_MESSAGES="_s, u"LANGUAGE="_s,
-            u"XDG_CONFIG_HOME="_s + home.file(u"config"_s), u"XDG_CACHE_HOME="_s + home.file(u"cache"_s) });
+    return readKeyFile(u"" ORVEL_DATA_BUILD_DIR "/thumbnailers/org.orvel.Thumbnails.thumbnailer"_s)
+        .value(u"Thumbnailer Entry"_s)
+        .value(u"Exec"_s)
+        .replace(u"@ORVEL_BINDIR@"_s, QFileInfo(thumbsExecutable()).absolutePath());
+}
+
+/// The entry's command with its field codes filled in: %s the size, %i the input, %o the output.
+QStringList filledExec(const QString &input, const QString &output, int size)
+{
+    QStringList command;
+    for (const QString &word : entryExecLine().split(u' ', Qt::SkipEmptyParts)) {
+        if (word == u"%s")
+            command << QString::number(size);
+        else if (word == u"%i")
+            command << input;
+        else if (word == u"%o")
+            command << output;
+        else
+            command << word;
+    }
+    return command;
+}
+
+/// Why no sandbox can be made here; empty when bwrap runs.
+QString sandboxUnavailable()
+{
+    static const QString why = [] {
+        if (QStandardPaths::findExecutable(u"bwrap"_s).isEmpty())
+            return u"bwrap is not installed (package bubblewrap)"_s;
+        QByteArray err;
+        if (runProgram(u"bwrap"_s,
+                { u"--ro-bind"_s, u"/"_s, u"/"_s, u"--unshare-all"_s, u"--die-with-parent"_s, u"true"_s },
+                nullptr, &err)
+            != 0)
+            return u"bwrap cannot make namespaces here: "_s + QString::fromUtf8(err.trimmed());
+        return QString();
+    }();
+    return why;
+}
+
+/// Wraps command as a desktop's thumbnail factory does: the whole file system read-only, a private
+/// /tmp, the source bound read-only into it under a name of the caller's (its extension kept), the
+/// output's folder writable, no network, no session bus, no home, a bare environment.
+QStringList sandboxed(
+    const QString &source, const QString &inside, const QString &outputFolder, const QStringList &command)
+{
+    QStringList arguments { u"--ro-bind"_s, u"/"_s, u"/"_s, u"--dev"_s, u"/dev"_s, u"--proc"_s, u"/proc"_s,
+        u"--tmpfs"_s, u"/tmp"_s, u"--ro-bind"_s, source, inside, u"--bind"_s, outputFolder, outputFolder,
+        u"--unshare-all"_s, u"--die-with-parent"_s, u"--clearenv"_s, u"--setenv"_s, u"PATH"_s,
+        u"/usr/bin:/bin"_s, u"--setenv"_s, u"LANG"_s, u"C.UTF-8"_s, u"--chdir"_s, u"/"_s };
+    // A sanitizer build's options belong to the build, not to the environment being modelled.
+    for (const char *name : { "ASAN_OPTIONS", "LSAN_OPTIONS", "UBSAN_OPTIONS" }) {
+        if (qEnvironmentVariableIsSet(name))
+            arguments << u"--setenv"_s << QString::fromLatin1(name) << qEnvironmentVariable(name);
+    }
+    return arguments + command;
+}
+
+/// A source of the table: how to make it, the size asked for, the thumbnail's size and the colour
+/// at its centre (none for the picture, whose alpha falls from opaque at the left to clear at the right).
+struct Source
+{
+    const char *name;
+    std::function<bool(const QString &)> make;
+    int size;
+    QSize expected;
+    QColor centre;
+};
+
+const Source Sources[] = {
+    { "picture.png", [](const QString &p) { return writeTestImage(p, 300, 200, true); }, 128, { 128, 85 },
+        {} },
+    { "small.jpg", [](const QString &p) { return writeSolidImage(p, 40, 30, QColor(200, 30, 30)); }, 256,
+        { 40, 30 }, QColor(200, 30, 30) },
+    { "page.pdf", [](const QString &p) { return writeTestPdf(p, 100, 50, QColor(30, 30, 200)); }, 256,
+        { 256, 128 }, QColor(30, 30, 200) },
+    { "drawing.eps", [](const QString &p) { return writeTestEps(p, 60, 40, QColor(30, 160, 30)); }, 128,
+        { 128, 85 }, QColor(30, 160, 30) },
+    { "movie.mp4", [](const QString &p) { return writeSecondsMovie(p, 2.0, 160, 120); }, 128, { 128, 96 },
+        colourOfSecond(1) },
+};
+
+void PrintTo(const Source &source, std::ostream *os) { *os << source.name; }
+
+class ThumbnailerSource : public testing::TestWithParam<std::tuple<Source, bool>>
+{
+};
+
+TEST_P(ThumbnailerSource, MakesOnePngOfAtMostTheSizeAndNothingElse)
+{
+    const auto &[source, inSandbox] = GetParam();
+    if (inSandbox && !sandboxUnavailable().isEmpty())
+        GTEST_SKIP() << sandboxUnavailable();
+    TempDir dir;
+    const QString input = dir.file(QString::fromLatin1(source.name));
+    ASSERT_TRUE(source.make(input)) << source.name;
+    ASSERT_TRUE(QDir().mkpath(dir.file(u"out"_s)));
+    const QString output = dir.file(u"out/thumbnail.png"_s);
+    const QString inside = inSandbox ? u"/tmp/file-to-thumbnail."_s + QFileInfo(input).suffix() : input;
+    QStringList command = filledExec(inside, output, source.size);
+    if (inSandbox)
+        command = QStringList { u"bwrap"_s } + sandboxed(input, inside, dir.file(u"out"_s), command);
+
+    QByteArray out, err;
+    ASSERT_EQ(runProgram(command.first(), command.mid(1), &out, &err), 0) << err.toStdString();
+    EXPECT_TRUE(out.isEmpty() && err.isEmpty()) << out.toStdString() << err.toStdString();
+    EXPECT_TRUE(readBytes(output).startsWith("\x89PNG\r\n\x1a\n"));
+    const QImage thumbnail = loadImage(output);
+    ASSERT_EQ(thumbnail.width(), source.expected.width());
+    ASSERT_EQ(thumbnail.height(), source.expected.height());
+    const int w = thumbnail.width(), h = thumbnail.height();
+    const QColor middle = thumbnail.pixelColor(w / 2, h / 2);
+    EXPECT_TRUE(source.centre.isValid()
+            ? colourNear(middle, source.centre, 40)
+            : qAlpha(thumbnail.pixel(0, h / 2)) > 240 && qAlpha(thumbnail.pixel(w - 1, h / 2)) < 16)
+        << middle.name(QColor::HexArgb).toStdString();
+    EXPECT_EQ(QDir(dir.file(u"out"_s)).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot),
+        QStringList { u"thumbnail.png"_s });
+}
+
+INSTANTIATE_TEST_SUITE_P(Kinds, ThumbnailerSource,
+    testing::Combine(testing::ValuesIn(Sources), testing::Bool()),
+    [](const testing::TestParamInfo<ThumbnailerSource::ParamType> &info) {
+        std::string name = std::get<0>(info.param).name;
+        std::replace(name.begin(), name.end(), '.', '_');
+        return name + (std::get<1>(info.param) ? "_Sandboxed" : "_Direct");
+    });
+
+TEST(Thumbnailer, ABadSourceOrPlaceExitsNonZeroAndLeavesNoOutput)
+{
+    TempDir dir;
+    ASSERT_TRUE(writeTestImage(dir.file(u"cut.jpg"_s), 600, 400));
+    const QByteArray jpeg = readBytes(dir.file(u"cut.jpg"_s));
+    ASSERT_TRUE(writeBytes(dir.file(u"cut.jpg"_s), jpeg.left(jpeg.indexOf("\xFF\xDA") + 30)));
+    ASSERT_TRUE(writeBytes(dir.file(u"words.png"_s), "not a picture at all"));
+    ASSERT_TRUE(writeBytes(dir.file(u"bomb.png"_s), pngDeclaring(300000, 300000)));
+    ASSERT_TRUE(writeTestImage(dir.file(u"good.png"_s), 50, 50));
+    ASSERT_TRUE(QDir().mkpath(dir.file(u"out"_s)));
+    // Broken, hostile, missing and not a file; then a good source with nowhere to go.
+    const std::pair<QString, QString> cases[]
+        = { { u"cut.jpg"_s, u"out/t.png"_s }, { u"words.png"_s, u"out/t.png"_s },
+              { u"bomb.png"_s, u"out/t.png"_s }, { u"missing.png"_s, u"out/t.png"_s },
+              { u"out"_s, u"out/t.png"_s }, { u"good.png"_s, u"no/t.png"_s } };
+    for (const auto &[source, output] : cases) {
+        const QStringList command = filledExec(dir.file(source), dir.file(output), 128);
+        QByteArray out, err;
+        EXPECT_EQ(runProgram(command.first(), command.mid(1), &out, &err), 1) << source << " to " << output;
+        EXPECT_TRUE(err.startsWith(QFile::encodeName(u"orvel-thumbs: "_s + dir.file(source) + u": "_s)))
+            << err.toStdString();
+        EXPECT_EQ(err.count('\n'), 1) << err.toStdString();
+        EXPECT_TRUE(out.isEmpty());
+    }
+    EXPECT_TRUE(QDir(dir.file(u"out"_s)).isEmpty(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot));
+}
+
+TEST(Thumbnailer, ReadsNoSettingsAndWritesNoCacheOrIcon)
+{
+    TempDir home, dir;
+    // Stored settings that would make a small JPEG beside the source, and icons in the cache.
+    for (const QStringList &write : { QStringList { u"filetype"_s, u"-int"_s, u"3"_s },
+             QStringList { u"width"_s, u"-int"_s, u"20"_s }, QStringList { u"create"_s, u"-int"_s, u"1"_s } })
+        ASSERT_EQ(runThumbs(home, QStringList { u"defaults"_s, u"write"_s } + write), 0);
+    ASSERT_TRUE(writeTestImage(dir.file(u"photo name.png"_s), 400, 100));
+    // A file URI (%u), as some file managers hand the source over.
+    const QString uri = QUrl::fromLocalFile(dir.file(u"photo name.png"_s)).toString(QUrl::FullyEncoded);
+    ASSERT_TRUE(uri.contains(u"%20"_s));
+    QByteArray err;
+    EXPECT_EQ(
+        runThumbs(home, { u"--thumbnailer"_s, u"-s"_s, u"200"_s, uri, dir.file(u"t.png"_s) }, nullptr, &err),
+        0)
+        << err.toStdString();
+    EXPECT_EQ(loadImage(dir.file(u"t.png"_s)).width(), 200);
+    EXPECT_EQ(loadImage(dir.file(u"t.png"_s)).height(), 50);
+    EXPECT_EQ(QDir(dir.path()).entryList(QDir::Files), (QStringList { u"photo name.png"_s, u"t.png"_s }));
+    EXPECT_FALSE(QFileInfo::exists(home.file(u"cache/thumbnails"_s)));
 }
 
 } // namespace
-
-TEST(CommandLineLanguage, GermanAndFrenchFromLangWhetherTheLocaleIsInstalledOrNot)
-{
-    const struct
-    {
-        const char *lang;
-        const char *usageError;
-        const char *helpLine;
-        const char *summary;
-    } cases[] = {
-        { "de_DE.UTF-8", "orvel-thumbs: unbekannte Option --frobnicate\nMehr mit „orvel-thumbs --help“.\n",
-            "\n  -h, --help               diese Hilfe ausgeben\n",
-            "1 Miniatur erstellt, 0 fehlgeschlagen, " },
-        { "fr_FR.UTF-8", "orvel-thumbs: option --frobnicate inconnue\n",
-            "\n  -h, --help               afficher cette aide\n", "1 vignette créée, 0 en échec, " },
-        { "C", "orvel-thumbs: unknown option --frobnicate\nTry 'orvel-thumbs --help' for more.\n",
-            "\n  -h, --help               print this help\n", "1 thumbnail made, 0 failed, " },
-    };
-    TempDir dir;
-    ASSERT_TRUE(writeTestImage(dir.file(u"pic.png"_s), 40, 30));
-    for (const auto &c : cases) {
-        QByteArray out, err;
-        EXPECT_EQ(runThumbsIn(c.lang, dir, { u"--frobnicate"_s, dir.path() }, nullptr, &err), 2);
-        EXPECT_TRUE(err.startsWith(c.usageError)) << c.lang << ": " << err.constData();
-        EXPECT_EQ(runThumbsIn(c.lang, dir, { u"--help"_s }, &out), 0);
-        EXPECT_TRUE(out.contains(c.helpLine)) << c.lang << ": " << out.constData();
-        EXPECT_EQ(runThumbsIn(c.lang, dir, { u"--format=png"_s, dir.file(u"pic.png"_s) }, nullptr, &err), 0);
-        EXPECT_TRUE(err.startsWith(c.summary)) << c.lang << ": " << err.constData();
-    }
-}
-
-TEST(CommandLineLanguage, EveryHelpLineFitsEightyColumnsInEveryLanguage)
-{
-    TempDir dir;
-    for (const char *lang : { "C", "de_DE.UTF-8", "fr_FR.UTF-8" }) {
-        for (const QStringList &help :
-            { QStringList { u"--help"_s }, QStringList { u"defaults"_s, u"--help"_s } }) {
-            QByteArray out;
-            ASSERT_EQ(runThumbsIn(lang, dir, help, &out), 0) << lang;
-            const QStringList lines = QString::fromUtf8(out).split(u'\n');
-            EXPECT_GT(lines.size(), 3) << lang;
-            for (const QString &line : lines)
-                EXPECT_LE(line.size(), 80) << lang << ": " << line.toStdString();
-        }
-    }
-}

@@ -243,30 +243,6 @@ TEST(WorkerPool, LaterFileWithTheSameOutputWins)
     EXPECT_TRUE(colourNear(thumb.pixelColor(10, 10), Qt::blue, 2));
 }
 
-TEST(WorkerPool, FileThatOverrunsTheTimeLimitFailsAndTheBatchGoesOn)
-{
-    TempDir dir;
-    ASSERT_TRUE(writeBytes(dir.file(u"loop.ps"_s), LoopingPostScript));
-    ASSERT_TRUE(writeTestImage(dir.file(u"good.png"_s), 60, 40));
-    QByteArray err;
-    EXPECT_EQ(
-        runThumbs(dir, { u"-j1"_s, u"--timeout"_s, u"3"_s, dir.file(u"loop.ps"_s), dir.file(u"good.png"_s) },
-            nullptr, &err),
-        1);
-    EXPECT_TRUE(err.contains(QFile::encodeName(dir.file(u"loop.ps"_s)) + ": timed out after 3 s\n"))
-        << err.toStdString();
-    EXPECT_TRUE(err.contains("1 thumbnail made, 1 failed")) << err.toStdString();
-    EXPECT_TRUE(QFile::exists(dir.file(u"good_thumb.jpg"_s)));
-    EXPECT_EQ(leftovers(dir.file(u"tmp"_s)), QStringList());
-
-    // Nothing the killed worker started (Ghostscript) runs on.
-    QDirIterator processes(u"/proc"_s, QDir::Dirs | QDir::NoDotAndDotDot);
-    while (processes.hasNext()) {
-        const QString cmdline = QString::fromLocal8Bit(readBytes(processes.next() + u"/cmdline"_s));
-        EXPECT_FALSE(cmdline.contains(dir.path())) << cmdline.toStdString();
-    }
-}
-
 TEST(WorkerPool, KilledWorkerAnswersNoAndIsReplacedLeavingNothingBehind)
 {
     TempDir dir;

@@ -48,6 +48,8 @@ QByteArray pngDeclaring(quint32 width, quint32 height);
 /// Writes bytes to path; answers whether all were written.
 bool writeBytes(const QString &path, const QByteArray &bytes);
 QByteArray readBytes(const QString &path);
+/// Every file below folder, hidden ones included, relative to it, sorted.
+QStringList filesBelow(const QString &folder);
 /// The permission bits (07777) of what is at path, links followed; 0 when nothing is there.
 unsigned fileMode(const QString &path);
 /// Loads a file through libvips into an 8-bit RGBA (straight alpha) QImage; a null image on failure.

@@ -112,21 +112,6 @@ TEST_F(ApplicationDelegateTest, TheQuitNeverCutsAJobShortWhenTheJobLetsEventsRun
     ASSERT_TRUE(processEventsUntil([this] { return quits > 0; }, 5000));
 }
 
-TEST_F(ApplicationDelegateTest, WithQuitWhenDoneOffALaunchByDropStaysRunningUntilReopened)
-{
-    UserDefaults::standard().setObject(false, u"QuitWhenDone"_s);
-    EXPECT_TRUE(delegate->applicationOpenFile(picture(u"a.png"_s)));
-    delegate->applicationDidFinishLaunching();
-    EXPECT_FALSE(delegate->shouldQuit());
-    EXPECT_FALSE(panel->isVisible());
-    EXPECT_TRUE(delegate->applicationOpenFile(picture(u"b.png"_s)));
-    EXPECT_FALSE(delegate->isTerminateScheduled());
-    EXPECT_TRUE(delegate->applicationOpenUntitledFile());
-    EXPECT_TRUE(panel->isVisible());
-    QTest::qWait(QuitDelayMs * 2);
-    EXPECT_EQ(quits, 0);
-}
-
 TEST_F(ApplicationDelegateTest, TerminationStoresThePanelOnlyWhenItIsVisible)
 {
     typingLine(*panel, "width")->setText(u"300"_s);
