@@ -2,6 +2,7 @@
 #include "image/VipsBridge_p.h"
 
 #include "image/BitmapImageRep.h"
+#include "image/JpegScaledDecoder_p.h"
 #include "support/Failure.h"
 
 #include <QFile>
@@ -44,6 +45,15 @@ bool decodesWhole(const QString &loader)
         if (loader == QLatin1String(name))
             return true;
     return false;
+}
+
+// The power of two (at most 8) a JPEG is shrunk by on load, given the whole shrink wanted.
+int jpegShrinkFactor(double shrink)
+{
+    int s = 1;
+    while (s < 8 && s * 2 <= shrink)
+        s *= 2;
+    return s;
 }
 
 int clampInt(long long v, int lo, int hi) { return int(std::clamp<long long>(v, lo, hi)); }
@@ -256,16 +266,18 @@ bool ImageSource::tolerateDamage()
 
 VImage ImageSource::load(double shrink, bool sequential) const
 {
+    // Pixels of a JPEG come straight from libjpeg at the reduced scale where it can.
+    VImage direct;
+    if (sequential && m_loader == QLatin1String("jpegload")
+        && loadScaledJpeg(m_path, m_data, jpegShrinkFactor(shrink), m_tolerateDamage, direct))
+        return direct;
     vips::VOption *options
         = VImage::option()
               ->set("access", sequential ? VIPS_ACCESS_SEQUENTIAL : VIPS_ACCESS_RANDOM)
               ->set("fail_on", m_tolerateDamage ? VIPS_FAIL_ON_NONE : VIPS_FAIL_ON_TRUNCATED);
     // Shrink-on-load where the loader offers it: JPEG by powers of two, WebP and SVG by any factor.
     if (shrink >= 2.0 && m_loader == QLatin1String("jpegload")) {
-        int s = 1;
-        while (s < 8 && s * 2 <= shrink)
-            s *= 2;
-        options->set("shrink", s);
+        options->set("shrink", jpegShrinkFactor(shrink));
     } else if (shrink > 1.0
         && (m_loader == QLatin1String("webpload") || m_loader == QLatin1String("svgload"))) {
         options->set("scale", 1.0 / shrink);
