@@ -4,6 +4,7 @@
 #include "image/JpegScaledDecoder_p.h"
 
 #include <QFile>
+#include <algorithm>
 #include <csetjmp>
 #include <cstdio> // jpeglib.h wants FILE declared first
 #include <cstring>
@@ -146,9 +147,19 @@ JpegDecodeResult run(Decoder &d, const unsigned char *data, size_t size, int sca
             return JpegDecodeResult::Failed;
         }
     }
+    // Whole pixels only, as the library's own loader gives them: a last column or row made from
+    // fewer than scale source pixels is dropped (the rows packed again, in place).
+    const int width = std::max(1, int(d.info.image_width) / scale);
+    const int height = std::max(1, int(d.info.image_height) / scale);
+    if (width < d.width)
+        for (int y = 1; y < height; ++y)
+            std::memmove(d.pixels + size_t(y) * size_t(width) * size_t(d.bands),
+                d.pixels + size_t(y) * stride, size_t(width) * size_t(d.bands));
+    d.width = std::min(d.width, width);
+    d.height = std::min(d.height, height);
     // Adobe's CMYK files store the inks inverted.
     if (d.bands == 4 && d.info.saw_Adobe_marker)
-        for (size_t i = 0, n = stride * size_t(d.height); i < n; ++i)
+        for (size_t i = 0, n = size_t(d.width) * size_t(d.height) * 4; i < n; ++i)
             d.pixels[i] = static_cast<unsigned char>(255 - d.pixels[i]);
     return JpegDecodeResult::Decoded;
 }

@@ -20,7 +20,8 @@ VImage testPicture()
     VImage xy = VImage::xyz(203, 151);
     VImage ripples = ((xy[0] + xy[1]) * 9.0).sin() * 100 + 128;
     return (xy[0] * 1.25)
-        .bandjoin({ xy[1] * 1.6, ripples })
+        .bandjoin(xy[1] * 1.6)
+        .bandjoin(ripples)
         .cast(VIPS_FORMAT_UCHAR)
         .copy(VImage::option()->set("interpretation", VIPS_INTERPRETATION_sRGB));
 }
@@ -44,10 +45,10 @@ JpegDecodeResult decode(const QByteArray &jpeg, int scale, bool tolerateDamage, 
 
 double meanDifference(VImage a, VImage b) { return (a.cast(VIPS_FORMAT_FLOAT) - b).abs().avg(); }
 
+// A thumbnail (RGB888, rows padded) as a libvips image.
 VImage vipsOf(const QImage &image)
 {
-    return VImage::new_from_memory_copy(const_cast<uchar *>(image.constBits()), size_t(image.sizeInBytes()),
-        image.width(), image.height(), 3, VIPS_FORMAT_UCHAR);
+    return vipsImageFromBuffer(image.constBits(), image.width(), image.height(), 3, image.bytesPerLine());
 }
 
 struct ScaleCase
@@ -74,15 +75,15 @@ TEST_P(JpegScaledDecode, MatchesTheLibraryLoader)
     else if (GetParam().model == VIPS_INTERPRETATION_B_W)
         picture = picture.colourspace(VIPS_INTERPRETATION_B_W);
     const QByteArray jpeg = jpegOf(picture);
-    VImage expected = VImage::jpegload_buffer(const_cast<char *>(jpeg.constData()), size_t(jpeg.size()),
-        VImage::option()->set("shrink", GetParam().scale));
+    VImage expected = VImage::new_from_buffer(
+        jpeg.constData(), size_t(jpeg.size()), "", VImage::option()->set("shrink", GetParam().scale));
 
     ScaledJpeg decoded;
     ASSERT_EQ(decode(jpeg, GetParam().scale, false, decoded), JpegDecodeResult::Decoded);
     ASSERT_EQ(decoded.width, expected.width());
     ASSERT_EQ(decoded.height, expected.height());
     ASSERT_EQ(decoded.bands, expected.bands());
-    VImage got = VImage::new_from_memory_copy(decoded.pixels.get(),
+    VImage got = VImage::new_from_memory(decoded.pixels.get(),
         size_t(decoded.width) * decoded.height * decoded.bands, decoded.width, decoded.height, decoded.bands,
         VIPS_FORMAT_UCHAR);
     EXPECT_LT(meanDifference(got, expected), 2.0);
@@ -141,7 +142,7 @@ TEST(JpegScaledDecodeDamage, TruncatedDataFailsUnlessDamageIsTolerated)
     EXPECT_FALSE(error.isEmpty());
     EXPECT_FALSE(out.pixels);
     ASSERT_EQ(decode(cut, 2, true, out), JpegDecodeResult::Decoded);
-    EXPECT_EQ(out.width, 102);
+    EXPECT_EQ(out.width, 101);
 
     // Through a source: the first attempt fails, the one that tolerates damage gives the thumbnail.
     TempDir dir;
