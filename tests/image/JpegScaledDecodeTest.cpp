@@ -28,11 +28,12 @@ VImage testPicture()
 
 QByteArray jpegOf(VImage image, bool progressive = false)
 {
-    VipsBlob *blob = image.jpegsave_buffer(VImage::option()->set("Q", 90)->set("interlace", progressive));
+    void *bytes = nullptr;
     size_t size = 0;
-    const void *bytes = vips_blob_get(blob, &size);
+    image.write_to_buffer(
+        ".jpg", &bytes, &size, VImage::option()->set("Q", 90)->set("interlace", progressive));
     QByteArray data(static_cast<const char *>(bytes), qsizetype(size));
-    vips_area_unref(VIPS_AREA(blob));
+    g_free(bytes);
     return data;
 }
 
@@ -45,12 +46,6 @@ JpegDecodeResult decode(const QByteArray &jpeg, int scale, bool tolerateDamage, 
 
 double meanDifference(VImage a, VImage b) { return (a.cast(VIPS_FORMAT_FLOAT) - b).abs().avg(); }
 
-// A thumbnail (RGB888, rows padded) as a libvips image.
-VImage vipsOf(const QImage &image)
-{
-    return vipsImageFromBuffer(image.constBits(), image.width(), image.height(), 3, image.bytesPerLine());
-}
-
 struct ScaleCase
 {
     const char *name;
@@ -58,14 +53,11 @@ struct ScaleCase
     int scale;
 };
 
-class JpegScaledDecode : public testing::TestWithParam<ScaleCase>
-{
-};
+using JpegScaledDecode = testing::TestWithParam<ScaleCase>;
 
 } // namespace
 
-// The same pixels (within the rounding of the fast transforms) and the same size as libvips' loader
-// gives at that shrink, CMYK inks the right way round.
+// The same size and pixels as libvips' loader gives at that shrink, CMYK inks the right way round.
 TEST_P(JpegScaledDecode, MatchesTheLibraryLoader)
 {
     ASSERT_TRUE(ensureVips());
@@ -86,7 +78,7 @@ TEST_P(JpegScaledDecode, MatchesTheLibraryLoader)
     VImage got = VImage::new_from_memory(decoded.pixels.get(),
         size_t(decoded.width) * decoded.height * decoded.bands, decoded.width, decoded.height, decoded.bands,
         VIPS_FORMAT_UCHAR);
-    EXPECT_LT(meanDifference(got, expected), 2.0);
+    EXPECT_LT(meanDifference(got, expected), 0.5);
 }
 
 INSTANTIATE_TEST_SUITE_P(ColourModelsAndScales, JpegScaledDecode,
@@ -113,7 +105,9 @@ TEST(JpegScaledThumbnail, TurnedAndProfiledPicturesComeOutAsTheLibraryShowsThem)
     ASSERT_EQ(thumbnail.size(), QSize(38, 50));
     VImage expected = VImage::thumbnail(turnedPath.toUtf8().constData(), 38,
         VImage::option()->set("height", 50)->set("size", VIPS_SIZE_FORCE));
-    EXPECT_LT(meanDifference(vipsOf(thumbnail), expected), 3.0);
+    EXPECT_LT(meanDifference(
+                  vipsImageFromBuffer(thumbnail.constBits(), 38, 50, 3, thumbnail.bytesPerLine()), expected),
+        3.0);
 
     // Stored in a wider gamut with its profile: the colour is converted back to sRGB.
     VImage red = VImage::black(64, 64, VImage::option()->set("bands", 3))
@@ -143,14 +137,6 @@ TEST(JpegScaledDecodeDamage, TruncatedDataFailsUnlessDamageIsTolerated)
     EXPECT_FALSE(out.pixels);
     ASSERT_EQ(decode(cut, 2, true, out), JpegDecodeResult::Decoded);
     EXPECT_EQ(out.width, 101);
-
-    // Through a source: the first attempt fails, the one that tolerates damage gives the thumbnail.
-    TempDir dir;
-    const QString path = dir.file(u"cut.jpg"_s);
-    ASSERT_TRUE(writeBytes(path, cut));
-    std::shared_ptr<ImageSource> source = ImageSource::open(path, 0, true);
-    ASSERT_TRUE(source);
-    EXPECT_EQ(source->renderScaled(50, 37).size(), QSize(50, 37));
 }
 
 TEST(JpegScaledDecodeDamage, HostileProgressiveFilesAreRefusedQuickly)
