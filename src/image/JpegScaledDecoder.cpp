@@ -5,11 +5,13 @@
 
 #include <QFile>
 #include <algorithm>
+#include <cmath>
 #include <csetjmp>
 #include <cstdio> // jpeglib.h wants FILE declared first
 #include <cstring>
 #include <jerror.h>
 #include <jpeglib.h>
+#include <vector>
 
 namespace orvel {
 
@@ -164,7 +166,93 @@ JpegDecodeResult run(Decoder &d, const unsigned char *data, size_t size, int sca
     return JpegDecodeResult::Decoded;
 }
 
+double lanczos3(double x)
+{
+    x = std::abs(x);
+    if (x < 1e-9)
+        return 1.0;
+    if (x >= 3.0)
+        return 0.0;
+    const double px = M_PI * x;
+    return 3.0 * std::sin(px) * std::sin(px / 3.0) / (px * px);
+}
+
+// The filter taps along one axis: for each output position, the first source index and the
+// normalised weights of the source samples from there (taps past an edge folded onto the edge).
+struct Taps
+{
+    int count = 0;
+    std::vector<int> first;
+    std::vector<float> weights; // count a position
+};
+
+Taps tapsFor(int in, int out)
+{
+    const double scale = double(in) / out;
+    const double widen = std::max(1.0, scale);
+    const int reach = int(std::ceil(3.0 * widen));
+    Taps taps;
+    taps.count = std::min(in, 2 * reach + 2);
+    taps.first.resize(size_t(out));
+    taps.weights.assign(size_t(out) * size_t(taps.count), 0.0f);
+    std::vector<double> w(size_t(taps.count));
+    for (int o = 0; o < out; ++o) {
+        const double centre = (o + 0.5) * scale - 0.5;
+        const int nearest = int(std::floor(centre));
+        const int first = std::clamp(nearest - reach, 0, in - taps.count);
+        std::fill(w.begin(), w.end(), 0.0);
+        double sum = 0.0;
+        for (int i = nearest - reach; i <= nearest + reach + 1; ++i) {
+            const double v = lanczos3((i - centre) / widen);
+            w[size_t(std::clamp(std::clamp(i, 0, in - 1) - first, 0, taps.count - 1))] += v;
+            sum += v;
+        }
+        taps.first[size_t(o)] = first;
+        for (int k = 0; k < taps.count; ++k)
+            taps.weights[size_t(o) * size_t(taps.count) + size_t(k)] = float(w[size_t(k)] / sum);
+    }
+    return taps;
+}
+
 } // namespace
+
+unsigned char *lanczos3Resample(const unsigned char *src, int inW, int inH, int bands, int outW, int outH)
+{
+    const Taps across = tapsFor(inW, outW);
+    const Taps down = tapsFor(inH, outH);
+    // Down first, whole rows at a time (the long loops, over contiguous samples), into floats
+    // (outH × inW); then across into bytes, the samples of a pixel together.
+    const size_t bandCount = size_t(std::min(bands, 4));
+    const size_t inStride = size_t(inW) * bandCount;
+    std::vector<float> middle(size_t(outH) * inStride, 0.0f);
+    for (int y = 0; y < outH; ++y) {
+        const float *w = down.weights.data() + size_t(y) * size_t(down.count);
+        const unsigned char *from = src + size_t(down.first[size_t(y)]) * inStride;
+        float *sums = middle.data() + size_t(y) * inStride;
+        for (int k = 0; k < down.count; ++k, from += inStride)
+            for (size_t i = 0; i < inStride; ++i)
+                sums[i] += w[k] * float(from[i]);
+    }
+    auto *out = static_cast<unsigned char *>(std::malloc(size_t(outW) * size_t(outH) * bandCount));
+    if (!out)
+        return nullptr;
+    for (int y = 0; y < outH; ++y) {
+        const float *row = middle.data() + size_t(y) * inStride;
+        unsigned char *to = out + size_t(y) * size_t(outW) * bandCount;
+        for (int x = 0; x < outW; ++x) {
+            const float *w = across.weights.data() + size_t(x) * size_t(across.count);
+            const float *from = row + size_t(across.first[size_t(x)]) * bandCount;
+            float sum[4] = { 0.0f, 0.0f, 0.0f, 0.0f };
+            for (int k = 0; k < across.count; ++k, from += bandCount)
+                for (size_t b = 0; b < bandCount; ++b)
+                    sum[b] += w[k] * from[b];
+            for (size_t b = 0; b < bandCount; ++b)
+                to[size_t(x) * bandCount + b]
+                    = static_cast<unsigned char>(std::clamp(sum[b] + 0.5f, 0.0f, 255.0f));
+        }
+    }
+    return out;
+}
 
 JpegDecodeResult decodeScaledJpeg(const unsigned char *data, size_t size, int scale, bool tolerateDamage,
     double maxPixels, ScaledJpeg &out, QString *error)

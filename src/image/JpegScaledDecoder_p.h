@@ -49,4 +49,10 @@ enum class JpegDecodeResult {
 bool loadScaledJpeg(
     const QString &path, const QByteArray &data, int scale, bool tolerateDamage, vips::VImage &image);
 
+/// src (inW × inH pixels of bands 8-bit samples, rows tight) resampled to outW × outH with the
+/// Lanczos 3 filter, widened by the reduction factor when reducing (centres aligned, edges extended).
+/// A malloc'd buffer of outW × outH × bands bytes; null when out of memory.
+[[nodiscard]] unsigned char *lanczos3Resample(
+    const unsigned char *src, int inW, int inH, int bands, int outW, int outH);
+
 } // namespace orvel
