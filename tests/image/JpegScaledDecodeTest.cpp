@@ -170,3 +170,20 @@ TEST(JpegScaledDecodeDamage, HostileProgressiveFilesAreRefusedQuickly)
     ASSERT_TRUE(source);
     EXPECT_TRUE(source->renderScaled(128, 128).isNull());
 }
+
+// The direct resampler against the library's Lanczos 3 resize: within a level or two, no shift.
+TEST(JpegScaledThumbnail, DirectResamplingMatchesTheLibraryResize)
+{
+    ASSERT_TRUE(ensureVips());
+    VImage picture = testPicture().copy_memory();
+    size_t size = 0;
+    void *pixels = picture.write_to_memory(&size);
+    std::unique_ptr<unsigned char, ScaledJpeg::FreeDeleter> resampled(
+        lanczos3Resample(static_cast<const unsigned char *>(pixels), 203, 151, 3, 40, 30));
+    g_free(pixels);
+    ASSERT_TRUE(resampled);
+    VImage expected = picture.resize(
+        40.0 / 203, VImage::option()->set("vscale", 30.0 / 151)->set("kernel", VIPS_KERNEL_LANCZOS3));
+    VImage got = VImage::new_from_memory(resampled.get(), 40 * 30 * 3, 40, 30, 3, VIPS_FORMAT_UCHAR);
+    EXPECT_LT(meanDifference(got, expected.extract_area(0, 0, 40, 30)), 1.0);
+}
