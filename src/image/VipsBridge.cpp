@@ -2,6 +2,7 @@
 #include "image/VipsBridge_p.h"
 
 #include "image/BitmapImageRep.h"
+#include "image/PngScaledDecoder_p.h"
 #include "support/Failure.h"
 
 #include <QFile>
@@ -428,9 +429,21 @@ QImage ImageSource::renderScaledOnce(int w, int h)
         const int th = swap ? w : h;
         // Leave at least a factor of two for the final Lanczos step.
         const double shrink = std::min(double(m_rawWidth) / tw, double(m_rawHeight) / th) / 2.0;
-        VImage image = finish(load(shrink, true));
+        // A PNG is shrunk as libpng decodes its rows, in integers, unless it needs what libvips does.
+        using Png = PngScaledDecoder;
+        ShrunkPicture small;
+        const Png::Outcome png = m_loader != u"pngload"
+            ? Png::Outcome::Unsupported
+            : Png::decode(m_path, m_data, tw, th, MaxSourcePixels,
+                m_tolerateDamage ? Png::Damage::Tolerate : Png::Damage::Fail, &small, &m_error);
+        if (png == Png::Outcome::Failed)
+            return {};
+        const bool shrunk = png == Png::Outcome::Decoded;
+        VImage image = shrunk ? vipsImageFromBuffer(small.pixels.data(), small.width, small.height,
+                           small.bands, small.width * small.bands)
+                              : finish(load(shrink, true));
         const bool alpha = image.bands() == 4;
-        if (alpha)
+        if (alpha && !shrunk) // the shrunk PNG is premultiplied already
             image = image.premultiply();
         image = image.resize(double(tw) / image.width(),
             VImage::option()
