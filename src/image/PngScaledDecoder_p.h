@@ -14,6 +14,7 @@ struct ShrunkPicture
     int width = 0;
     int height = 0;
     int bands = 0; // 3 or 4
+    int factor = 1; // source pixels per side of a box; the last column and row may have fewer
 };
 
 /// Decodes PNGs through libpng one row at a time, never holding the whole picture: each row is

@@ -445,10 +445,11 @@ QImage ImageSource::renderScaledOnce(int w, int h)
         const bool alpha = image.bands() == 4;
         if (alpha && !shrunk) // the shrunk PNG is premultiplied already
             image = image.premultiply();
-        image = image.resize(double(tw) / image.width(),
-            VImage::option()
-                ->set("vscale", double(th) / image.height())
-                ->set("kernel", VIPS_KERNEL_LANCZOS3));
+        // The shrunk picture's last column and row may stand for fewer source pixels than a box.
+        const double across = shrunk ? double(m_rawWidth) / small.factor : image.width();
+        const double down = shrunk ? double(m_rawHeight) / small.factor : image.height();
+        image = image.resize(
+            tw / across, VImage::option()->set("vscale", th / down)->set("kernel", VIPS_KERNEL_LANCZOS3));
         image = roundToUchar(exactSize(image, tw, th));
         if (m_applyOrientation)
             image = orient(image, m_orientation);
