@@ -38,6 +38,9 @@ struct Input
     size_t at = 0;
     int fd = -1;
     unsigned char *buffer = nullptr;
+    // Where the file ends early, the last read is given what there is followed by zeros, so that
+    // the rows in those bytes are decoded; a read after that fails.
+    bool padEnd = false;
 };
 
 // Everything used between setjmp and a longjmp out of libpng. Plain data only: a longjmp skips
@@ -65,14 +68,20 @@ void readBytes(png_structp png, png_bytep to, size_t length)
     auto *in = static_cast<Input *>(png_get_io_ptr(png));
     while (length > 0) {
         if (in->at == in->size) {
-            if (in->fd < 0)
-                png_error(png, "the file ends early");
             ssize_t got = 0;
-            do
-                got = ::read(in->fd, in->buffer, ReadBufferSize);
-            while (got < 0 && errno == EINTR);
-            if (got <= 0)
-                png_error(png, got < 0 ? "the file cannot be read" : "the file ends early");
+            if (in->fd >= 0)
+                do
+                    got = ::read(in->fd, in->buffer, ReadBufferSize);
+                while (got < 0 && errno == EINTR);
+            if (got < 0)
+                png_error(png, "the file cannot be read");
+            if (got == 0 && !in->padEnd)
+                png_error(png, "the file ends early");
+            if (got == 0) {
+                in->padEnd = false;
+                memset(to, 0, length);
+                return;
+            }
             in->data = in->buffer;
             in->size = size_t(got);
             in->at = 0;
@@ -249,6 +258,7 @@ PngScaledDecoder::Outcome PngScaledDecoder::decode(const QString &path, const QB
     d.info = png_create_info_struct(d.png);
     if (!d.info)
         return failed(error, QStringLiteral("out of memory"));
+    d.input.padEnd = damage == Damage::Tolerate;
     png_set_read_fn(d.png, &d.input, readBytes);
     png_set_user_limits(d.png, MaxSide, MaxSide);
     png_set_chunk_malloc_max(d.png, MaxChunkBytes);
