@@ -8,7 +8,7 @@ shift || true
 
 packages=(
   build-essential cmake ninja-build pkg-config
-  qt6-base-dev libvips-dev libjpeg62-turbo-dev libpoppler-qt6-dev ghostscript
+  qt6-base-dev libvips-dev libjpeg62-turbo-dev libpng-dev libpoppler-qt6-dev ghostscript
   libgtest-dev libgmock-dev libbenchmark-dev
   libvips-tools time graphicsmagick poppler-utils libjpeg-turbo-progs
   libavformat-dev libavcodec-dev libswscale-dev libavutil-dev ffmpeg ffmpegthumbnailer

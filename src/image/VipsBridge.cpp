@@ -3,6 +3,7 @@
 
 #include "image/BitmapImageRep.h"
 #include "image/JpegScaledDecoder_p.h"
+#include "image/PngScaledDecoder_p.h"
 #include "support/Failure.h"
 
 #include <QFile>
@@ -314,9 +315,9 @@ VImage ImageSource::finish(VImage image) const
     if (image.format() != VIPS_FORMAT_UCHAR)
         image = image.cast(VIPS_FORMAT_UCHAR);
     if (image.bands() == 1)
-        image = image.bandjoin({ image, image });
+        image = VImage::bandjoin({ image, image, image });
     else if (image.bands() == 2)
-        image = image[0].bandjoin({ image[0], image[0], image[1] });
+        image = VImage::bandjoin({ image[0], image[0], image[0], image[1] });
     else if (image.bands() > 4)
         image = image.extract_band(0, VImage::option()->set("n", 4));
     return image;
@@ -440,12 +441,24 @@ QImage ImageSource::renderScaledOnce(int w, int h)
         const int th = swap ? w : h;
         // Leave at least a factor of two for the final Lanczos step.
         const double shrink = std::min(double(m_rawWidth) / tw, double(m_rawHeight) / th) / 2.0;
-        VImage image = finish(load(shrink, true));
+        // A PNG is shrunk as libpng decodes its rows, in integers, unless it needs what libvips does.
+        using Png = PngScaledDecoder;
+        ShrunkPicture small;
+        const Png::Outcome png = m_loader != u"pngload"
+            ? Png::Outcome::Unsupported
+            : Png::decode(m_path, m_data, tw, th, MaxSourcePixels,
+                m_tolerateDamage ? Png::Damage::Tolerate : Png::Damage::Fail, &small, &m_error);
+        if (png == Png::Outcome::Failed)
+            return {};
+        const bool shrunk = png == Png::Outcome::Decoded;
+        VImage image = shrunk ? vipsImageFromBuffer(small.pixels.data(), small.width, small.height,
+                           small.bands, small.width * small.bands)
+                              : finish(load(shrink, true));
         const bool alpha = image.bands() == 4;
-        if (alpha)
+        if (alpha && !shrunk) // the shrunk PNG is premultiplied already
             image = image.premultiply();
-        if (m_loader == QLatin1String("jpegload") && image.bands() == 3 && image.format() == VIPS_FORMAT_UCHAR
-            && double(image.width()) * image.height() <= 4194304.0) {
+        if (!shrunk && m_loader == QLatin1String("jpegload") && image.bands() == 3
+            && image.format() == VIPS_FORMAT_UCHAR && double(image.width()) * image.height() <= 4194304.0) {
             // A JPEG decoded at a reduced scale is small: resampled directly, for a fraction of what
             // the library's threaded resize costs on it.
             size_t size = 0;
@@ -458,10 +471,11 @@ QImage ImageSource::renderScaledOnce(int w, int h)
             image
                 = VImage::new_from_memory_steal(resampled, size_t(tw) * th * 3, tw, th, 3, VIPS_FORMAT_UCHAR);
         } else {
-            image = image.resize(double(tw) / image.width(),
-                VImage::option()
-                    ->set("vscale", double(th) / image.height())
-                    ->set("kernel", VIPS_KERNEL_LANCZOS3));
+            // The shrunk picture's last column and row may stand for fewer source pixels than a box.
+            const double across = shrunk ? double(m_rawWidth) / small.factor : image.width();
+            const double down = shrunk ? double(m_rawHeight) / small.factor : image.height();
+            image = image.resize(
+                tw / across, VImage::option()->set("vscale", th / down)->set("kernel", VIPS_KERNEL_LANCZOS3));
         }
         image = roundToUchar(exactSize(image, tw, th));
         if (m_applyOrientation)
