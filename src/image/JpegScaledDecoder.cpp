@@ -1,16 +1,18 @@
 // JPEG pictures decoded straight at a reduced scale through libjpeg's own interface: the file read
-// in one go, the decoder's DCT scaling doing the shrink, the rows written into one tight buffer.
+// in large blocks, the decoder's DCT scaling doing the shrink, the rows written into one tight buffer.
 // No tiles, threads or small reads around the decoder, which is most of a thumbnail's cost.
 #include "image/JpegScaledDecoder_p.h"
 
 #include <QFile>
 #include <algorithm>
+#include <cerrno>
 #include <cmath>
 #include <csetjmp>
 #include <cstdio> // jpeglib.h wants FILE declared first
 #include <cstring>
 #include <jerror.h>
 #include <jpeglib.h>
+#include <unistd.h>
 #include <vector>
 
 namespace orvel {
@@ -25,8 +27,8 @@ constexpr int MaxScans = 1000;
 constexpr long MaxDecoderMemory = 2L << 30;
 // Larger decoded pictures are left to the streaming loader, which never holds them whole.
 constexpr double MaxBufferPixels = 33554432.0; // 2^25, 96 MiB of RGB
-// Larger files are streamed too rather than read into memory in one go.
-constexpr qint64 MaxFileBytes = 256LL * 1024 * 1024;
+// A file is read in blocks of this size: few system calls, and never the whole file in memory.
+constexpr size_t ReadBlockBytes = 256 * 1024;
 
 // Everything the decode touches between setjmp and a longjmp out of libjpeg lives here (in memory
 // the decoder's callbacks reach through client_data), with no C++ destructors on the way.
@@ -80,13 +82,87 @@ void onProgress(j_common_ptr info)
     }
 }
 
+// The decoder's input from a file descriptor, a block at a time. At the end of a truncated file an
+// end-of-image marker is supplied with a warning, as libjpeg's own sources do, so that damage is
+// judged by the warning handler.
+struct FileSource
+{
+    jpeg_source_mgr manager;
+    int fd;
+    JOCTET *buffer;
+    bool atStart;
+};
+
+void startFileSource(j_decompress_ptr info) { reinterpret_cast<FileSource *>(info->src)->atStart = true; }
+
+boolean fillFromFile(j_decompress_ptr info)
+{
+    auto *source = reinterpret_cast<FileSource *>(info->src);
+    ssize_t n;
+    do
+        n = ::read(source->fd, source->buffer, ReadBlockBytes);
+    while (n < 0 && errno == EINTR);
+    if (n <= 0) {
+        if (source->atStart)
+            ERREXIT(info, JERR_INPUT_EMPTY);
+        WARNMS(info, JWRN_JPEG_EOF);
+        source->buffer[0] = 0xFF;
+        source->buffer[1] = JPEG_EOI;
+        n = 2;
+    }
+    source->manager.next_input_byte = source->buffer;
+    source->manager.bytes_in_buffer = size_t(n);
+    source->atStart = false;
+    return TRUE;
+}
+
+void skipInFile(j_decompress_ptr info, long count)
+{
+    jpeg_source_mgr *source = info->src;
+    if (count <= 0)
+        return;
+    while (size_t(count) > source->bytes_in_buffer) {
+        count -= long(source->bytes_in_buffer);
+        fillFromFile(info);
+    }
+    source->next_input_byte += count;
+    source->bytes_in_buffer -= size_t(count);
+}
+
+void endFileSource(j_decompress_ptr) { }
+
+void useFileSource(j_decompress_ptr info, int fd)
+{
+    auto *source = static_cast<FileSource *>(
+        (*info->mem->alloc_small)(reinterpret_cast<j_common_ptr>(info), JPOOL_PERMANENT, sizeof(FileSource)));
+    source->buffer = static_cast<JOCTET *>(
+        (*info->mem->alloc_large)(reinterpret_cast<j_common_ptr>(info), JPOOL_PERMANENT, ReadBlockBytes));
+    source->fd = fd;
+    source->manager.init_source = startFileSource;
+    source->manager.fill_input_buffer = fillFromFile;
+    source->manager.skip_input_data = skipInFile;
+    source->manager.resync_to_restart = jpeg_resync_to_restart;
+    source->manager.term_source = endFileSource;
+    source->manager.bytes_in_buffer = 0;
+    source->manager.next_input_byte = nullptr;
+    info->src = &source->manager;
+}
+
 int freeProfile(void *profile, void *)
 {
     g_free(profile);
     return 0;
 }
 
-JpegDecodeResult run(Decoder &d, const unsigned char *data, size_t size, int scale, double maxPixels)
+// The JPEG data to decode: bytes in memory, or else an open file.
+struct Input
+{
+    const unsigned char *data;
+    size_t size;
+    int fd;
+};
+
+JpegDecodeResult run(Decoder &d, Input input, int scale, double maxPixels)
 {
     if (setjmp(d.escape))
         return d.headerRead ? JpegDecodeResult::Failed : JpegDecodeResult::Unsupported;
@@ -98,7 +174,10 @@ JpegDecodeResult run(Decoder &d, const unsigned char *data, size_t size, int sca
     d.info.mem->max_memory_to_use = MaxDecoderMemory;
     d.progress.progress_monitor = onProgress;
     d.info.progress = &d.progress;
-    jpeg_mem_src(&d.info, data, static_cast<unsigned long>(size));
+    if (input.data)
+        jpeg_mem_src(&d.info, input.data, static_cast<unsigned long>(input.size));
+    else
+        useFileSource(&d.info, input.fd);
     jpeg_save_markers(&d.info, JPEG_APP0 + 2, 0xFFFF); // the colour profile and nothing else
     if (jpeg_read_header(&d.info, TRUE) != JPEG_HEADER_OK || d.info.data_precision != 8 || d.info.arith_code)
         return JpegDecodeResult::Unsupported;
@@ -254,8 +333,10 @@ unsigned char *lanczos3Resample(const unsigned char *src, int inW, int inH, int 
     return out;
 }
 
-JpegDecodeResult decodeScaledJpeg(const unsigned char *data, size_t size, int scale, bool tolerateDamage,
-    double maxPixels, ScaledJpeg &out, QString *error)
+namespace {
+
+JpegDecodeResult decode(
+    Input input, int scale, bool tolerateDamage, double maxPixels, ScaledJpeg &out, QString *error)
 {
     if (scale != 1 && scale != 2 && scale != 4 && scale != 8)
         return JpegDecodeResult::Unsupported;
@@ -263,7 +344,7 @@ JpegDecodeResult decodeScaledJpeg(const unsigned char *data, size_t size, int sc
     if (!d)
         return JpegDecodeResult::Unsupported;
     d->tolerateDamage = tolerateDamage;
-    const JpegDecodeResult result = run(*d, data, size, scale, maxPixels);
+    const JpegDecodeResult result = run(*d, input, scale, maxPixels);
     jpeg_destroy_decompress(&d->info);
     if (result == JpegDecodeResult::Decoded) {
         out.pixels.reset(d->pixels);
@@ -282,22 +363,33 @@ JpegDecodeResult decodeScaledJpeg(const unsigned char *data, size_t size, int sc
     return result;
 }
 
+} // namespace
+
+JpegDecodeResult decodeScaledJpeg(const unsigned char *data, size_t size, int scale, bool tolerateDamage,
+    double maxPixels, ScaledJpeg &out, QString *error)
+{
+    if (!data || size == 0)
+        return JpegDecodeResult::Unsupported;
+    return decode(Input { data, size, -1 }, scale, tolerateDamage, maxPixels, out, error);
+}
+
 bool loadScaledJpeg(
     const QString &path, const QByteArray &data, int scale, bool tolerateDamage, vips::VImage &image)
 {
-    QByteArray bytes = data;
-    if (bytes.isEmpty()) {
-        QFile file(path);
-        if (!file.open(QIODevice::ReadOnly | QIODevice::Unbuffered) || file.size() > MaxFileBytes)
-            return false;
-        bytes.resize(file.size());
-        if (file.read(bytes.data(), bytes.size()) != bytes.size())
-            return false;
-    }
     ScaledJpeg jpeg;
     QString error;
-    switch (decodeScaledJpeg(reinterpret_cast<const unsigned char *>(bytes.constData()), size_t(bytes.size()),
-        scale, tolerateDamage, MaxBufferPixels, jpeg, &error)) {
+    JpegDecodeResult result;
+    if (!data.isEmpty()) {
+        result = decodeScaledJpeg(reinterpret_cast<const unsigned char *>(data.constData()),
+            size_t(data.size()), scale, tolerateDamage, MaxBufferPixels, jpeg, &error);
+    } else {
+        QFile file(path);
+        if (!file.open(QIODevice::ReadOnly | QIODevice::Unbuffered))
+            return false;
+        result = decode(
+            Input { nullptr, 0, file.handle() }, scale, tolerateDamage, MaxBufferPixels, jpeg, &error);
+    }
+    switch (result) {
     case JpegDecodeResult::Unsupported:
         return false;
     case JpegDecodeResult::Failed:

@@ -41,11 +41,11 @@ enum class JpegDecodeResult {
 [[nodiscard]] JpegDecodeResult decodeScaledJpeg(const unsigned char *data, size_t size, int scale,
     bool tolerateDamage, double maxPixels, ScaledJpeg &out, QString *error = nullptr);
 
-/// The JPEG file at path (or its data, when not empty) decoded at 1/scale as a libvips image that
-/// owns its pixels and carries what the library's own loader would give the colour conversion after
-/// it: the colour interpretation and the embedded profile. False (image untouched) for what is left
-/// to the library's loader: an unusual file, or one too large to hold decoded in one buffer.
-/// Throws vips::VError when the picture is damaged (see decodeScaledJpeg) or refused.
+/// The JPEG file at path (read in blocks; or its data, when not empty) decoded at 1/scale as a libvips image
+/// that owns its pixels and carries what the library's own loader would give the colour conversion after it:
+/// the colour interpretation and the embedded profile. False (image untouched) for what is left to the
+/// library's loader: an unusual file, or one too large to hold decoded in one buffer. Throws vips::VError
+/// when the picture is damaged (see decodeScaledJpeg) or refused.
 bool loadScaledJpeg(
     const QString &path, const QByteArray &data, int scale, bool tolerateDamage, vips::VImage &image);
 
