@@ -180,7 +180,7 @@ TEST(CommandLine, WorkerArgumentsCarryEverySettingWithItsType)
     }
 }
 
-TEST(Progress, LineFitsEveryWidthAndShowsWhatItCan)
+TEST(Progress, LineFitsEveryWidthAndShowsWhatItCanFromStartToEnd)
 {
     const orvel::test::DefaultLocale c(QLocale::c());
     Progress::Status status;
@@ -203,15 +203,10 @@ TEST(Progress, LineFitsEveryWidthAndShowsWhatItCan)
     status.totalKnown = false;
     EXPECT_EQ(
         Progress::formatLine(status, 80), u"12 done 3.0 files/s  IMG_20240812_153012_very_long_name.jpg"_s);
-}
 
-TEST(Progress, BarIsFullWhenDoneAndEmptyAtTheStart)
-{
-    const orvel::test::DefaultLocale c(QLocale::c());
-    Progress::Status status;
+    // The bar is full when done (even past the total) and empty at the start.
+    status = {};
     status.totalKnown = true;
-    status.done = 0;
-    status.total = 0;
     EXPECT_EQ(Progress::formatLine(status, 80), u"0/0 100% [                    ] 0.0 files/s"_s);
     status.total = 4000;
     status.elapsedSeconds = 60;
@@ -221,10 +216,7 @@ TEST(Progress, BarIsFullWhenDoneAndEmptyAtTheStart)
     status.total = 7;
     status.done = 7 * 10;
     EXPECT_TRUE(Progress::formatLine(status, 80).startsWith(u"70/70 100% [====="_s)) << "done beyond total";
-}
 
-TEST(Progress, ElisionKeepsBothEnds)
-{
     EXPECT_EQ(Progress::elideMiddle(u"abcdefghij"_s, 10), u"abcdefghij"_s);
     EXPECT_EQ(Progress::elideMiddle(u"abcdefghij"_s, 9), u"abc...hij"_s);
     EXPECT_EQ(Progress::elideMiddle(u"abcdefghij"_s, 2), u".."_s);
@@ -439,21 +431,14 @@ TEST(CommandLineLanguage, TheTextsComeInTheChosenLanguageAndEveryHelpLineFitsEig
     useTextLanguageOf(QLocale::c());
 }
 
-/// Every long option that --help lists.
-static QStringList longOptionsInHelp()
-{
-    static const QRegularExpression option(
-        u"^ {2,6}(?:-\\w, )?(--[a-z-]+)"_s, QRegularExpression::MultilineOption);
-    QStringList names;
-    for (auto it = option.globalMatch(usageText()); it.hasNext();)
-        names << it.next().captured(1);
-    return names;
-}
-
 TEST(SettingsSchema, TheHelpReadmeCompletionsAndManualPageKnowEveryOptionAndSettingAndWork)
 {
     const QString data = QStringLiteral(ORVEL_SOURCE_DIR "/data/");
-    const QStringList options = longOptionsInHelp();
+    // Every long option that --help lists.
+    const QRegularExpression option(u"^ {2,6}(?:-\\w, )?(--[a-z-]+)"_s, QRegularExpression::MultilineOption);
+    QStringList options;
+    for (auto it = option.globalMatch(usageText()); it.hasNext();)
+        options << it.next().captured(1);
     EXPECT_GE(options.size(), 20);
     // A whole word: --set is not found in --set-string, nor scale in --scale.
     const auto names = [](const QString &text, const QString &name) {

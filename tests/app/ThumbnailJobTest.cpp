@@ -11,6 +11,7 @@
 
 #include <QDir>
 #include <QFileInfo>
+#include <QRandomGenerator>
 #include <QRegularExpression>
 #include <QtEndian>
 #include <gtest/gtest.h>
@@ -23,8 +24,7 @@ using namespace orvel::test;
 
 namespace {
 
-/// A folder of sources, a settings store and a thumbnail cache of the test's own; the job runs in
-/// this process.
+/// Sources, a settings store and a thumbnail cache of the test's own; the job runs in this process.
 class JobFixture
 {
 public:
@@ -125,10 +125,8 @@ constexpr FileTypeCode IconFamily = 0x69636e73; // 'icns'
 bool writeNoisyPng(const QString &path, int side)
 {
     QImage noise(side, side, QImage::Format_RGB32);
-    std::mt19937 random(7);
     for (int y = 0; y < side; ++y)
-        for (int x = 0; x < side; ++x)
-            noise.setPixel(x, y, random() & 0xffffff);
+        QRandomGenerator::global()->fillRange(reinterpret_cast<quint32 *>(noise.scanLine(y)), side);
     return noise.save(path, "PNG");
 }
 

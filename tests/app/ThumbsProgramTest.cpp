@@ -12,6 +12,7 @@
 #include <QDirIterator>
 #include <QFile>
 #include <QFileInfo>
+#include <QRandomGenerator>
 #include <QRegularExpression>
 #include <QStandardPaths>
 #include <QUrl>
@@ -19,7 +20,6 @@
 #include <algorithm>
 #include <functional>
 #include <gtest/gtest.h>
-#include <random>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -151,8 +151,7 @@ TEST(BadInput, EveryBrokenFileFailsAloneWithAReasonAndNothingIsLeftBehind)
     EXPECT_TRUE(lines.last().startsWith("1 thumbnail made, 11 failed, ")) << err.constData();
     // Not a terminal: no progress bar and no control characters.
     EXPECT_FALSE(err.contains('\r') || err.contains('\x1b'));
-    // Only the one good thumbnail was written: no partial outputs, no temporary files, and nothing
-    // the killed worker started (Ghostscript) runs on.
+    // Only the good thumbnail was written, and nothing the killed worker started (Ghostscript) runs on.
     QStringList made
         = QDir(d).entryList(QStringList { u"*thumb*"_s, u".*"_s }, QDir::Files | QDir::Hidden | QDir::System);
     EXPECT_EQ(made, QStringList { u"good_thumb.jpg"_s });
@@ -294,10 +293,8 @@ TEST(CommandLineRun, ThumbnailAndIconSaysWhenAnIconCannotBeStoredAndPassesItsCom
 {
     TempDir dir;
     QImage noise(400, 300, QImage::Format_RGB32);
-    std::mt19937 random(11);
     for (int y = 0; y < noise.height(); ++y)
-        for (int x = 0; x < noise.width(); ++x)
-            noise.setPixel(x, y, random() & 0xffffff);
+        QRandomGenerator::global()->fillRange(reinterpret_cast<quint32 *>(noise.scanLine(y)), noise.width());
     ASSERT_TRUE(noise.save(dir.file(u"pic.png"_s), "PNG"));
     ASSERT_TRUE(noise.save(dir.file(u"kept.png"_s), "PNG"));
     // The icon family of a noisy thumbnail is too large for an attribute, and this companion is a folder.
@@ -325,9 +322,8 @@ TEST(CommandLineRun, ThumbnailAndIconSaysWhenAnIconCannotBeStoredAndPassesItsCom
 
 namespace {
 
-/// Runs orvel-thumbs as runThumbs() does, but as a user who cannot write what the test made
-/// read-only: root writes anywhere, so as root the program runs as "nobody", and the folders it
-/// must write into (writable, and the program's own) are handed to that user.
+/// Runs orvel-thumbs as runThumbs() does, but as a user who cannot write what the test made read-only:
+/// as root, as "nobody", with the folders it must write into (writable, its own) handed to that user.
 int runThumbsUnprivileged(const TempDir &home, const QStringList &args, const QString &writable,
     QByteArray *out = nullptr, QByteArray *err = nullptr)
 {
@@ -468,8 +464,7 @@ QStringList sandboxed(
     return arguments + command;
 }
 
-/// A source of the table: how to make it, the size asked for, the thumbnail's size and the colour
-/// at its centre (none for the picture, whose alpha falls from opaque at the left to clear at the right).
+/// A source, the size asked for, the thumbnail's size and its centre's colour (none: check the alpha ramp).
 struct Source
 {
     const char *name;
