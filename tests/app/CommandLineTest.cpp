@@ -300,17 +300,6 @@ TEST(DefaultsCommand, BadWritesAreUsageErrorsAndChangeNothing)
     EXPECT_EQ(store.objectForKey(u"width"_s), QVariant(qint64(64))); // text read by the key's type
 }
 
-const QString help = usageText();
-QStringList keys;
-for (const SettingKey &key : settingKeys()) {
-    keys << key.key();
-    EXPECT_EQ(documented.value(key.key()), qMakePair(key.typeName(), key.defaultText())) << key.key();
-    EXPECT_TRUE(help.contains(u"  %1 "_s.arg(key.key()))) << key.key();
-}
-keys.sort();
-EXPECT_EQ(documented.keys(), keys);
-}
-
 TEST(SettingsSchema, ReadingAStoreGivesItsValuesOrTheDefaults)
 {
     TempDir dir;
