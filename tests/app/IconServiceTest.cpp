@@ -85,11 +85,14 @@ TEST_F(IconServiceTest, KeysEntriesByTheEscapedFileUri)
     EXPECT_TRUE(IconService::cachePathForFile(QString(), Size::Normal).isEmpty());
 }
 
-TEST_F(IconServiceTest, WritesEveryEntryWithTheStandardTextChunksPrivatelyAndNothingElse)
+TEST_F(IconServiceTest, WritesEveryEntryPrivatelyWithItsTextChunksAndTransparencyAndNothingElse)
 {
     const QString source = makeSource(u"photo with spaces é.jpg"_s, 1000000000);
+    // Left half clear, right half half-transparent red, premultiplied as the engine's pictures are.
+    QImage image = filledImage(1000, 1000, Qt::transparent);
+    QPainter(&image).fillRect(500, 0, 500, 1000, QColor(255, 0, 0, 128));
     const mode_t oldMask = ::umask(0);
-    const bool ok = IconService::setIconForFile(filledImage(2000, 2000, Qt::blue), source, 4);
+    const bool ok = IconService::setIconForFile(image, source, 4);
     ::umask(oldMask);
     ASSERT_TRUE(ok);
 
@@ -110,9 +113,9 @@ TEST_F(IconServiceTest, WritesEveryEntryWithTheStandardTextChunksPrivatelyAndNot
         EXPECT_EQ(entry.text(u"Thumb::URI"_s), uri);
         EXPECT_EQ(entry.text(u"Thumb::MTime"_s), u"1000000000"_s);
         EXPECT_EQ(entry.text(u"Thumb::Size"_s), u"1234"_s);
-        EXPECT_FALSE(entry.text(u"Software"_s).isEmpty());
-        EXPECT_EQ(entry.size(), QSize(int(size), int(size)));
-        EXPECT_TRUE(colourNear(entry.pixelColor(5, 5), Qt::blue, 1));
+        const int w = entry.width();
+        EXPECT_EQ(entry.pixelColor(w / 8, w / 2).alpha(), 0);
+        EXPECT_TRUE(colourNear(entry.pixelColor(w * 7 / 8, w / 2), QColor(255, 0, 0, 128), 2));
     }
     expected.sort();
     EXPECT_EQ(filesBelow(thumbnails()), expected); // no temporary file left behind
@@ -138,27 +141,6 @@ TEST_F(IconServiceTest, ScalesDownToEachSizeButNeverUp)
         for (qsizetype i = 0; i < Folders.size(); ++i)
             EXPECT_EQ(
                 QImageReader(IconService::cachePathForFile(source, Folders[i].first)).size(), c.entries[i]);
-    }
-}
-
-TEST_F(IconServiceTest, KeepsTransparencyOfAnyInputFormat)
-{
-    const QString source = makeSource(u"t.png"_s);
-    for (QImage::Format format :
-        { QImage::Format_RGBA8888_Premultiplied, QImage::Format_ARGB32, QImage::Format_RGBA64 }) {
-        SCOPED_TRACE(int(format));
-        // Left half fully transparent, right half half-transparent red.
-        QImage image = filledImage(1000, 1000, Qt::transparent, format);
-        QPainter(&image).fillRect(500, 0, 500, 1000, QColor(255, 0, 0, 128));
-        ASSERT_TRUE(IconService::setIconForFile(image, source));
-        for (const auto &[size, folder] : Folders) {
-            const QImage entry(IconService::cachePathForFile(source, size));
-            ASSERT_TRUE(entry.hasAlphaChannel()) << folder.toStdString();
-            const int w = entry.width();
-            EXPECT_EQ(entry.pixelColor(w / 8, w / 2).alpha(), 0);
-            EXPECT_TRUE(colourNear(entry.pixelColor(w * 7 / 8, w / 2), QColor(255, 0, 0, 128), 2))
-                << folder.toStdString();
-        }
     }
 }
 

@@ -1,9 +1,11 @@
-// Tests of the worker processes: parallel runs give exactly the files of one-by-one processing, and a
-// worker that hangs or dies costs only its own file.
+// Tests of the worker processes: parallel runs give exactly the files of one-by-one processing, a
+// worker that hangs or dies costs only its own file, workers start only as the queue needs them, and
+// Ghostscript past its time limit is killed and reaped.
 #include "app/batch/WorkerPool.h"
 #include "app/engine/ThumbnailJob.h"
 #include "app/shared/ThumbnailSettings.h"
 #include "files/FolderWalk.h"
+#include "image/PDFImageRep.h"
 #include "support/UserDefaults.h"
 
 #include "testlib/TestSupport.h"
@@ -11,17 +13,19 @@
 #include <QCryptographicHash>
 #include <QDir>
 #include <QDirIterator>
-#include <QFile>
 #include <QFileInfo>
 #include <QMap>
 #include <QProcess>
 #include <QRegularExpression>
+#include <QStandardPaths>
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <cerrno>
 #include <csignal>
 #include <sys/stat.h>
+#include <thread>
 #include <unistd.h>
 
 using namespace Qt::StringLiterals;
@@ -32,11 +36,6 @@ using namespace orvel::test;
 namespace {
 
 const QByteArray LoopingPostScript = "%!PS\n{} loop\n";
-
-QStringList leftovers(const QString &folder)
-{
-    return QDir(folder).entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
-}
 
 /// Every file and folder under root, relative, with a hash of each file's bytes.
 QMap<QString, QByteArray> snapshot(const QString &root)
@@ -55,19 +54,14 @@ QMap<QString, QByteArray> snapshot(const QString &root)
     return result;
 }
 
-/// The entries under root in the order the walk meets them, relative.
+/// The entries under root as the file system lists them, relative.
 QStringList walkOrder(const QString &root)
 {
     QStringList result;
-    const QStringList names = QDir(root).entryList(
-        QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot, QDir::Unsorted);
-    for (const QString &name : names) {
-        result << name;
-        if (QFileInfo(root + u'/' + name).isDir()) {
-            for (const QString &inner : walkOrder(root + u'/' + name))
-                result << name + u'/' + inner;
-        }
-    }
+    QDirIterator it(root, QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot,
+        QDirIterator::Subdirectories);
+    while (it.hasNext())
+        result << it.next().mid(root.size() + 1);
     return result;
 }
 
@@ -138,11 +132,19 @@ QStringList failureLines(const QByteArray &err, const QString &root)
     return lines;
 }
 
-/// The processes of a process group that are running (zombies left out); with a parent, only
-/// that parent's children (of any group).
-QList<qint64> liveProcessesInGroup(qint64 group, qint64 parent = 0)
+struct Process
 {
-    QList<qint64> result;
+    qint64 pid = 0;
+    qint64 parent = 0;
+    qint64 group = 0;
+    bool zombie = false;
+    QByteArray command;
+};
+
+/// Every process on the machine, zombies included.
+QList<Process> processes()
+{
+    QList<Process> result;
     const QStringList entries = QDir(u"/proc"_s).entryList(QDir::Dirs | QDir::NoDotAndDotDot);
     for (const QString &entry : entries) {
         bool isPid = false;
@@ -152,9 +154,31 @@ QList<qint64> liveProcessesInGroup(qint64 group, qint64 parent = 0)
         // "pid (name) state ppid pgrp ...": the name may hold anything, so look after its last ")".
         const QByteArray stat = readBytes(u"/proc/%1/stat"_s.arg(pid));
         const QList<QByteArray> fields = stat.mid(stat.lastIndexOf(')') + 2).split(' ');
-        if (fields.size() > 2 && fields[0] != "Z"
-            && (parent > 0 ? fields[1].toLongLong() == parent : fields[2].toLongLong() == group))
-            result << pid;
+        if (fields.size() > 2)
+            result << Process { pid, fields[1].toLongLong(), fields[2].toLongLong(), fields[0] == "Z",
+                readBytes(u"/proc/%1/cmdline"_s.arg(pid)) };
+    }
+    return result;
+}
+
+/// The running processes (zombies left out) of a process group; with a parent, that parent's children.
+QList<qint64> liveProcessesInGroup(qint64 group, qint64 parent = 0)
+{
+    QList<qint64> result;
+    for (const Process &p : processes()) {
+        if (!p.zombie && (parent > 0 ? p.parent == parent : p.group == group))
+            result << p.pid;
+    }
+    return result;
+}
+
+/// The children of this process, zombies included, whose command line holds word.
+QList<Process> children(const QByteArray &word)
+{
+    QList<Process> result;
+    for (const Process &p : processes()) {
+        if (p.parent == ::getpid() && p.command.contains(word))
+            result << p;
     }
     return result;
 }
@@ -231,37 +255,50 @@ TEST(WorkerPool, LaterFileWithTheSameOutputWins)
 
     ASSERT_EQ(
         runThumbs(dir, options + QStringList { dir.file(u"photo.png"_s), dir.file(u"photo.gif"_s) }), 0);
-    QImage thumb = loadImage(output);
-    ASSERT_FALSE(thumb.isNull());
+    const QImage thumb = loadImage(output);
     EXPECT_EQ(thumb.size(), QSize(40, 30));
     EXPECT_TRUE(colourNear(thumb.pixelColor(10, 10), Qt::red, 2));
-
-    ASSERT_EQ(
-        runThumbs(dir, options + QStringList { dir.file(u"photo.gif"_s), dir.file(u"photo.png"_s) }), 0);
-    thumb = loadImage(output);
-    EXPECT_EQ(thumb.size(), QSize(128, 96));
-    EXPECT_TRUE(colourNear(thumb.pixelColor(10, 10), Qt::blue, 2));
 }
 
-TEST(WorkerPool, KilledWorkerAnswersNoAndIsReplacedLeavingNothingBehind)
+namespace {
+
+/// PostScript that keeps Ghostscript busy for about the given number of loop turns, then draws nothing.
+QByteArray busyPostScript(int turns)
 {
+    return "%!PS\n%%BoundingBox: 0 0 10 10\n0 1 " + QByteArray::number(turns) + " { pop } for\nshowpage\n";
+}
+
+class WorkerPoolRun : public ::testing::Test
+{
+protected:
+    void SetUp() override { ASSERT_TRUE(QDir().mkpath(dir.file(u"tmp"_s))); }
+
+    WorkerPool::Options options(int workers, int timeoutSeconds = 60) const
+    {
+        WorkerPool::Options result;
+        result.executable = thumbsExecutable();
+        result.workers = workers;
+        result.timeoutSeconds = timeoutSeconds;
+        return result;
+    }
+
     TempDir dir;
+    const EnvironmentOverride config { "XDG_CONFIG_HOME", dir.file(u"config"_s) };
+    const EnvironmentOverride temporary { "TMPDIR", dir.file(u"tmp"_s) };
+};
+
+} // namespace
+
+TEST_F(WorkerPoolRun, KilledWorkerAnswersNoAndIsReplacedLeavingNothingBehind)
+{
     ASSERT_TRUE(writeBytes(dir.file(u"loop.ps"_s), LoopingPostScript));
     ASSERT_TRUE(writeTestImage(dir.file(u"good.png"_s), 60, 40));
-    // The workers inherit this process's environment.
-    QDir().mkpath(dir.file(u"tmp"_s));
-    const EnvironmentOverride config("XDG_CONFIG_HOME", dir.file(u"config"_s));
-    const EnvironmentOverride temporary("TMPDIR", dir.file(u"tmp"_s));
     const int descriptorsBefore = openDescriptors();
 
     QList<WorkerPool::Result> results;
     QList<qint64> workers;
     {
-        WorkerPool::Options options;
-        options.executable = thumbsExecutable();
-        options.workers = 1;
-        options.timeoutSeconds = 0;
-        WorkerPool pool(options, [&](const WorkerPool::Result &result) { results << result; });
+        WorkerPool pool(options(1, 0), [&](const WorkerPool::Result &result) { results << result; });
 
         pool.submit(1, dir.file(u"loop.ps"_s), dir.file(u"loop_thumb.jpg"_s));
         ASSERT_EQ(pool.runningCount(), 1);
@@ -280,13 +317,11 @@ TEST(WorkerPool, KilledWorkerAnswersNoAndIsReplacedLeavingNothingBehind)
     }
 
     ASSERT_EQ(results.size(), 2);
-    EXPECT_EQ(results[0].tag, 1);
     EXPECT_FALSE(results[0].ok);
     EXPECT_TRUE(results[0].reason.startsWith(u"the decoder crashed (signal 9"_s))
         << results[0].reason.toStdString();
     EXPECT_EQ(results[1].tag, 2);
     EXPECT_TRUE(results[1].ok) << results[1].reason.toStdString();
-    EXPECT_TRUE(QFile::exists(dir.file(u"good_thumb.jpg"_s)));
     EXPECT_EQ(results[1].bytesWritten, QFileInfo(dir.file(u"good_thumb.jpg"_s)).size());
     EXPECT_EQ(results[0].bytesWritten, 0);
 
@@ -297,7 +332,7 @@ TEST(WorkerPool, KilledWorkerAnswersNoAndIsReplacedLeavingNothingBehind)
         EXPECT_EQ(liveProcessesInGroup(pid), QList<qint64>());
     }
     EXPECT_EQ(openDescriptors(), descriptorsBefore);
-    EXPECT_EQ(leftovers(dir.file(u"tmp"_s)), QStringList());
+    EXPECT_TRUE(QDir(dir.file(u"tmp"_s)).isEmpty(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot));
 }
 
 TEST(WorkerPool, WorkersEndWithTheBatchEvenWhenItIsKilled)
@@ -326,4 +361,78 @@ TEST(WorkerPool, WorkersEndWithTheBatchEvenWhenItIsKilled)
     for (int i = 0; i < 500 && !liveProcessesInGroup(worker).isEmpty(); ++i)
         ::usleep(10000);
     EXPECT_EQ(liveProcessesInGroup(worker), QList<qint64>());
+}
+
+TEST_F(WorkerPoolRun, ShortBatchStartsOneWorkerOnly)
+{
+    for (int i = 0; i < 3; ++i)
+        ASSERT_TRUE(writeTestImage(dir.file(u"p%1.png"_s.arg(i)), 40, 30));
+    QList<WorkerPool::Result> results;
+    WorkerPool pool(options(4), [&](const WorkerPool::Result &result) { results << result; });
+    pool.setFilesLeft(3);
+    for (int i = 0; i < 3; ++i)
+        pool.submit(i, dir.file(u"p%1.png"_s.arg(i)), dir.file(u"p%1_thumb.jpg"_s.arg(i)));
+    pool.waitForAll();
+
+    ASSERT_EQ(results.size(), 3);
+    for (const WorkerPool::Result &result : results)
+        EXPECT_TRUE(result.ok) << result.reason.toStdString();
+    EXPECT_EQ(pool.startedWorkerCount(), 1);
+    EXPECT_EQ(children("--worker").size(), 1);
+}
+
+TEST_F(WorkerPoolRun, QueueThatKeepsTheWorkerBusyStartsAnotherThatTakesFiles)
+{
+    if (QStandardPaths::findExecutable(u"gs"_s).isEmpty())
+        GTEST_SKIP() << "Ghostscript (gs) is not installed";
+    // Files of a few tenths of a second each: far longer than a worker's start.
+    constexpr int Files = 4;
+    for (int i = 0; i < Files; ++i)
+        ASSERT_TRUE(writeBytes(dir.file(u"slow%1.ps"_s.arg(i)), busyPostScript(12'000'000)));
+    QList<WorkerPool::Result> results;
+    QList<qint64> busyWorkers;
+    WorkerPool pool(options(2), [&](const WorkerPool::Result &result) { results << result; });
+    for (int i = 0; i < Files; ++i) {
+        pool.submit(i, dir.file(u"slow%1.ps"_s.arg(i)), dir.file(u"slow%1_thumb.jpg"_s.arg(i)));
+        for (qint64 pid : pool.workerProcessIds().mid(0, pool.runningCount()))
+            if (!busyWorkers.contains(pid))
+                busyWorkers << pid;
+    }
+    pool.waitForAll();
+
+    ASSERT_EQ(results.size(), Files);
+    EXPECT_EQ(pool.startedWorkerCount(), 2);
+    // Both workers had files, none was started for nothing, and both still wait for more.
+    EXPECT_EQ(busyWorkers.size(), 2);
+    EXPECT_EQ(children("--worker").size(), 2);
+}
+
+TEST(GhostscriptRun, OverrunIsKilledAndReapedAndRunsInTheCallersGroup)
+{
+    if (QStandardPaths::findExecutable(u"gs"_s).isEmpty())
+        GTEST_SKIP() << "Ghostscript (gs) is not installed";
+    const QByteArray looping = "%!PS\n%%BoundingBox: 0 0 10 10\n{ } loop\n";
+    QString error;
+    std::atomic<bool> done = false;
+    std::thread render([&] {
+        (void)renderPostScriptPage(looping, QRectF(0, 0, 10, 10), QSize(10, 10), 1, &error);
+        done = true;
+    });
+    QList<Process> seen;
+    while (!done && seen.isEmpty()) {
+        for (const Process &child : children("-dSAFER")) {
+            if (!child.zombie)
+                seen << child;
+        }
+        ::usleep(5000);
+    }
+    render.join();
+
+    EXPECT_EQ(error, u"PostScript conversion timed out after 1 s"_s);
+    ASSERT_EQ(seen.size(), 1);
+    // In this process's group, so that ending the group (the worker's watchdog) ends it too.
+    EXPECT_EQ(seen[0].group, qint64(::getpgrp()));
+    // Killed and reaped: not even a zombie is left.
+    EXPECT_EQ(::kill(pid_t(seen[0].pid), 0), -1);
+    EXPECT_EQ(errno, ESRCH);
 }
