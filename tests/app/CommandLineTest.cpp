@@ -10,6 +10,7 @@
 
 #include "testlib/TestSupport.h"
 
+#include <QMap>
 #include <QRegularExpression>
 
 #include <gtest/gtest.h>
@@ -418,6 +419,28 @@ TEST(CommandLineLanguage, TheTextsComeInTheChosenLanguageAndEveryHelpLineFitsEig
             EXPECT_LE(line.size(), 80) << line;
     }
     useTextLanguageOf(QLocale::c());
+}
+
+// The README's settings table (| `key`, `key` | type | default | meaning |) says what the schema says.
+TEST(SettingsSchema, TheReadmeTableGivesEachKeyItsTypeAndDefault)
+{
+    const QString text = QString::fromUtf8(test::readBytes(QStringLiteral(ORVEL_SOURCE_DIR "/README.md")));
+    const qsizetype start = text.indexOf(u"\n## Settings\n"_s);
+    ASSERT_GE(start, 0);
+    QMap<QString, QPair<QString, QString>> documented;
+    static const QRegularExpression row(u"^\\| (`[^|]+`) \\| (\\w+) \\| `?([^|`]*?)`? \\|"_s);
+    for (const QString &line : text.mid(start, text.indexOf(u"\n## "_s, start + 1) - start).split(u'\n')) {
+        const QRegularExpressionMatch m = row.match(line);
+        for (QString key : m.hasMatch() ? m.captured(1).split(u", "_s) : QStringList())
+            documented.insert(key.remove(u'`'), { m.captured(2), m.captured(3) });
+    }
+    QStringList keys;
+    for (const SettingKey &key : settingKeys()) {
+        keys << key.key();
+        EXPECT_EQ(documented.value(key.key()), qMakePair(key.typeName(), key.defaultText())) << key.key();
+    }
+    keys.sort();
+    EXPECT_EQ(documented.keys(), keys);
 }
 
 TEST(SettingsSchema, TheHelpReadmeCompletionsAndManualPageKnowEveryOptionAndSettingAndWork)
