@@ -280,17 +280,15 @@ QByteArray crlf(QByteArray text) { return text.replace("\n", "\r\n"); }
 
 TEST(ExportedCards, MacContacts)
 {
-    const std::optional<Person> p = readFile(
-        crlf("BEGIN:VCARD\nVERSION:3.0\nPRODID:-//Apple Inc.//macOS 13.4//EN\nN:Holt;Mara;Jo;Dr.;\n"
-             "FN:Dr. Mara Jo Holt\nNICKNAME:Mo\nORG:Widgets\\, Inc.;Research\nTITLE:Engineer\n"
-             "EMAIL;type=INTERNET;type=HOME:mara@home.example\n"
-             "EMAIL;type=INTERNET;type=WORK;type=pref:mara@widgets.example\n"
-             "TEL;type=CELL;type=VOICE;type=pref:+1 555 0100\nTEL;type=WORK;type=VOICE:+1 555 0101\n"
-             "item1.TEL:+1 555 0102\nitem1.X-ABLabel:_$!<Other>!$_\n" item3.URL;
-             type = pref:https
-             : // mara.example\n"
-             "item4.URL:https://blog.example\nitem4.X-ABLabel:Blog\nitem3.X-ABLabel:_$!<HomePage>!$_\n"
-             "X-ABShowAs:COMPANY\nEND:VCARD\n"));
+    const std::optional<Person> p = readFile(crlf(
+        "BEGIN:VCARD\nVERSION:3.0\nPRODID:-//Apple Inc.//macOS 13.4//EN\nN:Holt;Mara;Jo;Dr.;\n"
+        "FN:Dr. Mara Jo Holt\nNICKNAME:Mo\nORG:Widgets\\, Inc.;Research\nTITLE:Engineer\n"
+        "EMAIL;type=INTERNET;type=HOME:mara@home.example\n"
+        "EMAIL;type=INTERNET;type=WORK;type=pref:mara@widgets.example\n"
+        "TEL;type=CELL;type=VOICE;type=pref:+1 555 0100\nTEL;type=WORK;type=VOICE:+1 555 0101\n"
+        "item1.TEL:+1 555 0102\nitem1.X-ABLabel:_$!<Other>!$_\nitem3.URL;type=pref:https://mara.example\n"
+        "item4.URL:https://blog.example\nitem4.X-ABLabel:Blog\nitem3.X-ABLabel:_$!<HomePage>!$_\n"
+        "X-ABShowAs:COMPANY\nEND:VCARD\n"));
     ASSERT_TRUE(p);
     EXPECT_EQ(p->proposedName(), "Widgets, Inc. - Mara Jo Holt");
     EXPECT_TRUE(p->showAsCompany());
