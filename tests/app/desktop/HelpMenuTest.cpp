@@ -7,6 +7,7 @@
 #include "support/UserDefaults.h"
 #include "testlib/TestSupport.h"
 
+#include <QAbstractButton>
 #include <QAction>
 #include <QApplication>
 #include <QMenu>
