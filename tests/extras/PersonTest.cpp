@@ -113,8 +113,6 @@ TEST(HomePage, HomePagePropertyThenFirstUrl)
     p.setValue(PersonProperty::HomePage, QVariant());
     p.setValue(PersonProperty::URLs, multi({ QUrl(u"https://b.example"_s) }));
     EXPECT_TRUE(p.homePage().isNull());
-    p.setValue(PersonProperty::URLs, u"https://single.example"_s);
-    EXPECT_EQ(p.homePage(), "https://single.example");
 }
 
 TEST(StringForProperty, AddressLinesAndLabelledValues)

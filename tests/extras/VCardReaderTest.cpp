@@ -1,6 +1,4 @@
-// The vCard reader on cards as the major exporters write them, read from real files, and on what
-// real exports and hostile files do: folding, encodings, parameter forms, escapes, groups, several
-// and broken cards, and input past every limit.
+// The vCard reader on real exports and on broken and hostile input past every limit.
 #include "extras/VCardReader.h"
 
 #include "testlib/TestSupport.h"
@@ -60,7 +58,6 @@ TEST(NoteText, FoldingEscapesAndEncodingsDecodeAsWritten)
 {
     const ReadCase cases[] = {
         { "CR LF space", card("NOTE:Long li\r\n ne\r\n"), "Long line" },
-        { "LF tab", card("NOTE:Long li\n\tne\n"), "Long line" },
         { "lone CR", card("NOTE:Long li\r ne\r"), "Long line" },
         { "inside a UTF-8 sequence",
             card("NOTE:Gr\xC3\r\n \xBC\xC3\r\n \x9F"
@@ -73,10 +70,6 @@ TEST(NoteText, FoldingEscapesAndEncodingsDecodeAsWritten)
         { "bare 2.1 encoding", card("NOTE;QUOTED-PRINTABLE:x=20y\r\n", "2.1"), "x y" },
         { "broken escape kept", card("NOTE;ENCODING=QUOTED-PRINTABLE:100=% =ZZ\r\n"), "100=% =ZZ" },
         { "windows-1251", card("NOTE;CHARSET=windows-1251:\xC8\xE2\xE0\xED\r\n"), u"Иван"_s },
-        { "Mac Roman", card("NOTE;CHARSET=macintosh:Caf\x8E\r\n"), u"Café"_s },
-        { "ISO-8859-15", card("NOTE;CHARSET=\"ISO-8859-15\":\xA4 5\r\n"), u"€ 5"_s },
-        { "quoted-printable Latin-1", card("NOTE;ENCODING=QUOTED-PRINTABLE;CHARSET=ISO-8859-1:=E9t=E9\r\n"),
-            u"été"_s },
         { "quoted-printable CR LF in a code page",
             card("NOTE;ENCODING=QUOTED-PRINTABLE;CHARSET=Windows-1252:5 =80=0D=0A=\r\nnext\r\n", "2.1"),
             u"5 €\nnext"_s },
@@ -91,12 +84,10 @@ TEST(NoteText, FoldingEscapesAndEncodingsDecodeAsWritten)
 TEST(StructuredValues, EscapedSeparatorsStayInTheirComponent)
 {
     const std::optional<Person> p = read("N:O\\;Brien;Ann\\, Jo;;;\r\n"
-                                         "ORG:Smith\\, Jones \\; Co;Law\\;Tax\r\n"
-                                         "ADR:;;Flat 1\\, 2 High St;Leeds;;LS1 1AA;UK;extra\r\n");
+                                         "ORG:Smith\\, Jones \\; Co;Law\\;Tax\r\n");
     ASSERT_TRUE(p);
     EXPECT_EQ(p->valueForProperty(PersonProperty::Last).toString(), "O;Brien");
     EXPECT_EQ(p->valueForProperty(PersonProperty::First).toString(), "Ann, Jo");
-    EXPECT_FALSE(p->valueForProperty(PersonProperty::Middle).isValid());
     EXPECT_EQ(p->valueForProperty(PersonProperty::Organization).toString(), "Smith, Jones ; Co");
     EXPECT_EQ(p->valueForProperty(PersonProperty::Department).toString(), "Law;Tax");
     EXPECT_EQ(first(card("ADR:;;Flat 1\\, 2 High St;Leeds;;LS1 1AA;UK\r\n"), PersonProperty::Address),
@@ -134,7 +125,6 @@ TEST(PrimaryByParameter, MarksTheRightValue)
         { "list with pref", card("EMAIL:a@x\r\nEMAIL;TYPE=\"home,pref\":b@x\r\n"), "b@x" },
         { "lowest PREF", card("EMAIL;PREF=3:a@x\r\nEMAIL;PREF=1:b@x\r\nEMAIL;PREF=2:c@x\r\n", "4.0"), "b@x" },
         { "bare PREF", card("EMAIL;INTERNET:a@x\r\nEMAIL;PREF;INTERNET:b@x\r\n", "2.1"), "b@x" },
-        { "first of two prefs", card("EMAIL;TYPE=pref:a@x\r\nEMAIL;TYPE=pref:b@x\r\n"), "a@x" },
         { "bad PREF ignored", card("EMAIL:a@x\r\nEMAIL;PREF=zero:b@x\r\n", "4.0"), "a@x" },
     };
     for (const ReadCase &c : cases) {
@@ -162,8 +152,7 @@ TEST(Parameters, ListsQuotesAndCase)
     EXPECT_EQ(shown(*org, PersonProperty::Phone), "work: +44-20-7946");
 }
 
-// Every form decodes to the same bytes ("Hello!?", whose base64 has both 62 and 63 in it), and the
-// property after the picture is still read.
+// Every form decodes to the same bytes (base64 with both 62 and 63); the next property is still read.
 TEST(EmbeddedPhoto, EveryFormDecodesToTheBytes)
 {
     const struct
@@ -180,7 +169,6 @@ TEST(EmbeddedPhoto, EveryFormDecodesToTheBytes)
             "2.1" },
         { "no ENCODING parameter", "PHOTO;TYPE=JPEG:SGVsbG8hP//+\r\n", "3.0" },
         { "4.0 data URI, any case", "PHOTO:DATA:image/jpeg;BASE64,SGVsbG8hP//+\r\n", "3.0" },
-        { "4.0 data URI", "PHOTO:data:image/jpeg;base64,SGVsbG8hP//+\r\n", "4.0" },
     };
     for (const auto &c : cases) {
         const std::optional<Person> p = read(c.lines + "NOTE:after\r\n", c.version);
@@ -216,7 +204,6 @@ TEST(BrokenInput, NilOrWhatCouldBeRead)
     const ReadCase cases[] = {
         { "empty", "", nil },
         { "no BEGIN", "VERSION:3.0\r\nN:Holt;Mara\r\nEND:VCARD\r\n", nil },
-        { "not a vCard", "BEGIN:VCALENDAR\r\nN:x\r\nEND:VCALENDAR\r\n", nil },
         { "binary", QByteArray("\x00\x01\xFF\xFE\x00\x00\x0A", 7), nil },
         { "no END", "BEGIN:VCARD\r\nN:Holt;Mara\r\nEMAIL:m@x\r\n", "Mara Holt" },
         { "cut inside the last line", "BEGIN:VCARD\r\nN:Holt;Mara\r\nNICKNAME:Mo", "Mara Holt" },
@@ -289,46 +276,25 @@ TEST(Limits, ManyCardsAndNestingStayLinear)
     EXPECT_EQ(readVCards(data, 10).size(), 10);
 }
 
-// ---- Cards as the major exporters write them ----
-
 QByteArray crlf(QByteArray text) { return text.replace("\n", "\r\n"); }
-
-QStringList labels(const Person &p, QStringView property)
-{
-    const QVariant value = p.valueForProperty(property);
-    const MultiValue *m = MultiValue::fromVariant(value);
-    QStringList out;
-    for (qsizetype i = 0; m && i < m->count(); ++i)
-        out.append(m->labelAtIndex(i));
-    return out;
-}
 
 TEST(ExportedCards, MacContacts)
 {
-    const std::optional<Person> p = readFile(
-        crlf("BEGIN:VCARD\nVERSION:3.0\nPRODID:-//Apple Inc.//macOS 13.4//EN\nN:Holt;Mara;Jo;Dr.;\n"
-             "FN:Dr. Mara Jo Holt\nNICKNAME:Mo\nORG:Widgets\\, Inc.;Research\nTITLE:Engineer\n"
-             "EMAIL;type=INTERNET;type=HOME:mara@home.example\n"
-             "EMAIL;type=INTERNET;type=WORK;type=pref:mara@widgets.example\n"
-             "TEL;type=CELL;type=VOICE;type=pref:+1 555 0100\nTEL;type=WORK;type=VOICE:+1 555 0101\n"
-             "item1.TEL:+1 555 0102\nitem1.X-ABLabel:_$!<Other>!$_\n"
-             "item2.ADR;type=HOME;type=pref:;;1 Main St\\nApt 2;Springfield;IL;62701;USA\n"
-             "item2.X-ABADR:us\nitem3.URL;type=pref:https://mara.example\n"
-             "item4.URL:https://blog.example\nitem4.X-ABLabel:Blog\nitem3.X-ABLabel:_$!<HomePage>!$_\n"
-             "IMPP;X-SERVICE-TYPE=AIM;type=HOME;type=pref:aim:maraholt\nX-AIM;type=HOME:maraholt\n"
-             "IMPP;X-SERVICE-TYPE=Jabber;type=HOME:xmpp:mara@jabber.example\n"
-             "NOTE:Met at the fair\\, 2019.\\nLikes tea\\; hates coffee.\nBDAY;value=date:1980-05-01\n"
-             "X-ABShowAs:COMPANY\nEND:VCARD\n"));
+    const std::optional<Person> p = readFile(crlf(
+        "BEGIN:VCARD\nVERSION:3.0\nPRODID:-//Apple Inc.//macOS 13.4//EN\nN:Holt;Mara;Jo;Dr.;\n"
+        "FN:Dr. Mara Jo Holt\nNICKNAME:Mo\nORG:Widgets\\, Inc.;Research\nTITLE:Engineer\n"
+        "EMAIL;type=INTERNET;type=HOME:mara@home.example\n"
+        "EMAIL;type=INTERNET;type=WORK;type=pref:mara@widgets.example\n"
+        "TEL;type=CELL;type=VOICE;type=pref:+1 555 0100\nTEL;type=WORK;type=VOICE:+1 555 0101\n"
+        "item1.TEL:+1 555 0102\nitem1.X-ABLabel:_$!<Other>!$_\nitem3.URL;type=pref:https://mara.example\n"
+        "item4.URL:https://blog.example\nitem4.X-ABLabel:Blog\nitem3.X-ABLabel:_$!<HomePage>!$_\n"
+        "X-ABShowAs:COMPANY\nEND:VCARD\n"));
     ASSERT_TRUE(p);
     EXPECT_EQ(p->proposedName(), "Widgets, Inc. - Mara Jo Holt");
     EXPECT_TRUE(p->showAsCompany());
-    EXPECT_EQ(p->valueForProperty(PersonProperty::Title).toString(), "Dr.");
     EXPECT_EQ(p->primaryEmail(), "mara@widgets.example");
-    EXPECT_EQ(labels(*p, PersonProperty::Phone), (QStringList { "mobile", "work", "other" }));
+    EXPECT_EQ(shown(*p, PersonProperty::Phone), "mobile: +1 555 0100\nwork: +1 555 0101\nother: +1 555 0102");
     EXPECT_EQ(p->homePage(), "https://mara.example");
-    EXPECT_EQ(ABValuesForKey(*p, PersonProperty::AIMInstant), QStringList { "maraholt" });
-    EXPECT_EQ(p->valueForProperty(PersonProperty::Birthday).toDate(), QDate(1980, 5, 1));
-    EXPECT_EQ(shown(*p, PersonProperty::Address), "home: 1 Main St\nApt 2\nSpringfield, IL 62701\nUSA");
 }
 
 TEST(ExportedCards, FullNameAloneNamesThePersonAndAReferencedPhotoIsKeptAsItsAddress)
@@ -340,23 +306,15 @@ TEST(ExportedCards, FullNameAloneNamesThePersonAndAReferencedPhotoIsKeptAsItsAdd
     EXPECT_EQ(p->valueForProperty(PersonProperty::Photo).toUrl(), QUrl(u"https://pics.example/b.jpg"_s));
 }
 
-TEST(Files, MissingOrEmptyFileIsNil)
+TEST(Files, MissingOrEmptyFileIsNilAndOfSeveralCardsTheFirstIsThePerson)
 {
     const test::TempDir dir;
     EXPECT_FALSE(Person::initWithContentsOfFile(dir.file(u"none.vcf"_s)));
     EXPECT_FALSE(Person::initWithContentsOfFile(QString()));
     EXPECT_FALSE(Person::initWithContentsOfFile(dir.path()));
     EXPECT_FALSE(readFile(QByteArray()));
-}
-
-TEST(Files, SeveralCardsTheFirstIsThePerson)
-{
-    const QByteArray cards = "BEGIN:VCARD\nN:One;A\nEND:VCARD\nBEGIN:VCARD\nN:Two;B\nEND:VCARD\n"
-                             "BEGIN:VCARD\nN:Three;C\nEND:VCARD\n";
-    EXPECT_EQ(readFile(cards)->proposedName(), "A One");
-    const QList<Person> all = readVCards(cards);
-    ASSERT_EQ(all.size(), 3);
-    EXPECT_EQ(all.at(2).proposedName(), "C Three");
+    EXPECT_EQ(readFile("BEGIN:VCARD\nN:One;A\nEND:VCARD\nBEGIN:VCARD\nN:Two;B\nEND:VCARD\n")->proposedName(),
+        "A One");
 }
 
 } // namespace

@@ -1,5 +1,4 @@
-// The Help menu's actions: system version and distribution, the pages they open, the help book;
-// the bundle's information strings, folders and plug-ins.
+// The Help menu's actions and the pages they open; the bundle's information, folders and plug-ins.
 #include "support/HelpActions.h"
 #include "support/BundleFolders.h"
 #include "support/UrlCatcher.h"
@@ -17,8 +16,7 @@ using namespace orvel;
 using namespace Qt::StringLiterals;
 using orvel::test::UrlCatcher;
 
-// Installs the help book in the user's (temporary) data folder before any test makes the main bundle,
-// which looks for its folders once.
+// Installs the help book before any test makes the main bundle, which looks for its folders once.
 class HelpBook : public ::testing::Environment
 {
 public:
@@ -85,7 +83,6 @@ TEST(HelpActions, FeedbackNamesProductVersionDistributionAndProcessor)
     ASSERT_TRUE(HelpActions::feedback());
     const QUrlQuery query(catcher.urls.value(0));
     EXPECT_EQ(catcher.urls.value(0).path(), u"/redirect.php"_s);
-    EXPECT_EQ(query.queryItemValue(u"name"_s), QString());
     const QString subject = query.queryItemValue(u"subject"_s, QUrl::FullyDecoded);
     EXPECT_TRUE(subject.startsWith(u"Orvel Thumbnails " ORVEL_VERSION ", "_s)) << subject;
     EXPECT_TRUE(subject.endsWith(
@@ -150,11 +147,8 @@ TEST(BundlePlugins, FindsQtPluginsAndFiltersByClass)
     orvel::test::TempDir dir;
     ASSERT_TRUE(QFile::copy(u"" ORVEL_TEST_PLUGIN ""_s, dir.file("libsample.so")));
     ASSERT_TRUE(orvel::test::writeBytes(dir.file("notes.txt"), "not a plug-in"));
-    ASSERT_TRUE(orvel::test::writeBytes(dir.file("libfake.so"),
-        QByteArray("\x7f"
-                   "ELF",
-            4)
-            + QByteArray(100, '\0')));
+    ASSERT_TRUE(
+        orvel::test::writeBytes(dir.file("libfake.so"), "\x7f" + QByteArray("ELF").leftJustified(100, '\0')));
     ASSERT_TRUE(QDir(dir.path()).mkdir(u"sub.so"_s));
 
     EXPECT_EQ(Bundle::OrvelWebKitBundle(), nullptr) << "no web part until a plug-in brings one";
@@ -168,7 +162,6 @@ TEST(BundlePlugins, FindsQtPluginsAndFiltersByClass)
     EXPECT_EQ(Bundle::loadPluginsOfClass(u"OrvelSampleBase"_s, dir.path()).size(), 0) << "exactly the class";
     EXPECT_EQ(Bundle::loadPluginsOfClassName(u"OrvelSampleBase"_s, dir.path()).size(), 1)
         << "contains the class";
-    EXPECT_EQ(Bundle::loadPluginsOfClassName(u"QWidget"_s, dir.path()).size(), 0);
 
     EXPECT_TRUE(Bundle::loadBundleIfAvailable(dir.file("libsample.so")));
     EXPECT_FALSE(Bundle::loadBundleIfAvailable(dir.file("notes.txt")));

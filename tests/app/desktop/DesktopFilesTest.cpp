@@ -1,6 +1,4 @@
-// Tests of the desktop integration files: validated by the desktop's own tools, every MIME type
-// offered one that the application reads and every type it reads offered, the file managers'
-// context-menu actions running the program, and an install that puts everything where desktops look.
+// The desktop integration files: validated, their MIME types, the file managers' actions, an install.
 #include "image/Image.h"
 #include "movie/Movie.h"
 #include "testlib/TestSupport.h"
@@ -8,7 +6,6 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QMap>
 #include <QMimeDatabase>
 #include <QProcess>
 #include <QSet>
@@ -62,8 +59,7 @@ TEST(DesktopFiles, TheDesktopToolsFindNothingWrongButTheServiceTypesOwnKeys)
         EXPECT_TRUE(tool != u"desktop-file-validate" || out.isEmpty()) << "warnings: " << out.toStdString();
         if (tool != u"desktop-file-validate")
             continue;
-        // It knows application entries only: of the service menu it may report the keys that KDE's
-        // service type adds to the format, and nothing else.
+        // Of the service menu it may report only the keys that KDE's service type adds.
         runProgram(tool, { staged(u"kio-servicemenus/org.orvel.Thumbnails.desktop"_s) }, &out);
         for (const QByteArray &line : out.trimmed().split('\n'))
             EXPECT_TRUE(line.isEmpty() || line.contains("but the type is \"Service\"")) << line.toStdString();
@@ -102,8 +98,7 @@ TEST(DesktopFiles, EveryPictureDocumentAndMovieTypeTheProgramReadsIsOffered)
     for (const QString &extension : extensions) {
         if (extension.startsWith(u'\''))
             continue; // an HFS type code, not an extension
-        // Sound, playlists, stream descriptions and text have nothing to show; what is a picture, a
-        // document or a movie (by its name or by the icon the MIME database gives it) must be offered.
+        // A picture, document or movie type (by name or generic icon) must be offered; text need not.
         for (const QMimeType &type : mimes.mimeTypesForFileName(u"file."_s + extension)) {
             if (type.inherits(u"text/plain"_s) && !type.name().startsWith(u"image/"_s))
                 continue;
@@ -165,10 +160,7 @@ INSTANTIATE_TEST_SUITE_P(Menus, FileManagerAction,
     testing::Values(
         MenuAction { "kio-servicemenus/org.orvel.Thumbnails.desktop", "Desktop Action makeThumbnails" },
         MenuAction { "nemo-actions/org.orvel.Thumbnails.nemo_action", "Nemo Action" },
-        MenuAction { "file-manager-actions/org.orvel.Thumbnails.desktop", "X-Action-Profile selection" }),
-    [](const testing::TestParamInfo<MenuAction> &info) {
-        return std::string(info.index == 0 ? "Dolphin" : info.index == 1 ? "Nemo" : "FileManagerActions");
-    });
+        MenuAction { "file-manager-actions/org.orvel.Thumbnails.desktop", "X-Action-Profile selection" }));
 
 TEST(DesktopFiles, InstallingIntoAPrefixPutsEverythingWhereDesktopsLook)
 {
@@ -179,8 +171,7 @@ TEST(DesktopFiles, InstallingIntoAPrefixPutsEverythingWhereDesktopsLook)
                   120000),
         0)
         << err.toStdString();
-    // The desktop file runs the program installed beside it, under the prefix given now, and names
-    // an icon that was installed.
+    // The desktop file runs the program installed under the prefix given now, with an installed icon.
     const QString desktopFile = prefix.file(u"share/applications/org.orvel.Thumbnails.desktop"_s);
     const QString program = prefix.file(u"bin/orvel-thumbnails"_s);
     EXPECT_EQ(entryValue(desktopFile, u"Exec"_s), program + u" %F"_s);

@@ -1,7 +1,4 @@
-// End-to-end tests of the desktop program: orvel-thumbnails launched as a program (quitting by
-// itself, a second launch handing its files over), and the thumbnail job run by orvel-thumbs
-// workers for the delegate. The programs share this process's temporary settings, cache and
-// runtime folders, and have no session bus.
+// The desktop program end to end, sharing this process's temporary folders, without a session bus.
 #include "DesktopTestSupport.h"
 #include "app/desktop/ApplicationDelegate.h"
 #include "app/desktop/IsolatedJob.h"
@@ -10,7 +7,6 @@
 
 #include <QComboBox>
 #include <QFile>
-#include <QLineEdit>
 #include <QProcess>
 #include <gtest/gtest.h>
 
@@ -35,8 +31,7 @@ protected:
 
 TEST_F(DesktopProgram, ALaunchByDropWithAFailureStaysUntilItsReportIsRead)
 {
-    // No session bus, so no notification service: the report is a dialog, and the automatic quit
-    // waits for it.
+    // No notification service: the report is a dialog, and the automatic quit waits for it.
     ASSERT_TRUE(writeBytes(dir.file(u"broken.png"_s), QByteArray("\x89PNG\r\n\x1a\n", 8)));
     QProcess launch;
     launch.start(program, { dir.file(u"broken.png"_s), picture(u"fine.png"_s) });

@@ -1,5 +1,4 @@
-// Helpers of the desktop tests: a clean settings store, the panel's controls by name, a private
-// session bus and a test in another language.
+// Helpers of the desktop tests: a clean store, controls by name, a private bus, another language.
 #pragma once
 
 #include "support/UserDefaults.h"
@@ -35,8 +34,7 @@ template <typename T> T *outlet(const QWidget &window, const char *name)
     return control;
 }
 
-/// The line a user types into for the control of window with that object name: a field itself,
-/// or the line inside a spin box (its text as typed, before the box corrects it on leaving).
+/// The line a user types into for that control: a field, or the line inside a spin box.
 inline QLineEdit *typingLine(const QWidget &window, const char *name)
 {
     QWidget *control = outlet<QWidget>(window, name);
@@ -84,8 +82,7 @@ private:
     QStringList m_connections;
 };
 
-/// A test on an empty settings store with a folder of its own, in the language use() picks
-/// (restored after the test).
+/// A test on an empty settings store with a folder of its own, in the language use() picks.
 class DesktopTest : public ::testing::Test
 {
 protected:

@@ -1,11 +1,9 @@
-// Tests of the single-instance hand-over in this process: over the local socket and over a private
-// D-Bus session bus.
+// The single-instance hand-over over the local socket and over a private D-Bus session bus.
 #include "app/desktop/SingleInstance.h"
 #include "DesktopTestSupport.h"
 #include "testlib/TestSupport.h"
 
 #include <QDBusConnection>
-#include <QFile>
 #include <QLocalSocket>
 #include <QSignalSpy>
 #include <gtest/gtest.h>
@@ -30,9 +28,8 @@ TEST(SingleInstance, TheObjectPathComesFromTheApplicationId)
     EXPECT_EQ(SingleInstance(u"org.orvel.my-app"_s, noBus()).objectPath(), u"/org/orvel/my_app"_s);
 }
 
-// A second instance of the id hands paths, then nothing (an activation), over to the first one,
-// which listens through transport. The requests reach the first one once the event loop runs:
-// on a bus it answers from a thread of its own while its main thread is blocked (here, in the calls).
+// A second instance hands paths, then nothing (an activation), to the first one through transport;
+// on a bus the first answers from a thread of its own while its main thread is blocked in the calls.
 void expectHandOver(const std::function<QDBusConnection()> &bus, const QString &transport)
 {
     const QString id = uniqueApplicationId();
