@@ -36,7 +36,6 @@ TEST(LocationFiles, EveryKindIsWrittenWithItsTypeAndForkAndResolvesBack)
               { "mailto:someone@example.org", "mailloc", "'ilma'" },
               { "nntp://news.example.org/comp.lang.c", "newsloc", "'ilnw'" },
               { "vnc://host:5900", "vncloc", "'ilge'" }, { "file:///tmp/a%20b.txt", "fileloc", "'ilfi'" },
-              { "gopher://example.org/1", "inetloc", "'ilge'" },
               { "https://example.org/ünïcode/ß", "webloc", "'ilht'" } };
     for (const auto &[urlText, extensionText, type] : kinds) {
         SCOPED_TRACE(urlText);

@@ -60,7 +60,6 @@ TEST(PropertyList, EveryTypeSurvivesAnXmlRoundTripThroughAFile)
     const auto read = propertyListFromFile(dir.file(u"lock.plist"_s));
     ASSERT_TRUE(read);
     EXPECT_EQ(read->toMap(), value);
-    EXPECT_EQ(read->toMap().value(u"when"_s).toDateTime(), when);
 }
 
 TEST(PropertyList, ReadsABinaryList)

@@ -80,7 +80,6 @@ TEST(StandardFolders, XdgVariablesAndUserDirsDecide)
     EXPECT_EQ(found.value(u"userHome"_s), home);
     EXPECT_EQ(found.value(u"userLibrary"_s), dir.file(u"data/Logs"_s));
     EXPECT_EQ(found.value(u"home"_s), home + u"/a"_s);
-    EXPECT_EQ(found.value(u"tmp"_s), u"/tmp"_s);
 }
 
 TEST(StandardFolders, DefaultsInTheHomeWhenVariablesAreMissingOrRelative)

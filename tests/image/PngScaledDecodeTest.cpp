@@ -7,7 +7,6 @@
 #include <QImage>
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <functional>
 
 using namespace Qt::StringLiterals;
@@ -79,18 +78,14 @@ TEST_P(PngScaledDecode, GivesTheThumbnailOfTheGeneralRoute)
     const QImage slow = reference(path, 50, 33);
     ASSERT_EQ(fast.format(), slow.format());
     ASSERT_EQ(fast.size(), slow.size());
-    long total = 0;
-    int worst = 0;
-    for (int y = 0; y < fast.height(); ++y)
-        for (qsizetype i = 0; i < fast.bytesPerLine(); ++i) {
-            const int d = std::abs(int(fast.constScanLine(y)[i]) - int(slow.constScanLine(y)[i]));
-            total += d;
-            worst = std::max(worst, d);
-        }
+    const auto wrap = [](const QImage &q) {
+        return vipsImageFromBuffer(q.constBits(), q.width(), q.height(), q.depth() / 8, q.bytesPerLine());
+    };
+    const VImage difference = (wrap(fast).cast(VIPS_FORMAT_FLOAT) - wrap(slow)).abs();
     // The box pre-shrink softens the squares' edges a little (by up to 54 levels on a pixel, 4 on
     // average here); a shift, a lost row or a wrong premultiplication costs far more.
-    EXPECT_LE(double(total) / double(fast.sizeInBytes()), 5.0);
-    EXPECT_LE(worst, 64);
+    EXPECT_LE(difference.avg(), 5.0);
+    EXPECT_LE(difference.max(), 64);
 }
 
 INSTANTIATE_TEST_SUITE_P(ColourTypes, PngScaledDecode,
@@ -109,10 +104,6 @@ INSTANTIATE_TEST_SUITE_P(ColourTypes, PngScaledDecode,
         ColourType { "Rgba16",
             [](const QString &p) {
                 return save((picture() * 257).cast(VIPS_FORMAT_USHORT), p, VIPS_INTERPRETATION_RGB16);
-            } },
-        ColourType { "Grey16",
-            [](const QString &p) {
-                return save((picture()[1] * 257).cast(VIPS_FORMAT_USHORT), p, VIPS_INTERPRETATION_GREY16);
             } },
         ColourType { "PaletteWithTransparency",
             [](const QString &p) {
@@ -174,16 +165,13 @@ TEST(PngScaledDecodeDamage, ATruncatedFileGivesItsRowsOnlyWhenDamageIsTolerated)
 TEST(PngScaledDecodeDamage, HostileHeadersAllocateNothingBig)
 {
     ShrunkPicture small;
-    for (const Damage damage : { Damage::Fail, Damage::Tolerate }) {
-        EXPECT_EQ(
-            PngScaledDecoder::decode({}, pngDeclaring(0, 10), 8, 8, Limit, damage, &small), Outcome::Failed);
-        EXPECT_EQ(PngScaledDecoder::decode({}, pngDeclaring(100000, 100000), 8, 8, Limit, damage, &small),
-            Outcome::Unsupported);
-        EXPECT_EQ(PngScaledDecoder::decode({}, pngDeclaring(30000, 30000), 8, 8, Limit, damage, &small),
-            Outcome::Failed);
-        EXPECT_EQ(PngScaledDecoder::decode({}, pngDeclaring(1u << 30, 2), 8, 8, Limit, damage, &small),
-            Outcome::Failed);
-    }
+    const auto decode = [&](quint32 w, quint32 h) {
+        return PngScaledDecoder::decode({}, pngDeclaring(w, h), 8, 8, Limit, Damage::Tolerate, &small);
+    };
+    EXPECT_EQ(decode(0, 10), Outcome::Failed);
+    EXPECT_EQ(decode(100000, 100000), Outcome::Unsupported);
+    EXPECT_EQ(decode(30000, 30000), Outcome::Failed);
+    EXPECT_EQ(decode(1u << 30, 2), Outcome::Failed);
 }
 
 TEST(PngScaledDecodeFallback, InterlacedAndProfiledFilesAreLeftToTheGeneralRoute)

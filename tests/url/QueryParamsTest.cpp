@@ -69,7 +69,6 @@ TEST(QueryParams, ReplacingAValue)
     const QString url = QString::fromLatin1("http://h/?a=1&b=22&c=3");
     EXPECT_EQ(stringByReplacingQueryParamNamed(url, u"b", u"x"_s), u"http://h/?a=1&b=x&c=3"_s);
     EXPECT_EQ(stringByReplacingQueryParamNamed(url, u"b", QString()), u"http://h/?a=1&b=&c=3"_s);
-    EXPECT_TRUE(stringByReplacingQueryParamNamed(url, u"z", u"x"_s).isSharedWith(url));
 }
 
 TEST(QueryParams, URLFormsScanTheQueryFromItsStart)
@@ -79,7 +78,6 @@ TEST(QueryParams, URLFormsScanTheQueryFromItsStart)
     EXPECT_EQ(url.queryParamNamed(u"b"), u"%20x"_s);
     EXPECT_TRUE(url.containsQueryParamNamed(u"c"));
     EXPECT_EQ(url.numberOfQueryParams(), 3);
-    EXPECT_EQ(url.queryParams().size(), 2);
     EXPECT_TRUE(URL(QUrl(u"http://h/"_s)).queryParamNamed(u"a").isNull());
 }
 
