@@ -171,8 +171,7 @@ TEST(FileManagerListing, FlatAndDeepListingsSortFilesFromFoldersAndDropBrokenLin
     EXPECT_TRUE(FileManager::deepDirectoryContentsAtPath(dir.file(u"nothing"_s)).isEmpty());
 }
 
-/// The deep listing the slow way: the flat listing of each folder, every entry's status asked by
-/// path, the folders on the way down kept apart.
+/// The deep listing the slow way: flat listings walked folder by folder, loops kept apart.
 void walkFolderByFolder(const QString &folder, std::vector<FileIdentity> &ancestors, QStringList &out)
 {
     for (const QString &name : FileManager::directoryContentsAtPath(folder, false)) {

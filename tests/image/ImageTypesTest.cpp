@@ -46,7 +46,6 @@ TEST(ImageClassification, ExtensionsIgnoreCaseButTypeCodesKeepIt)
     EXPECT_TRUE(Image::isPDFExtension(QString(), u"'PDF '"_s));
     EXPECT_FALSE(Image::isPDFExtension(QString(), u"'pdf '"_s));
     EXPECT_FALSE(Image::isPDFExtension(u"pdfd"_s, QString()));
-    EXPECT_FALSE(Image::isPostScriptExtension(QString()));
     for (const char *web : { "JPEG", "Jpe", "jp2", "GIF", "png" })
         EXPECT_TRUE(Image::isWebImageExtension(QLatin1StringView(web))) << web;
     for (const char *other : { "tiff", "jpeg2", "jp", "webp", "" })

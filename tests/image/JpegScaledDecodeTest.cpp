@@ -116,8 +116,7 @@ TEST(JpegScaledDecodeDamage, HostileProgressiveFilesAreRefusedQuickly)
     EXPECT_EQ(decode(manyScans, 8, true, out, &error), JpegDecodeResult::Failed);
     EXPECT_TRUE(error.contains(u"scans"_s)) << error;
 
-    // 60000 × 60000 declared: its coefficients (gigabytes) are refused before being allocated, here
-    // and through a source (within the source pixel limit, yet never handed to a loader that would).
+    // 60000 × 60000 declared: refused before its coefficients are allocated, here and through a source.
     QByteArray huge = jpeg;
     const qsizetype frame = huge.indexOf("\xFF\xC2");
     ASSERT_GT(frame, 0);

@@ -20,8 +20,7 @@ namespace {
 
 constexpr double Limit = 4294967296.0;
 
-// 301 × 199 (so boxes are cut at the right and bottom): a red ramp, a green ramp, blue 40-pixel
-// squares, alpha falling from left to right.
+// 301 × 199 (boxes cut at the edges): red and green ramps, blue 40-pixel squares, alpha falling rightwards.
 VImage picture()
 {
     VImage xy = VImage::xyz(301, 199);
@@ -82,8 +81,8 @@ TEST_P(PngScaledDecode, GivesTheThumbnailOfTheGeneralRoute)
         return vipsImageFromBuffer(q.constBits(), q.width(), q.height(), q.depth() / 8, q.bytesPerLine());
     };
     const VImage difference = (wrap(fast).cast(VIPS_FORMAT_FLOAT) - wrap(slow)).abs();
-    // The box pre-shrink softens the squares' edges a little (by up to 54 levels on a pixel, 4 on
-    // average here); a shift, a lost row or a wrong premultiplication costs far more.
+    // The box pre-shrink softens edges a little; a shift, a lost row or wrong premultiplication costs far
+    // more.
     EXPECT_LE(difference.avg(), 5.0);
     EXPECT_LE(difference.max(), 64);
 }
@@ -119,8 +118,7 @@ INSTANTIATE_TEST_SUITE_P(ColourTypes, PngScaledDecode,
 
 TEST(PngScaledDecodeAlpha, SoftEdgesAverageWithoutFringes)
 {
-    // Opaque red fading out to the right, over a green that is fully transparent: averaged
-    // premultiplied, no green reaches a visible pixel and red stays as strong as the alpha.
+    // Red fading out over fully transparent green: averaged premultiplied, no green reaches a visible pixel.
     TempDir dir;
     const QString path = dir.file(u"fade.png"_s);
     VImage x = VImage::xyz(400, 12)[0];
@@ -155,8 +153,7 @@ TEST(PngScaledDecodeDamage, ATruncatedFileGivesItsRowsOnlyWhenDamageIsTolerated)
     EXPECT_TRUE(std::equal(part.pixels.begin(), part.pixels.begin() + row, full.pixels.begin()));
     EXPECT_TRUE(
         std::all_of(part.pixels.end() - row, part.pixels.end(), [](unsigned char v) { return v == 0; }));
-    // Through the source, the first failure turns damage tolerance on; a file cut right after its
-    // header has nothing to show and fails.
+    // The source turns damage tolerance on after a failure; a file cut after its header still fails.
     EXPECT_EQ(ImageSource::open(cut, 0, true)->renderScaled(50, 33).size(), QSize(50, 33));
     ASSERT_TRUE(writeBytes(cut, bytes.left(bytes.indexOf("IDAT") + 30)));
     EXPECT_TRUE(ImageSource::open(cut, 0, true)->renderScaled(50, 33).isNull());

@@ -15,7 +15,6 @@ TEST(ConfigLines, CommentsBlankAndOneLetterLinesDropped)
     EXPECT_EQ(configLines(u"one 1\r\ntwo 2\u2028\t# three\uFEFFfour 4"),
         (QStringList { "one 1", "two 2", "four 4" }));
     EXPECT_EQ(configLines(u"  ab#c  "), QStringList { "ab#c" });
-    EXPECT_TRUE(configLines(u"").isEmpty());
     EXPECT_TRUE(configLines(u"\n\n#\n").isEmpty());
 }
 

@@ -31,8 +31,7 @@ TEST_P(WildcardMatch, AllFourEntryPoints)
     EXPECT_EQ(isCaseInsensitiveLikeUnixWildcard(t, p), c.unixNoCase);
 }
 
-// Worked examples of the rules: "?", "*" with backtracking, classes with ranges, negation, "|" and
-// their quirks, case, umlauts and the entry points' handling of empty strings.
+// Worked examples of each rule and its quirks, case, umlauts and empty strings.
 // clang-format off
 INSTANTIATE_TEST_SUITE_P(Cases, WildcardMatch, ::testing::Values(
     //          text           pattern          plain  plainCI unix   unixCI
@@ -43,7 +42,6 @@ INSTANTIATE_TEST_SUITE_P(Cases, WildcardMatch, ::testing::Values(
     MatchCase { u"abc",        u"a?c",          true,  true,  true,  true },
     MatchCase { u"ac",         u"a?c",          false, false, false, false },
     MatchCase { u"ab",         u"a",            false, false, false, false },
-    MatchCase { u"ab",         u"a**b*",        true,  true,  true,  true },
     MatchCase { u"abab",       u"*ab",          true,  true,  true,  true },
     MatchCase { u"aba",        u"*ab",          false, false, false, false },
     MatchCase { u"abab",       u"*[ab]b",       false, false, true,  true },

@@ -14,8 +14,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-// The matcher lowers the text and indexes entries by their first two units: an entry that is short,
-// upper-case, beyond printable ASCII or listed twice would be missed or counted wrongly.
+// The matcher lowers the text and indexes entries by two units: each entry lower-case ASCII, listed once.
 TEST(PatternTables, HoldLowerCaseAsciiEntriesOfTwoUnitsOrMoreOnceEach)
 {
     for (const auto table : { searchEngineHosts, bookmarkingHosts, cachePatterns, translationPatterns,
@@ -34,8 +33,7 @@ TEST(PatternTables, HoldLowerCaseAsciiEntriesOfTwoUnitsOrMoreOnceEach)
     }
 }
 
-// The indexed matcher answers the leftmost position a plain case-insensitive search of every entry
-// finds, on random texts built from pieces of the entries.
+// The indexed matcher agrees with a plain search of every entry on random texts made of entry pieces.
 TEST(PatternTable, AgreesWithAPlainSearchOfEveryEntry)
 {
     const PatternTable &table = ads1Patterns();

@@ -29,8 +29,8 @@ TEST(QueryParams, ValuesKeysAndWhatIsFound)
         // An empty value is present but no value; a later non-empty value of the key is found.
         { u"http://h/p?b=&c=3", u"b", nullptr, true },
         { u"?b=&b=2", u"b", u"2", true },
-        // A key starts at the first alphanumeric unit and runs to "=" whatever it holds, over "&" too;
-        // a key without "=" ends the scan.
+        // A key starts at the first alphanumeric unit and runs to "=", over "&" too; one without "=" ends the
+        // scan.
         { u"?&&--x=1", u"x", u"1", true },
         { u"?ü=ja", u"ü", u"ja", true },
         { u"?flag&x=1", u"x", nullptr, false },
