@@ -36,7 +36,6 @@ TEST(LocationFiles, EveryKindIsWrittenWithItsTypeAndForkAndResolvesBack)
               { "mailto:someone@example.org", "mailloc", "'ilma'" },
               { "nntp://news.example.org/comp.lang.c", "newsloc", "'ilnw'" },
               { "vnc://host:5900", "vncloc", "'ilge'" }, { "file:///tmp/a%20b.txt", "fileloc", "'ilfi'" },
-              { "gopher://example.org/1", "inetloc", "'ilge'" },
               { "https://example.org/ünïcode/ß", "webloc", "'ilht'" } };
     for (const auto &[urlText, extensionText, type] : kinds) {
         SCOPED_TRACE(urlText);
@@ -60,8 +59,7 @@ TEST(LocationFiles, EveryKindIsWrittenWithItsTypeAndForkAndResolvesBack)
         ASSERT_TRUE(plist);
         EXPECT_EQ(plist->toMap().value(u"URL"_s).toString(), url);
 
-        // Without its fork and type (copied by a tool that knows neither) the property list still
-        // leads there.
+        // A copy without its fork and type still leads there through the property list.
         const QString bare = dir.file(u"Bare."_s + extension);
         ASSERT_TRUE(writeBytes(bare, readBytes(path)));
         EXPECT_EQ(FileManager::resolveInternetLocation(bare), url);
@@ -75,8 +73,7 @@ TEST(LocationFiles, TheDragResourceListsTheTextAndURLResources)
     ASSERT_TRUE(FileManager::createInternetLocation(QUrl(u"https://example.org/"_s), path));
     const auto fork = ResourceFork::resourceForkForReadingAtPath(path);
     ASSERT_NE(fork, nullptr);
-    // A 32-byte header (1 at 0, the count 2 at 26), then 24 bytes for each resource listed: its type
-    // at 0 and ID at 6; numbers in the machine's order; every other byte zero.
+    // Header (1 at 0, count 2 at 26), then 24 bytes per resource: type at 0, ID at 6, host order.
     QByteArray expected(32 + 2 * 24, '\0');
     const auto put = [&](int at, auto value) { std::memcpy(expected.data() + at, &value, sizeof value); };
     put(0, quint64(1));

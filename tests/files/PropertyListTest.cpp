@@ -60,7 +60,6 @@ TEST(PropertyList, EveryTypeSurvivesAnXmlRoundTripThroughAFile)
     const auto read = propertyListFromFile(dir.file(u"lock.plist"_s));
     ASSERT_TRUE(read);
     EXPECT_EQ(read->toMap(), value);
-    EXPECT_EQ(read->toMap().value(u"when"_s).toDateTime(), when);
 }
 
 TEST(PropertyList, ReadsABinaryList)
@@ -122,16 +121,14 @@ TEST(PropertyList, AHugeFileIsRefusedAndAFailedWriteKeepsTheOldFile)
 
 TEST(PropertyList, SharedReferencesAreCountedAsOftenAsTheyAreNamed)
 {
-    // Twenty arrays, each naming the next one fifteen times: 15^20 values from about 400 bytes.
-    // Within the depth limit; only counting what the references expand to catches it.
+    // Twenty arrays each naming the next fifteen times: 15^20 values from 400 bytes, within the depth limit.
     QList<QByteArray> bomb;
     for (quint32 i = 0; i < 20; ++i)
         bomb.append("\xAF\x10\x0F" + reference(i + 1, 1).repeated(15));
     bomb.append("\x09");
     EXPECT_FALSE(propertyListFromData(binaryList(bomb)));
 
-    // ["x", "x", "x"] three times over, one string object named nine times: 1 + 3 * (1 + 3) = 13
-    // values. The limit is met exactly, not one below.
+    // One string named nine times through three arrays: 13 values, the limit met exactly.
     const QByteArray shared = binaryList({ "\xA3\x01\x01\x01", "\xA3\x02\x02\x02", "\x51x" });
     const auto read = propertyListFromData(shared, { .maxNodes = 13 });
     ASSERT_TRUE(read);

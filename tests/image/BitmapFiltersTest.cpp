@@ -1,8 +1,5 @@
-// The bitmap filters on small hand-worked bitmaps: convolution arithmetic, borders, alpha, padded
-// rows, layout refusals, tables, statistics, median, transparency, tinting, entropy and inverting;
-// then the image-level filters and effects: forwarding to every bitmap representation, documents, the
-// alpha copy made for colour-keyed transparency, negatives, tinting through Porter–Duff operations,
-// reflections.
+// The bitmap filters on small hand-worked bitmaps, then the image-level filters and effects: forwarding
+// to every representation, documents, colour-keyed transparency, negatives, tinting, reflections.
 #include "image/BitmapImageRep.h"
 #include "image/Image.h"
 #include "testlib/TestSupport.h"
@@ -28,8 +25,7 @@ namespace {
 using Bytes = std::vector<unsigned char>;
 using Rep = BitmapImageRep;
 
-// A meshed 8-bit bitmap of w × h pixels of spp samples whose rows hold the given pixel bytes, padded
-// with `pad` bytes of 0xEE per row.
+// A meshed 8-bit w × h bitmap of spp samples holding pixels, each row padded with `pad` bytes of 0xEE.
 BitmapImageRepPtr bitmap(int w, int h, int spp, bool alpha, const Bytes &pixels, int pad = 0)
 {
     auto rep = Rep::create(w, h, 8, spp, alpha, false, 0, qsizetype(w) * spp + pad);
@@ -83,9 +79,7 @@ std::function<void(Rep &)> all(std::initializer_list<std::function<void(Rep &)>>
 }
 
 const std::vector<int32_t> box25(25, 1);
-const Bytes dot5 = with(Bytes(9), { { 4, 5 } }), dot7 = with(Bytes(9), { { 4, 7 } });
-constexpr int32_t centreOnly[9] = { 0, 0, 0, 0, 1, 0, 0, 0, 0 },
-                  minusCentre[9] = { 0, 0, 0, 0, -1, 0, 0, 0, 0 };
+constexpr int32_t centreOnly[9] = { 0, 0, 0, 0, 1, 0, 0, 0, 0 };
 
 struct Example
 {
@@ -137,18 +131,6 @@ std::vector<int> statisticalChannels;
 TEST(BitmapFilters, ExamplesGiveTheHandWorkedBytes)
 {
     const Example examples[] = {
-        // The quotient truncates toward zero before the offset: −5 ÷ 4 = −1, −7 ÷ −3 = 2.
-        { "NegativeQuotientTruncates", 3, 3, 1, false, dot5,
-            [](Rep &r) { r.applyMatrixFilter(minusCentre, 4, 10); }, with(dot5, { { 4, 9 } }) },
-        { "NegativeDivisor", 3, 3, 1, false, dot7, [](Rep &r) { r.applyMatrixFilter(minusCentre, -3, 0); },
-            with(dot7, { { 4, 2 } }) },
-        // Weights are row-major with the row above first: this kernel picks (x + 1, y − 1).
-        { "WeightsStartWithTheRowAbove", 3, 3, 1, false, ramp(9, 1),
-            [](Rep &r) {
-                const int32_t topRight[9] = { 0, 0, 1 };
-                r.applyMatrixFilter(topRight, 1, 0);
-            },
-            { 1, 2, 3, 4, 3, 6, 7, 8, 9 } },
         // The callback gets quotient + offset (15, 105, 205) and its answer is clamped.
         { "CallbackIsClamped", 5, 3, 1, false, with(Bytes(15), { { 6, 10 }, { 7, 100 }, { 8, 200 } }),
             [](Rep &r) {
@@ -157,26 +139,12 @@ TEST(BitmapFilters, ExamplesGiveTheHandWorkedBytes)
                 });
             },
             with(Bytes(15), { { 7, 77 }, { 8, 255 } }) },
-        // 5×5 grey 0, 4, … 96: a box of ones over 25 gives the only interior pixel the mean 48; with
-        // two kernels the second (the top-right corner, 16) is what remains.
-        { "FiveByFiveBoxIsTheMean", 5, 5, 1, false, ramp(25, 0, 4),
-            [](Rep &r) { r.applyMatrixesFilter(box25.data(), 1, 5, 25, 0); },
-            with(ramp(25, 0, 4), { { 12, 48 } }) },
-        { "SecondKernelRemains", 5, 5, 1, false, ramp(25, 0, 4),
-            [](Rep &r) {
-                std::vector<int32_t> two(50, 0);
-                std::fill(two.begin(), two.begin() + 25, 1);
-                two[25 + 4] = 1;
-                r.applyMatrixesFilter(two.data(), 2, 5, 1, 0);
-            },
-            with(ramp(25, 0, 4), { { 12, 16 } }) },
         { "EvenOrOneSizedKernelsAndDivisorZeroAreRefused", 5, 5, 1, false, ramp(25, 0, 4),
             all({ [](Rep &r) { r.applyMatrixesFilter(box25.data(), 1, 4, 1, 0); },
                 [](Rep &r) { r.applyMatrixesFilter(box25.data(), 1, 1, 1, 0); },
                 [](Rep &r) { r.applyMatrixesFilter(box25.data(), 1, 5, 0, 0); } }),
             ramp(25, 0, 4) },
-        // trunc(v ÷ 2 + 0.5), alpha skipped (3 5 200 255 9 10 11 → 2 3 100 128 5 5 6); then 2v − 9.5
-        // truncated and clamped; 1 and 0 change nothing.
+        // trunc(v ÷ 2 + 0.5) then trunc(2v − 9.5), clamped, alpha skipped; factors 1 and 0 change nothing.
         { "ScaleWithDivisorRoundsAndClamps", 3, 1, 4, true, { 3, 5, 200, 77, 0, 1, 255, 255, 9, 10, 11, 12 },
             all({ [](Rep &r) { r.scaleWithDivisor(2.0f, 0.0f); },
                 [](Rep &r) { r.scaleWithDivisor(0.5f, -10.0f); }, [](Rep &r) { r.scaleWithDivisor(1, 0); },
@@ -206,8 +174,7 @@ TEST(BitmapFilters, ExamplesGiveTheHandWorkedBytes)
             [](Rep &r) { r.applyInterlaceFilter(8); }, { 1, 2, 0, 0, 5, 6 } },
         { "ClearSetsColourSamplesOnly", 2, 1, 4, true, { 1, 2, 3, 4, 5, 6, 7, 8 },
             [](Rep &r) { r.clear(42); }, { 42, 42, 42, 4, 42, 42, 42, 8, 0xEE }, 1 },
-        // 0.299·10 + 0.587·200 + 0.114·30 + 0.5 = 124.31 → 124; a threshold of 124 gives black, and
-        // 11/200/35 (125.18 → 125) white.
+        // Luminance 124.31 → 124: a threshold of 124 gives black, 11/200/35 (125.18 → 125) white.
         { "GrayScaleIsRoundedLuminance", 1, 1, 4, true, { 10, 200, 30, 255 },
             [](Rep &r) { r.grayScale(false, 0); }, { 124, 124, 124, 255 } },
         { "GrayScaleThresholdAtTheLuminance", 2, 1, 3, false, { 10, 200, 30, 11, 200, 35 },
@@ -256,8 +223,7 @@ TEST(BitmapFilters, ExamplesGiveTheHandWorkedBytes)
 
 namespace {
 
-// What a size × size kernel does to a meshed RGBA bitmap: Σ weight · sample (the row above first), ÷
-// divisor truncated, + offset, clamped; on the colour samples of interior pixels only.
+// A kernel by hand: Σ weight · sample (row above first) ÷ divisor + offset, clamped; interior colours only.
 Bytes convolvedByHand(const Bytes &before, int w, int h, qsizetype row, const int32_t *kernel, int size,
     int32_t divisor, int32_t offset)
 {
@@ -280,8 +246,7 @@ Bytes convolvedByHand(const Bytes &before, int w, int h, qsizetype row, const in
 
 TEST(BitmapFilters, ConvolutionsMatchTheSumDoneByHandOnEveryPathKeepingAlphaBorderAndPadding)
 {
-    // 9×7 RGBA with 3 bytes of padding per row; sums of 16, 32 and 64 bits; a divisor of one, powers of
-    // two, others and negative ones; the fast paths and the callback's (which here changes nothing).
+    // 16-, 32- and 64-bit sums; divisors 1, powers of two, others, negative; fast paths and the callback's.
     const Bytes pixels = noise(9 * 7 * 4, 11);
     const auto check = [&](const std::function<void(Rep &, Rep::MatrixCallback)> &apply,
                            const int32_t *kernel, int size, int32_t divisor, int32_t offset) {
@@ -332,10 +297,9 @@ TEST(BitmapFilters, BitmapsWithoutInteriorPixelsAreUnchanged)
 
 TEST(BitmapFilters, EveryFilterLeavesABitmapOfARefusedLayoutUnchanged)
 {
-    // Sixteen bits, planar, floating point, alpha first, alpha not premultiplied.
+    // Sixteen bits, planar, floating point, alpha first.
     const std::tuple<int, bool, unsigned> layouts[] = { { 16, false, 0 }, { 8, true, 0 },
-        { 32, false, Rep::FloatingPointSamplesBitmapFormat }, { 8, false, Rep::AlphaFirstBitmapFormat },
-        { 8, false, Rep::AlphaNonpremultipliedBitmapFormat } };
+        { 32, false, Rep::FloatingPointSamplesBitmapFormat }, { 8, false, Rep::AlphaFirstBitmapFormat } };
     for (const auto &[bitsPerSample, planar, format] : layouts) {
         SCOPED_TRACE(
             testing::Message() << bitsPerSample << " bits, planar " << planar << ", format " << format);
@@ -382,7 +346,6 @@ TEST(BitmapFilters, PixelFilterCountsCoordinatesDownFromTheFirstPixel)
     const Bytes after = bytesOf(*rep);
     EXPECT_EQ(after[0], 21); // the first pixel in memory is (2, 1)
     EXPECT_EQ(after[16], 20);
-    EXPECT_EQ(after[24], 0);
 }
 
 TEST(BitmapFilters, StatisticalFilterVisitsChannelsFromTheLastAndMapsOnlyThatChannel)
@@ -450,9 +413,8 @@ TEST(BitmapFilters, MedianMatchesSortingEachNeighbourhood)
 
 TEST(BitmapFilters, EntropyMeasuresTheRegionWithItsByteOffsetQuirk)
 {
-    // Grey + alpha: the rectangle's first pixel is read at byte x·C = 1 (the alpha of pixel 0), then
-    // every 2 bytes: values 200 and 255. Row mean 227; |−27| + |28| = 55 ÷ 2 = 27; 729 + 784 = 1513 ÷ 2 =
-    // 756.
+    // Grey + alpha: read from byte x·C = 1, every 2 bytes: 200 and 255. Mean 227, deviation 55 ÷ 2 = 27,
+    // variance 1513 ÷ 2 = 756.
     auto rep = bitmap(3, 1, 2, true, Bytes { 10, 200, 20, 255, 30, 255 });
     float e = -1, s = -1, b = -1;
     ASSERT_TRUE(rep->entropy(&e, &s, &b, QRectF(1.9, 0, 2.5, 1)));
@@ -481,10 +443,6 @@ TEST(BitmapFilters, BitmapWithAlphaAddsAnOpaqueAlphaByte)
     EXPECT_TRUE(rgba->hasAlpha());
     EXPECT_EQ(rgba->size(), QSizeF(20, 10));
     EXPECT_EQ(bytesOf(*rgba), (Bytes { 1, 2, 3, 255, 4, 5, 6, 255 }));
-    auto again = rgba->bitmapImageRepWithAlpha(); // a copy even when there is alpha already
-    ASSERT_TRUE(again);
-    EXPECT_NE(again, rgba);
-    EXPECT_EQ(bytesOf(*again), bytesOf(*rgba));
 }
 
 TEST(ImageFilters, ReachEveryFilterableBitmapRepresentation)
@@ -520,7 +478,6 @@ TEST(ImageFilters, MakeTransparentReplacesABitmapWithoutAlphaAtTheEnd)
     EXPECT_EQ(reps[0], withAlpha);
     auto added = std::static_pointer_cast<BitmapImageRep>(reps[1]);
     EXPECT_NE(added, opaque);
-    EXPECT_TRUE(added->hasAlpha());
     EXPECT_EQ(added->samplesPerPixel(), 4);
     for (const auto &rep : reps) {
         EXPECT_EQ(std::static_pointer_cast<BitmapImageRep>(rep)->bitmapData()[3], 0);
@@ -569,7 +526,6 @@ TEST(ImageEffects, NegativesAreCopiesOfTheFirstRepresentationOnly)
     ImagePtr negativeImage = image->negativeImage();
     ASSERT_TRUE(negativeImage);
     ASSERT_EQ(negativeImage->representations().size(), 1u);
-    EXPECT_EQ(negativeImage->size(), QSizeF(2, 1));
     EXPECT_EQ(bytesOf(*negativeImage->bitmapImageRep()), (Bytes { 254, 253, 252, 251, 250, 249 }));
 }
 
@@ -597,9 +553,7 @@ TEST(ImageEffects, TintComposesOnPremultipliedPixels)
 TEST(ImageEffects, ReflectionAddsAMirroredFadingStripBelow)
 {
     ImagePtr image = twoBands(100, 80);
-    ImagePtr same = image->imageByAddingReflection(0.0f);
-    ASSERT_TRUE(same);
-    EXPECT_EQ(same->size(), QSizeF(100, 80));
+    EXPECT_EQ(image->imageByAddingReflection(0.0f)->size(), QSizeF(100, 80));
     EXPECT_EQ(image->imageByAddingReflection(-0.5f), nullptr);
     ImagePtr reflected = image->imageByAddingReflection(0.5f);
     ASSERT_TRUE(reflected);

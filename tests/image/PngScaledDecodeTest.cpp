@@ -7,7 +7,6 @@
 #include <QImage>
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <functional>
 
 using namespace Qt::StringLiterals;
@@ -21,8 +20,7 @@ namespace {
 
 constexpr double Limit = 4294967296.0;
 
-// 301 × 199 (so boxes are cut at the right and bottom): a red ramp, a green ramp, blue 40-pixel
-// squares, alpha falling from left to right.
+// 301 × 199 (boxes cut at the edges): red and green ramps, blue 40-pixel squares, alpha falling rightwards.
 VImage picture()
 {
     VImage xy = VImage::xyz(301, 199);
@@ -79,18 +77,14 @@ TEST_P(PngScaledDecode, GivesTheThumbnailOfTheGeneralRoute)
     const QImage slow = reference(path, 50, 33);
     ASSERT_EQ(fast.format(), slow.format());
     ASSERT_EQ(fast.size(), slow.size());
-    long total = 0;
-    int worst = 0;
-    for (int y = 0; y < fast.height(); ++y)
-        for (qsizetype i = 0; i < fast.bytesPerLine(); ++i) {
-            const int d = std::abs(int(fast.constScanLine(y)[i]) - int(slow.constScanLine(y)[i]));
-            total += d;
-            worst = std::max(worst, d);
-        }
-    // The box pre-shrink softens the squares' edges a little (by up to 54 levels on a pixel, 4 on
-    // average here); a shift, a lost row or a wrong premultiplication costs far more.
-    EXPECT_LE(double(total) / double(fast.sizeInBytes()), 5.0);
-    EXPECT_LE(worst, 64);
+    const auto wrap = [](const QImage &q) {
+        return vipsImageFromBuffer(q.constBits(), q.width(), q.height(), q.depth() / 8, q.bytesPerLine());
+    };
+    const VImage difference = (wrap(fast).cast(VIPS_FORMAT_FLOAT) - wrap(slow)).abs();
+    // The box pre-shrink softens edges a little; a shift, a lost row or wrong premultiplication costs far
+    // more.
+    EXPECT_LE(difference.avg(), 5.0);
+    EXPECT_LE(difference.max(), 64);
 }
 
 INSTANTIATE_TEST_SUITE_P(ColourTypes, PngScaledDecode,
@@ -110,10 +104,6 @@ INSTANTIATE_TEST_SUITE_P(ColourTypes, PngScaledDecode,
             [](const QString &p) {
                 return save((picture() * 257).cast(VIPS_FORMAT_USHORT), p, VIPS_INTERPRETATION_RGB16);
             } },
-        ColourType { "Grey16",
-            [](const QString &p) {
-                return save((picture()[1] * 257).cast(VIPS_FORMAT_USHORT), p, VIPS_INTERPRETATION_GREY16);
-            } },
         ColourType { "PaletteWithTransparency",
             [](const QString &p) {
                 QImage image(301, 199, QImage::Format_Indexed8);
@@ -128,8 +118,7 @@ INSTANTIATE_TEST_SUITE_P(ColourTypes, PngScaledDecode,
 
 TEST(PngScaledDecodeAlpha, SoftEdgesAverageWithoutFringes)
 {
-    // Opaque red fading out to the right, over a green that is fully transparent: averaged
-    // premultiplied, no green reaches a visible pixel and red stays as strong as the alpha.
+    // Red fading out over fully transparent green: averaged premultiplied, no green reaches a visible pixel.
     TempDir dir;
     const QString path = dir.file(u"fade.png"_s);
     VImage x = VImage::xyz(400, 12)[0];
@@ -164,8 +153,7 @@ TEST(PngScaledDecodeDamage, ATruncatedFileGivesItsRowsOnlyWhenDamageIsTolerated)
     EXPECT_TRUE(std::equal(part.pixels.begin(), part.pixels.begin() + row, full.pixels.begin()));
     EXPECT_TRUE(
         std::all_of(part.pixels.end() - row, part.pixels.end(), [](unsigned char v) { return v == 0; }));
-    // Through the source, the first failure turns damage tolerance on; a file cut right after its
-    // header has nothing to show and fails.
+    // The source turns damage tolerance on after a failure; a file cut after its header still fails.
     EXPECT_EQ(ImageSource::open(cut, 0, true)->renderScaled(50, 33).size(), QSize(50, 33));
     ASSERT_TRUE(writeBytes(cut, bytes.left(bytes.indexOf("IDAT") + 30)));
     EXPECT_TRUE(ImageSource::open(cut, 0, true)->renderScaled(50, 33).isNull());
@@ -174,16 +162,13 @@ TEST(PngScaledDecodeDamage, ATruncatedFileGivesItsRowsOnlyWhenDamageIsTolerated)
 TEST(PngScaledDecodeDamage, HostileHeadersAllocateNothingBig)
 {
     ShrunkPicture small;
-    for (const Damage damage : { Damage::Fail, Damage::Tolerate }) {
-        EXPECT_EQ(
-            PngScaledDecoder::decode({}, pngDeclaring(0, 10), 8, 8, Limit, damage, &small), Outcome::Failed);
-        EXPECT_EQ(PngScaledDecoder::decode({}, pngDeclaring(100000, 100000), 8, 8, Limit, damage, &small),
-            Outcome::Unsupported);
-        EXPECT_EQ(PngScaledDecoder::decode({}, pngDeclaring(30000, 30000), 8, 8, Limit, damage, &small),
-            Outcome::Failed);
-        EXPECT_EQ(PngScaledDecoder::decode({}, pngDeclaring(1u << 30, 2), 8, 8, Limit, damage, &small),
-            Outcome::Failed);
-    }
+    const auto decode = [&](quint32 w, quint32 h) {
+        return PngScaledDecoder::decode({}, pngDeclaring(w, h), 8, 8, Limit, Damage::Tolerate, &small);
+    };
+    EXPECT_EQ(decode(0, 10), Outcome::Failed);
+    EXPECT_EQ(decode(100000, 100000), Outcome::Unsupported);
+    EXPECT_EQ(decode(30000, 30000), Outcome::Failed);
+    EXPECT_EQ(decode(1u << 30, 2), Outcome::Failed);
 }
 
 TEST(PngScaledDecodeFallback, InterlacedAndProfiledFilesAreLeftToTheGeneralRoute)

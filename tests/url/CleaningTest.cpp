@@ -37,17 +37,14 @@ INSTANTIATE_TEST_SUITE_P(Keys, SessionIDs,
         Case { u"http://a.org/p?a=1;JSessionID=x;y=2", u"http://a.org/p?a=1;y=2" }, // after ";" it does
         Case { u"http://a.org/p?affid=5&reffid=6", u"http://a.org/p?reffid=6" }, // REFFID is exact case
         Case { u"http://a.org/p?sessid=1&random=5&q=2", u"http://a.org/p?q=2" }, // random after step 1
-        Case { u"http://a.org/p?q=1&ccbill=x&nats=y", u"http://a.org/p?q=1" },
         Case { u"http://a.org/a.html?CMP=x&ATT=y&k=1", u"http://a.org/a.html?k=1" }, // static page
         Case { u"http://a.org/a.html?cache=1&CMP=x", u"http://a.org/a.html" }, // cache= goes first
         Case { u"http://a.org/a.php?CMP=x&pi=2", u"http://a.org/a.php?CMP=x" }, // CMP only on static pages
-        Case { u"http://a.org/a.aspx?lsrc=x&k=1", u"http://a.org/a.aspx?k=1" },
         Case {
             u"http://f.org/viewtopic.php?t=1&p=2&s=ab&highlight=x", u"http://f.org/viewtopic.php?t=1&p=2" },
         Case { u"http://groups.google.com/g/x?ei=abc&hl=en", u"http://groups.google.com/g/x?hl=en" },
         Case { u"http://a.org/login?next=/x&sid=b", u"http://a.org/login" },
-        Case { u"xsid=abc", u"xsid=abc" }, // a key at position 0 never counts
-        Case { u"http://a.org/p?mysid=abc", u"http://a.org/p?mysid=abc" }));
+        Case { u"xsid=abc", u"xsid=abc" })); // a key at position 0 never counts
 
 ORVEL_URL_CASES(Analytics, stringURLByRemovingAnalytics)
 INSTANTIATE_TEST_SUITE_P(Keys, Analytics,
@@ -59,7 +56,6 @@ INSTANTIATE_TEST_SUITE_P(Keys, Analytics,
 ORVEL_URL_CASES(EmptyParams, stringURLByRemovingEmptyParams)
 INSTANTIATE_TEST_SUITE_P(Keys, EmptyParams,
     ::testing::Values(Case { u"http://a.org/?a=&b=1", u"http://a.org/?b=1" },
-        Case { u"http://a.org/?b=1&a=&c=2", u"http://a.org/?b=1&c=2" },
         Case { u"http://a.org/?b=1;a=", u"http://a.org/?b=1;" },
         Case { u"http://a.org/x=?k=1", u"http://a.org/x=?k=1" }, // a path "=" has no key after a separator
         Case { u"http://a.org/?a=&b=&c=", u"http://a.org/?" }));

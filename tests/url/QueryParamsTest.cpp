@@ -29,8 +29,8 @@ TEST(QueryParams, ValuesKeysAndWhatIsFound)
         // An empty value is present but no value; a later non-empty value of the key is found.
         { u"http://h/p?b=&c=3", u"b", nullptr, true },
         { u"?b=&b=2", u"b", u"2", true },
-        // A key starts at the first alphanumeric unit and runs to "=" whatever it holds, over "&" too;
-        // a key without "=" ends the scan.
+        // A key starts at the first alphanumeric unit and runs to "=", over "&" too; one without "=" ends the
+        // scan.
         { u"?&&--x=1", u"x", u"1", true },
         { u"?ü=ja", u"ü", u"ja", true },
         { u"?flag&x=1", u"x", nullptr, false },
@@ -69,7 +69,6 @@ TEST(QueryParams, ReplacingAValue)
     const QString url = QString::fromLatin1("http://h/?a=1&b=22&c=3");
     EXPECT_EQ(stringByReplacingQueryParamNamed(url, u"b", u"x"_s), u"http://h/?a=1&b=x&c=3"_s);
     EXPECT_EQ(stringByReplacingQueryParamNamed(url, u"b", QString()), u"http://h/?a=1&b=&c=3"_s);
-    EXPECT_TRUE(stringByReplacingQueryParamNamed(url, u"z", u"x"_s).isSharedWith(url));
 }
 
 TEST(QueryParams, URLFormsScanTheQueryFromItsStart)
@@ -79,7 +78,6 @@ TEST(QueryParams, URLFormsScanTheQueryFromItsStart)
     EXPECT_EQ(url.queryParamNamed(u"b"), u"%20x"_s);
     EXPECT_TRUE(url.containsQueryParamNamed(u"c"));
     EXPECT_EQ(url.numberOfQueryParams(), 3);
-    EXPECT_EQ(url.queryParams().size(), 2);
     EXPECT_TRUE(URL(QUrl(u"http://h/"_s)).queryParamNamed(u"a").isNull());
 }
 

@@ -34,7 +34,6 @@ TEST(URLRelativeTo, RepairsBrokenSchemesAndRefusesWhatIsNoAddress)
     const char16_t *b = u"http://b.org/", *page = u"http://b.org/d/p.html";
     expectResolved(
         { { b, u"hhttp://x.org", u"http://x.org" }, { b, u"http://http://x.org", u"http://x.org" },
-            { b, u"http:// http://x.org/a", u"http://x.org/a" },
             { b, u"  :http://x.org/\n", u"http://x.org/" },
             { b, u"feed:http://x.org/rss", u"http://x.org/rss" },
             { b, u"feed://x.org/rss", u"feed://x.org/rss" }, { b, u"mailto://me@x.org", u"mailto:me@x.org" },
@@ -44,7 +43,6 @@ TEST(URLRelativeTo, RepairsBrokenSchemesAndRefusesWhatIsNoAddress)
             { u"https://b.org/d/p.html", u"//cdn.x.org/a.js", u"https://cdn.x.org/a.js" },
             { page, u"../e/f.html", u"http://b.org/e/f.html" },
             { page, u"a b\"c\".html", u"http://b.org/d/a%20b%22c%22.html" },
-            { page, u"a%22b\".html", u"http://b.org/d/a%22b%22.html" },
             { b, u"http://x.org/ä", u"http://x.org/%C3%A4" }, { b, u"javascript:void(0)", nullptr },
             { b, u"{{url}}", nullptr }, { b, u"#", nullptr } },
         [](const QString &link, const QUrl &base) { return URL(base).URLRelativeTo(link); });
