@@ -3,6 +3,7 @@
 
 #include "image/GraphicsContext.h"
 #include "support/Failure.h"
+#include "support/SpawnAttributes.h"
 
 #include <QFile>
 #include <QPainter>
@@ -315,21 +316,10 @@ ProgramRun runProgram(
     posix_spawn_file_actions_addopen(
         &actions, STDOUT_FILENO, messagesPath.constData(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
     posix_spawn_file_actions_adddup2(&actions, STDOUT_FILENO, STDERR_FILENO);
-    posix_spawnattr_t attributes;
-    posix_spawnattr_init(&attributes);
-    sigset_t noSignals;
-    sigemptyset(&noSignals);
-    sigset_t defaultSignals;
-    sigemptyset(&defaultSignals);
-    for (int s : { SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGPIPE, SIGCHLD, SIGUSR1, SIGUSR2 })
-        sigaddset(&defaultSignals, s);
-    posix_spawnattr_setsigmask(&attributes, &noSignals);
-    posix_spawnattr_setsigdefault(&attributes, &defaultSignals);
-    posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF);
+    const SpawnAttributes attributes;
     pid_t pid = -1;
-    const int spawned = ::posix_spawn(&pid, argv.front(), &actions, &attributes, argv.data(), environ);
+    const int spawned = ::posix_spawn(&pid, argv.front(), &actions, attributes.get(), argv.data(), environ);
     posix_spawn_file_actions_destroy(&actions);
-    posix_spawnattr_destroy(&attributes);
     if (spawned != 0)
         return ProgramRun::NotStarted;
 

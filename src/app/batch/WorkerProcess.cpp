@@ -1,6 +1,8 @@
 // One worker process of WorkerPool, owned from its start to its reaping.
 #include "app/batch/WorkerProcess_p.h"
 
+#include "support/SpawnAttributes.h"
+
 #include <QDir>
 #include <QFile>
 
@@ -101,27 +103,14 @@ std::unique_ptr<WorkerProcess> WorkerProcess::start(const QByteArray &program,
     posix_spawn_file_actions_adddup2(&actions, sockets[1], STDIN_FILENO);
     posix_spawn_file_actions_adddup2(&actions, sockets[1], STDOUT_FILENO);
 
-    posix_spawnattr_t attributes;
-    posix_spawnattr_init(&attributes);
-    sigset_t noSignals;
-    sigemptyset(&noSignals);
-    sigset_t defaultSignals;
-    sigemptyset(&defaultSignals);
-    for (int s : { SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGPIPE, SIGCHLD, SIGUSR1, SIGUSR2 })
-        sigaddset(&defaultSignals, s);
-    posix_spawnattr_setsigmask(&attributes, &noSignals);
-    posix_spawnattr_setsigdefault(&attributes, &defaultSignals);
-    posix_spawnattr_setpgroup(&attributes, 0);
-    posix_spawnattr_setflags(
-        &attributes, POSIX_SPAWN_SETPGROUP | POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF);
+    const SpawnAttributes attributes(true);
 
     std::vector<QByteArray> argv = arguments;
     std::vector<QByteArray> envp = workerEnvironment(process->m_temporaryFolder);
     pid_t pid = -1;
     const int status = ::posix_spawn(
-        &pid, program.constData(), &actions, &attributes, pointers(argv).data(), pointers(envp).data());
+        &pid, program.constData(), &actions, attributes.get(), pointers(argv).data(), pointers(envp).data());
     posix_spawn_file_actions_destroy(&actions);
-    posix_spawnattr_destroy(&attributes);
     ::close(sockets[1]);
     if (status != 0) {
         *error = QString::fromLocal8Bit(std::strerror(status));
